@@ -1,0 +1,65 @@
+#ifndef KOVANTA_DRAW_H
+#define KOVANTA_DRAW_H
+
+#include "Kovanta/Export.h"
+#include "Kovanta/Image.h"
+
+namespace Ko {
+
+/// A pixel position; x to the right, y downwards, from the top-left pixel.
+template <class T>
+struct Point {
+    T x;
+    T y;
+};
+
+/// A displacement in pixels.
+template <class T>
+struct Vector2D {
+    T x;
+    T y;
+};
+
+/// A box by two corners; both corners belong to its outline.
+template <class T>
+struct Bbox {
+    T left;
+    T top;
+    T right;
+    T bottom;
+};
+
+/// A colour as studio-range Y'CbCr samples (ITU-R BT.601), written unchanged into planes 0, 1 and 2.
+struct YCCColor {
+    unsigned char y;
+    unsigned char cb;
+    unsigned char cr;
+};
+
+/// @name Drawing
+/// Targets are PF_YCC444P or PF_YCCA4444P images (alpha is left alone); the format is not checked. Any coordinates
+/// are allowed: pixels outside the image are skipped, and cost nothing. One thread at a time per image.
+/// @{
+
+/// Draws a line, both ends included, by the integer Bresenham rule; the same pixels in either direction.
+KOVANTA_API void drawLine(Image<unsigned char>& im, int x0, int y0, int x1, int y1, YCCColor c);
+/// @overload
+KOVANTA_API void drawLine(Image<unsigned char>& im, Point<int> p0, Point<int> p1, YCCColor c);
+
+/// Draws a box: its outline, both corners included, or filled, which leaves out the row `bottom`.
+KOVANTA_API void drawBbox(Image<unsigned char>& im, const Bbox<int>& b, const YCCColor& c, bool filled);
+
+/// Draws a vector from @p p: a shaft and, unless the vector is shorter than the head, a triangle whose base of half
+/// width @p headSize lies that far back from the tip. A zero vector draws its one pixel.
+/// @param headSize in pixels
+KOVANTA_API void drawVector2D(Image<unsigned char>& im, const Vector2D<int>& v, const Point<int>& p,
+                              unsigned int headSize, const YCCColor& c);
+/// @overload
+/// The components are rounded to the nearest integers, halves away from zero.
+KOVANTA_API void drawVector2D(Image<unsigned char>& im, const Vector2D<float>& v, const Point<int>& p,
+                              unsigned int headSize, const YCCColor& c);
+/// @}
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,66 @@
+#ifndef KOVANTA_IMAGE_H
+#define KOVANTA_IMAGE_H
+
+#include "Kovanta/Array2D.h"
+#include "Kovanta/Export.h"
+#include "Kovanta/PixelFormat.h"
+
+#include <cstdint>
+
+namespace Ko {
+
+struct ImageLayout;
+
+/// An image: up to four planes and the description of their layout.
+///
+/// The fields are public to be read; only the operations change the layout. In `im.plane[p].view[y][x]` the plane
+/// has `width / horDiv[p]` x `height / verDiv[p]` samples (rounded down); a packed format has plane 0 only, with
+/// `width * bytesPerPixelNum / bytesPerPixelDen` bytes a row.
+///
+/// Copying copies pixels deeply, so a copy of an image that wraps foreign memory owns its pixels. Moving hands the
+/// storage (or the wrapping) over and leaves the source's planes empty, its description unchanged; a move may throw
+/// std::bad_alloc. Instantiated for `unsigned char` only. One thread at a time per object.
+template <class T = unsigned char>
+class KOVANTA_API Image {
+public:
+    Array2D<T> plane[4];
+    PIXEL_FORMAT format;
+    std::uint32_t width;            ///< In pixels.
+    std::uint32_t height;           ///< In pixels.
+    std::uint32_t bytesPerPixelNum; ///< Packed formats: numerator of the bytes per pixel; planar ones: 1.
+    std::uint32_t bytesPerPixelDen; ///< Its denominator.
+    bool planar;
+    std::uint32_t horDiv[4];          ///< Horizontal divisor of each plane; 0 where the plane is absent.
+    std::uint32_t verDiv[4];          ///< Vertical divisor of each plane; 0 where the plane is absent.
+    std::uint64_t sequenceNumber = 0; ///< Frame number stamped by sources that count frames (cameras).
+
+    /// An image of the given format, without pixel memory until size() or a conversion gives it some.
+    /// @throws std::logic_error as fmt()
+    Image(PIXEL_FORMAT f); // NOLINT(google-explicit-constructor)
+    Image(const Image& src) = default;
+    Image(Image&& src) = default; // NOLINT(performance-noexcept-move-constructor)
+    Image& operator=(const Image& src) = default;
+    Image& operator=(Image&& src) = default; // NOLINT(performance-noexcept-move-constructor)
+    ~Image() = default;
+
+    /// Sets the description for a format. Never reallocates: call size(), or let a conversion do it.
+    /// @throws std::logic_error "[Image<T>::Image]: Unknown format." for PF_UNKNOWN and values above 11; `format`
+    ///         holds the value all the same, every other field is as it was
+    void fmt(PIXEL_FORMAT f);
+
+    /// Sets the size in pixels and gives every present plane memory (uninitialised), or with @p alloc false an empty
+    /// row table that the caller points at foreign memory. Planes that already own memory of that size keep it.
+    /// A zero dimension releases the planes' memory.
+    /// @throws std::runtime_error "[Image<T>::size]: Image too large." when a plane's row or the plane itself passes
+    ///         2^32 - 1 bytes, std::bad_alloc; the image is then as it was
+    void size(unsigned int w, unsigned int h, bool alloc = true);
+
+private:
+    friend struct ImageLayout;
+};
+
+extern template class Image<unsigned char>;
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,15 @@
+#ifndef KOVANTA_KOVANTA_H
+#define KOVANTA_KOVANTA_H
+
+/// @file
+/// The whole library.
+
+#include "Kovanta/ConvertIm.h"
+#include "Kovanta/Draw.h"
+#include "Kovanta/Frac.h"
+#include "Kovanta/Image.h"
+#include "Kovanta/Timer.h"
+#include "Kovanta/VideoInput.h"
+#include "Kovanta/VideoOutput.h"
+
+#endif

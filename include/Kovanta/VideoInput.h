@@ -1,0 +1,10 @@
+#ifndef KOVANTA_VIDEOINPUT_H
+#define KOVANTA_VIDEOINPUT_H
+
+/// @file
+/// All sources of frames.
+
+#include "Kovanta/LibAvMutex.h"
+#include "Kovanta/VideoInputBase.h"
+
+#endif

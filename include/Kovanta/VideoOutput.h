@@ -1,0 +1,9 @@
+#ifndef KOVANTA_VIDEOOUTPUT_H
+#define KOVANTA_VIDEOOUTPUT_H
+
+/// @file
+/// All sinks of frames.
+
+#include "Kovanta/VideoOutputBase.h"
+
+#endif

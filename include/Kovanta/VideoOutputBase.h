@@ -1,0 +1,19 @@
+#ifndef KOVANTA_VIDEOOUTPUTBASE_H
+#define KOVANTA_VIDEOOUTPUTBASE_H
+
+#include "Kovanta/Export.h"
+#include "Kovanta/Image.h"
+
+namespace Ko {
+
+/// A sink of frames: a window, a video file. One thread at a time per object.
+class KOVANTA_API VideoOutput {
+public:
+    virtual ~VideoOutput();
+    /// Hands one frame to the sink, which copies what it needs. @return true on success
+    virtual bool write(const Image<unsigned char>& image) = 0;
+};
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef KOVANTA_SRC_IMAGE_ARRAYSTORAGE_H
+#define KOVANTA_SRC_IMAGE_ARRAYSTORAGE_H
+
+#include "Kovanta/Array2D.h"
+
+#include <memory>
+
+namespace Ko {
+
+/// Memory for an array, obtained before the old is given up, so that a refused allocation changes nothing.
+template <class T>
+struct Array2D<T>::Storage {
+    std::unique_ptr<T*[]> rows;
+    std::unique_ptr<T[]> data;
+    bool keep = false; ///< The array already owns memory of this shape.
+};
+
+/// Whether a plane of this many bytes a row fits the 32-bit sizes of the arrays.
+inline bool fitsArray(std::uint64_t rowBytes, std::uint64_t rowCount) {
+    constexpr std::uint64_t limit = 0xFFFFFFFFu;
+    return rowBytes <= limit && rowCount <= limit && rowBytes * rowCount <= limit;
+}
+
+/// The refusal of a size that does not fit; @p function is named as messages name it.
+[[noreturn]] void throwTooLarge(const char* function);
+
+} // namespace Ko
+
+#endif

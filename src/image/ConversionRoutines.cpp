@@ -1,0 +1,241 @@
+#include "Kovanta/ConvertIm.h"
+
+#include "image/RowKernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+using Image = Ko::Image<unsigned char>;
+using Ko::rowKernels;
+
+namespace {
+
+using Byte = unsigned char;
+
+/// The rows of one plane's current view and how much of it exists, so that no routine leaves the memory.
+template <class Pointer>
+struct PlaneRows {
+    Pointer const* row;
+    std::size_t width;
+    std::size_t height;
+
+    Pointer operator[](std::size_t y) const { return row[y]; }
+};
+
+template <class Pointer>
+PlaneRows<Pointer> viewOf(const Ko::Array2D<Byte>& plane) {
+    if (!plane.rows)
+        return {nullptr, 0, 0};
+    const auto left = [](std::uint32_t full, std::uint32_t offset) -> std::size_t {
+        return offset < full ? full - offset : 0;
+    };
+    const auto& current = plane.subarrays.back();
+    return {plane.view, left(plane.width, current.x0), left(plane.height, current.y0)};
+}
+
+PlaneRows<const Byte*> sourceRows(const Image& im, int p) {
+    const auto rows = viewOf<Byte*>(im.plane[p]);
+    return {const_cast<const Byte* const*>(rows.row), rows.width, rows.height};
+}
+
+PlaneRows<Byte*> targetRows(Image& im, int p) {
+    return viewOf<Byte*>(im.plane[p]);
+}
+
+template <class... Sizes>
+std::size_t least(std::size_t first, Sizes... more) {
+    return std::min({first, static_cast<std::size_t>(more)...});
+}
+
+void copyPlane(Image& dst, const Image& src, int p) {
+    const auto from = sourceRows(src, p);
+    const auto to = targetRows(dst, p);
+    const std::size_t n = least(src.width, from.width, to.width);
+    const std::size_t rows = least(src.height, from.height, to.height);
+    if (n == 0)
+        return;
+    for (std::size_t r = 0; r < rows; ++r)
+        std::memcpy(to[r], from[r], n);
+}
+
+/// Packed source, planar full-resolution target.
+template <class Kernel>
+void unpack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel kernel) {
+    const auto from = sourceRows(src, 0);
+    const auto y = targetRows(dst, 0);
+    const auto cb = targetRows(dst, 1);
+    const auto cr = targetRows(dst, 2);
+    const std::size_t n = least(src.width, from.width / bytesPerPixel, y.width, cb.width, cr.width);
+    const std::size_t rows = least(src.height, from.height, y.height, cb.height, cr.height);
+    for (std::size_t r = 0; r < rows; ++r)
+        kernel(y[r], cb[r], cr[r], from[r], n);
+}
+
+/// Planar full-resolution source, packed target.
+template <class Kernel>
+void pack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel kernel) {
+    const auto to = targetRows(dst, 0);
+    const auto y = sourceRows(src, 0);
+    const auto cb = sourceRows(src, 1);
+    const auto cr = sourceRows(src, 2);
+    const std::size_t n = least(src.width, to.width / bytesPerPixel, y.width, cb.width, cr.width);
+    const std::size_t rows = least(src.height, to.height, y.height, cb.height, cr.height);
+    for (std::size_t r = 0; r < rows; ++r)
+        kernel(to[r], y[r], cb[r], cr[r], n);
+}
+
+/// One plane through a kernel, sample by sample.
+template <class Kernel>
+void mapPlane(Image& dst, const Image& src, int p, Kernel kernel) {
+    const auto from = sourceRows(src, p);
+    const auto to = targetRows(dst, p);
+    const std::size_t n = least(src.width, from.width, to.width);
+    const std::size_t rows = least(src.height, from.height, to.height);
+    for (std::size_t r = 0; r < rows; ++r)
+        kernel(to[r], from[r], n);
+}
+
+} // namespace
+
+void RGB_2_YCC444P(Image& dst, const Image& src) {
+    if (src.format == Ko::PF_RGB)
+        unpack(dst, src, 3, rowKernels().rgbToYcc);
+    else
+        unpack(dst, src, 4, rowKernels().rgbxToYcc);
+}
+
+void BGR_2_YCC444P(Image& dst, const Image& src) {
+    unpack(dst, src, 3, rowKernels().bgrToYcc);
+}
+
+void RGBA_2_YCCA4444P(Image& dst, const Image& src) {
+    const auto from = sourceRows(src, 0);
+    const auto y = targetRows(dst, 0);
+    const auto cb = targetRows(dst, 1);
+    const auto cr = targetRows(dst, 2);
+    const auto alpha = targetRows(dst, 3);
+    const std::size_t n = least(src.width, from.width / 4, y.width, cb.width, cr.width, alpha.width);
+    const std::size_t rows = least(src.height, from.height, y.height, cb.height, cr.height, alpha.height);
+    for (std::size_t r = 0; r < rows; ++r)
+        rowKernels().rgbaToYcca(y[r], cb[r], cr[r], alpha[r], from[r], n);
+}
+
+void RGB_2_YCC420P(Image& dst, const Image& src) {
+    constexpr std::size_t tile = 512; // even, so that no block of four is split between tiles
+    Byte cb[2][tile];
+    Byte cr[2][tile];
+    const auto& kernels = rowKernels();
+    const auto from = sourceRows(src, 0);
+    const auto y = targetRows(dst, 0);
+    const auto toCb = targetRows(dst, 1);
+    const auto toCr = targetRows(dst, 2);
+    const std::size_t n = least(src.width, from.width / 3, y.width);
+    const std::size_t rows = least(src.height, from.height, y.height);
+    for (std::size_t r = 0; r < rows; r += 2)
+        for (std::size_t x = 0; x < n; x += tile) {
+            const std::size_t width = least(tile, n - x);
+            kernels.rgbToYcc(y[r] + x, cb[0], cr[0], from[r] + 3 * x, width);
+            if (r + 1 == rows)
+                continue; // a lone last row has luma only
+            kernels.rgbToYcc(y[r + 1] + x, cb[1], cr[1], from[r + 1] + 3 * x, width);
+            if (r / 2 < toCb.height && x / 2 < toCb.width)
+                kernels.meanOfBlocksTruncated(toCb[r / 2] + x / 2, cb[0], cb[1], least(width / 2, toCb.width - x / 2));
+            if (r / 2 < toCr.height && x / 2 < toCr.width)
+                kernels.meanOfBlocksTruncated(toCr[r / 2] + x / 2, cr[0], cr[1], least(width / 2, toCr.width - x / 2));
+        }
+}
+
+void YCC444P_2_RGB(Image& dst, const Image& src) {
+    pack(dst, src, 3, rowKernels().yccToRgb);
+}
+
+void JFIF_2_YCC444P(Image& dst, const Image& src) {
+    unpack(dst, src, 3, rowKernels().jfifToYcc);
+}
+
+void YCC444P_2_JFIF(Image& dst, const Image& src) {
+    pack(dst, src, 3, rowKernels().yccToJfif);
+}
+
+void YCC444P_2_Y(Image& dst, const Image& src) {
+    mapPlane(dst, src, 0, rowKernels().lumaToFull);
+}
+
+void JFIF422P_2_PF_YCC444P(Image& dst, const Image& src) {
+    mapPlane(dst, src, 0, rowKernels().lumaToStudio);
+    for (int p = 1; p <= 2; ++p) {
+        const auto from = sourceRows(src, p);
+        const auto to = targetRows(dst, p);
+        const std::size_t n = least(src.width, to.width);
+        const std::size_t pairs = least(n / 2, from.width);
+        const std::size_t rows = from.width == 0 ? 0 : least(src.height, from.height, to.height);
+        for (std::size_t r = 0; r < rows; ++r) {
+            rowKernels().chromaToStudioDoubled(to[r], from[r], pairs);
+            // A lone last column has no chroma of its own and takes its neighbour's.
+            if (n % 2 != 0 && pairs == n / 2 && pairs != 0)
+                to[r][n - 1] = to[r][n - 2];
+        }
+    }
+}
+
+void Y_2_YCC444P(Image& dst, const Image& src) {
+    const int shift = dst.format == Ko::PF_YCC444P ? 0 : 1;
+    mapPlane(dst, src, 0, rowKernels().lumaToStudio);
+    for (int p = 1; p <= 2; ++p) {
+        const auto to = targetRows(dst, p);
+        const std::size_t n = least(src.width >> shift, to.width);
+        const std::size_t rows = n == 0 ? 0 : least(src.height >> shift, to.height);
+        for (std::size_t r = 0; r < rows; ++r)
+            std::memset(to[r], 128, n);
+    }
+}
+
+void YCC444P_2_YCC420P(Image& dst, const Image& src) {
+    copyPlane(dst, src, 0);
+    for (int p = 1; p <= 2; ++p) {
+        const auto from = sourceRows(src, p);
+        const auto to = targetRows(dst, p);
+        const std::size_t n = least(src.width / 2, from.width / 2, to.width);
+        const std::size_t rows = least(src.height / 2, from.height / 2, to.height);
+        for (std::size_t r = 0; r < rows; ++r)
+            rowKernels().meanOfBlocks(to[r], from[2 * r], from[2 * r + 1], n);
+    }
+}
+
+void YCC420P_2_YCC444P(Image& dst, const Image& src) {
+    copyPlane(dst, src, 0);
+    for (int p = 1; p <= 2; ++p) {
+        const auto from = sourceRows(src, p);
+        const auto to = targetRows(dst, p);
+        const std::size_t n = least(src.width / 2, from.width, to.width / 2);
+        const std::size_t rows = least(src.height / 2, from.height, to.height / 2);
+        if (n == 0)
+            continue;
+        for (std::size_t r = 0; r < rows; ++r) {
+            rowKernels().doubled(to[2 * r], from[r], n);
+            std::memcpy(to[2 * r + 1], to[2 * r], 2 * n);
+        }
+    }
+}
+
+void YUY2_2_YCC444P(Image& dst, const Image& src) {
+    const auto from = sourceRows(src, 0);
+    const auto y = targetRows(dst, 0);
+    const auto cb = targetRows(dst, 1);
+    const auto cr = targetRows(dst, 2);
+    const std::size_t n = least(src.width / 2, from.width / 4, y.width / 2, cb.width / 2, cr.width / 2);
+    const std::size_t rows = least(src.height, from.height, y.height, cb.height, cr.height);
+    for (std::size_t r = 0; r < rows; ++r)
+        rowKernels().yuy2ToYcc(y[r], cb[r], cr[r], from[r], n);
+}
+
+void YCC444P_2_YUY2(Image& dst, const Image& src) {
+    const auto to = targetRows(dst, 0);
+    const auto y = sourceRows(src, 0);
+    const auto cb = sourceRows(src, 1);
+    const auto cr = sourceRows(src, 2);
+    const std::size_t n = least(src.width / 2, to.width / 4, y.width / 2, cb.width / 2, cr.width / 2);
+    const std::size_t rows = least(src.height, to.height, y.height, cb.height, cr.height);
+    for (std::size_t r = 0; r < rows; ++r)
+        rowKernels().yccToYuy2(to[r], y[r], cb[r], cr[r], n);
+}

@@ -1,0 +1,46 @@
+#ifndef KOVANTA_SRC_IMAGE_ROWKERNELS_H
+#define KOVANTA_SRC_IMAGE_ROWKERNELS_H
+
+#include <cstddef>
+
+namespace Ko {
+
+/// The arithmetic of the conversions, one row (or row pair) at a time. `n` counts what the comment names; source and
+/// target never overlap. The portable kernels are the definition; any other set must give the same bytes.
+struct RowKernels {
+    using Byte = unsigned char;
+
+    // RGB to studio Y'CbCr, n pixels. ITU-R BT.601.
+    void (*rgbToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* rgb, std::size_t n);
+    void (*bgrToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* bgr, std::size_t n);
+    void (*rgbxToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* rgbx, std::size_t n);
+    void (*rgbaToYcca)(Byte* y, Byte* cb, Byte* cr, Byte* alpha, const Byte* rgba, std::size_t n);
+    // Studio Y'CbCr to RGB, clamped, n pixels.
+    void (*yccToRgb)(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n);
+
+    // Full range to studio range and back, n samples.
+    void (*lumaToStudio)(Byte* dst, const Byte* src, std::size_t n);
+    void (*lumaToFull)(Byte* dst, const Byte* src, std::size_t n);
+    // The same, with packed full-range Y'CbCr on one side, n pixels.
+    void (*jfifToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* jfif, std::size_t n);
+    void (*yccToJfif)(Byte* jfif, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n);
+    // Chroma to studio range, each of n samples written twice.
+    void (*chromaToStudioDoubled)(Byte* dst, const Byte* src, std::size_t n);
+
+    // Means of 2x2 blocks of two rows, n blocks: rounded, and truncated.
+    void (*meanOfBlocks)(Byte* dst, const Byte* row0, const Byte* row1, std::size_t n);
+    void (*meanOfBlocksTruncated)(Byte* dst, const Byte* row0, const Byte* row1, std::size_t n);
+    // Each of n samples written twice.
+    void (*doubled)(Byte* dst, const Byte* src, std::size_t n);
+
+    // Packed 4:2:2, n pairs of pixels.
+    void (*yuy2ToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* yuy2, std::size_t n);
+    void (*yccToYuy2)(Byte* yuy2, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n);
+};
+
+/// The kernels in use.
+const RowKernels& rowKernels();
+
+} // namespace Ko
+
+#endif

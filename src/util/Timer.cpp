@@ -1,0 +1,61 @@
+#include "Kovanta/Timer.h"
+
+#include <boost/date_time/posix_time/posix_time_types.hpp>
+
+#include <iostream>
+
+namespace Ko {
+
+namespace {
+
+boost::posix_time::ptime now() {
+    return boost::posix_time::microsec_clock::universal_time();
+}
+
+void print(const char* operation, const std::string& comment, std::uint32_t value) {
+    if (!comment.empty())
+        std::cout << "[Timer::" << operation << "()]: Comment: " << comment << " Time: " << value << " usec."
+                  << std::endl;
+}
+
+} // namespace
+
+Timer::Timer() {
+    start();
+}
+
+void Timer::start() {
+    startTime = now();
+}
+
+unsigned int Timer::stop(const std::string& comment) {
+    cumulative += elapsed();
+    print("stop", comment, cumulative);
+    return cumulative;
+}
+
+unsigned int Timer::get(const std::string& comment) {
+    const std::uint32_t value = cumulative + elapsed();
+    print("get", comment, value);
+    return value;
+}
+
+unsigned int Timer::getCum(const std::string& comment) {
+    print("getCum", comment, cumulative);
+    return cumulative;
+}
+
+void Timer::reset() {
+    cumulative = 0;
+}
+
+Timer& Timer::operator+=(const Timer& other) {
+    cumulative += other.cumulative;
+    return *this;
+}
+
+std::uint32_t Timer::elapsed() const {
+    return static_cast<std::uint32_t>((now() - startTime).total_microseconds());
+}
+
+} // namespace Ko

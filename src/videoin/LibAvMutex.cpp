@@ -1,0 +1,3 @@
+#include "Kovanta/LibAvMutex.h"
+
+boost::mutex libAvMutex;

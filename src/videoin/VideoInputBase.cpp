@@ -1,0 +1,9 @@
+#include "Kovanta/VideoInputBase.h"
+
+namespace Ko {
+
+VideoInput::~VideoInput() = default;
+
+void VideoInput::setLoop(bool) {}
+
+} // namespace Ko

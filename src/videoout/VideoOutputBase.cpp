@@ -1,0 +1,7 @@
+#include "Kovanta/VideoOutputBase.h"
+
+namespace Ko {
+
+VideoOutput::~VideoOutput() = default;
+
+} // namespace Ko
