@@ -41,15 +41,18 @@ int toInt(unsigned int size) {
 }
 
 /// A transport stream of less than eleven packets is taken for something else by libav's own readers; null packets,
-/// which every reader skips, make it long enough.
+/// which every reader skips, make it long enough. Streams whose packets are longer (m2ts) are left alone.
 void padTransportStream(AVIOContext* file) {
     constexpr std::int64_t packetSize = 188;
     constexpr std::int64_t recognised = 11 * packetSize;
-    unsigned char null[packetSize];
-    std::memset(null, 0xFF, sizeof null);
-    std::memcpy(null, "\x47\x1F\xFF\x10", 4);
-    for (std::int64_t size = avio_tell(file); size >= 0 && size < recognised; size += packetSize)
-        avio_write(file, null, packetSize);
+    std::int64_t size = avio_tell(file);
+    if (size < 0 || size % packetSize != 0)
+        return;
+    unsigned char nullPacket[packetSize];
+    std::memset(nullPacket, 0xFF, sizeof nullPacket);
+    std::memcpy(nullPacket, "\x47\x1F\xFF\x10", 4);
+    for (; size < recognised; size += packetSize)
+        avio_write(file, nullPacket, packetSize);
 }
 
 } // namespace

@@ -132,6 +132,23 @@ TEST(ThreadedBuffer, AValueThatMeetsTheInterruptionIsDeliveredFirst) {
     }
 }
 
+TEST(ThreadedBuffer, AnInterruptionIsOwedToOneThreadOnly) {
+    for (int round = 0; round < 200; ++round) {
+        ThreadedBuffer<CopyOnly> buffer;
+        boost::thread first([&] { buffer.get(); }); // leaves with its value, perhaps while it is owed an interruption
+        boost::this_thread::yield();
+        putAll(buffer, 1, 1);
+        first.interrupt();
+        first.join();
+        int value = 0;
+        boost::thread second([&] { value = buffer.get().value; });
+        boost::this_thread::yield();
+        putAll(buffer, 2, 2);
+        second.join();
+        ASSERT_EQ(value, 2) << "in round " << round;
+    }
+}
+
 TEST(ThreadedBuffer, AnInterruptedProducerQueuesNothing) {
     ThreadedBuffer<CopyOnly> buffer;
     buffer.setCapacity(2);

@@ -100,14 +100,15 @@ TEST_F(VideoFileContainers, PositionsCountFramesWhereTheContainerAllows) {
     const struct {
         Case c;
         std::vector<long> times;
+        const char* duration;
     } cases[] = {
-        {{"avi", "", {30000, 1001}, 64, 48, 4, ""}, {0, 1, 2, 3}},
-        {{"mp4", "", {25, 1}, 64, 48, 4, ""}, {0, 1, 2, 3}},
-        {{"mov", "", {30000, 1001}, 64, 48, 4, ""}, {0, 1001, 2002, 3003}},
-        {{"mp4", "", {15, 2}, 64, 48, 4, ""}, {0, 2, 4, 6}},
-        {{"mkv", "", {15, 2}, 64, 48, 4, ""}, {0, 133, 267, 400}},
+        {{"avi", "", {30000, 1001}, 64, 48, 4, ""}, {0, 1, 2, 3}, "4"},
+        {{"mp4", "", {25, 1}, 64, 48, 4, ""}, {0, 1, 2, 3}, "4"},
+        {{"mov", "", {30000, 1001}, 64, 48, 4, ""}, {0, 1001, 2002, 3003}, "4004"},
+        {{"mp4", "", {15, 2}, 64, 48, 4, ""}, {0, 2, 4, 6}, "8"},
+        {{"mkv", "", {15, 2}, 64, 48, 4, ""}, {0, 133, 267, 400}, "N/A"},
     };
-    for (const auto& [c, times] : cases) {
+    for (const auto& [c, times, duration] : cases) {
         SCOPED_TRACE(nameOf(c));
         const std::string file = write(c);
         EXPECT_EQ(numbered::presentationTimes(file), times);
@@ -142,6 +143,13 @@ TEST_F(VideoFileContainers, OddSizesAreWrittenExactlyAndTheirLastChromaIsNeutral
         }
     }
     EXPECT_TRUE(decoded.yuv == expected);
+}
+
+TEST_F(VideoFileContainers, AFileWithoutFramesIsNoError) {
+    for (const char* extension : {"avi", "mp4", "mov", "3gp", "mkv", "webm", "mpg", "ts", "flv", "ogv"}) {
+        SCOPED_TRACE(extension);
+        EXPECT_TRUE(std::filesystem::exists(write({extension, "", {25, 1}, 176, 144, 0, ""})));
+    }
 }
 
 TEST_F(VideoFileContainers, InterlacedCodingIsSwitchedOnAndOff) {
