@@ -15,25 +15,26 @@ namespace {
 
 constexpr int columns = 4;
 constexpr int fields = 8;
-constexpr unsigned char dark = 40;
-constexpr unsigned char bright = 210;
-constexpr unsigned char cb = 90;
-constexpr unsigned char cr = 170;
+constexpr int dark = 40;
+constexpr int bright = 210;
+constexpr int flatChroma[3] = {0, 90, 170};
+constexpr int ripple = 4; ///< A fine pattern on top of the fields, so that a row or column gone astray shows.
 
-bool fieldIsBright(int index, int x, int y, int width, int height) {
+unsigned char sampleAt(int index, int p, int x, int y, int width, int height) {
+    const int pattern = (x + 3 * y) % (2 * ripple) - ripple;
+    if (p != 0)
+        return static_cast<unsigned char>(flatChroma[p] + pattern);
     const int field = y * 2 / height * columns + x * columns / width;
-    return (index >> field & 1) != 0;
+    return static_cast<unsigned char>(((index >> field & 1) != 0 ? bright : dark) + pattern);
 }
 
 /// Tight planar 4:2:0, chroma rounded up as raw video has it.
 std::vector<unsigned char> rawFrame(int index, int width, int height) {
     std::vector<unsigned char> raw;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            raw.push_back(fieldIsBright(index, x, y, width, height) ? bright : dark);
-    const auto chroma = static_cast<std::size_t>((width + 1) / 2 * ((height + 1) / 2));
-    raw.insert(raw.end(), chroma, cb);
-    raw.insert(raw.end(), chroma, cr);
+    for (int p = 0; p < 3; ++p)
+        for (int y = 0; y < (p == 0 ? height : (height + 1) / 2); ++y)
+            for (int x = 0; x < (p == 0 ? width : (width + 1) / 2); ++x)
+                raw.push_back(sampleAt(index, p, x, y, width, height));
     return raw;
 }
 
@@ -44,8 +45,8 @@ void check(int status, const std::string& command) {
         throw std::runtime_error("This command failed: " + command);
 }
 
-bool near(unsigned char value, unsigned char wanted) {
-    return std::abs(value - wanted) <= 12;
+bool near(int value, int wanted) {
+    return std::abs(value - wanted) <= 16;
 }
 
 } // namespace
@@ -71,10 +72,10 @@ int frameIndex(const Ko::Image<unsigned char>& frame) {
     for (int field = 0; field < fields; ++field) {
         const int x = (2 * (field % columns) + 1) * width / (2 * columns);
         const int y = (2 * (field / columns) + 1) * height / 4;
-        const unsigned char luma = frame.plane[0].view[y][x];
+        const int luma = frame.plane[0].view[y][x];
         if (!near(luma, dark) && !near(luma, bright))
             return -1;
-        if (!near(frame.plane[1].view[y][x], cb) || !near(frame.plane[2].view[y][x], cr))
+        if (!near(frame.plane[1].view[y][x], flatChroma[1]) || !near(frame.plane[2].view[y][x], flatChroma[2]))
             return -1;
         index |= (near(luma, bright) ? 1 : 0) << field;
     }
@@ -84,11 +85,10 @@ int frameIndex(const Ko::Image<unsigned char>& frame) {
 Ko::Image<unsigned char> numberedFrame(int index, int width, int height) {
     Ko::Image<unsigned char> frame(Ko::PF_YCC420P);
     frame.size(static_cast<unsigned int>(width), static_cast<unsigned int>(height));
-    const std::vector<unsigned char> raw = rawFrame(index, width, height);
-    auto next = raw.begin();
     for (int p = 0; p < 3; ++p)
-        for (std::size_t y = 0; y < frame.plane[p].height; ++y, next += frame.plane[p].width)
-            std::copy(next, next + frame.plane[p].width, frame.plane[p].view[y]);
+        for (std::size_t y = 0; y < frame.plane[p].height; ++y)
+            for (std::size_t x = 0; x < frame.plane[p].width; ++x)
+                frame.plane[p].view[y][x] = sampleAt(index, p, static_cast<int>(x), static_cast<int>(y), width, height);
     return frame;
 }
 

@@ -21,8 +21,8 @@ private:
     std::filesystem::path path;
 };
 
-/// Frames that carry their index as eight dark or bright fields, 4 by 2, coarse enough for any codec; the chroma is
-/// Cb 90, Cr 170 all over. Two such frames of one size differ wherever their indices do.
+/// Frames that carry their index as eight dark or bright fields, 4 by 2, coarse enough for any codec, with a fine
+/// pattern on top; the chroma is about Cb 90, Cr 170 all over.
 struct NumberedFrames {
     int width = 64;
     int height = 48;
@@ -34,7 +34,7 @@ struct NumberedFrames {
 /// The index that a frame carries, in planar 4:4:4, studio range; -1 when it carries none or its chroma is wrong.
 int frameIndex(const Ko::Image<unsigned char>& frame);
 
-/// The numbered frame as planar 4:2:0 of even size.
+/// The numbered frame as planar 4:2:0, exactly as it is encoded.
 Ko::Image<unsigned char> numberedFrame(int index, int width, int height);
 
 /// Encodes numbered frames with the ffmpeg program.
