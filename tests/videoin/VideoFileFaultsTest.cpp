@@ -96,9 +96,9 @@ TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing)
         EXPECT_EQ(messageOf<std::logic_error>([&] { used.read(frame); }), "[VideoInputVideoFile::read]: Not opened.");
         used.open(good);
         EXPECT_EQ(countFrames(used), 10);
+        used.close();
+        EXPECT_EQ(openFiles(), before);
     }
-    used.close();
-    EXPECT_EQ(openFiles(), before);
 }
 
 TEST_F(VideoFileFaults, OpensAndClosesRepeatedly) {

@@ -3,7 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <atomic>
+#include <chrono>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -39,6 +43,36 @@ TEST(VideoFileThreads, SixteenThreadsOpenReadSeekAndCloseFilesOfTheirOwn) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(right, 16 * 2 * (frames + 1));
+}
+
+TEST(VideoFileThreads, OpeningAndClosingHoldTheLock) {
+    const test::TemporaryDirectory directory;
+    const std::string pipe = directory / "pipe.avi";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::thread opening([&] {
+        Ko::VideoInputVideoFile in;
+        EXPECT_THROW(in.open(pipe), std::runtime_error);
+    });
+    {
+        const std::ofstream feed(pipe); // waits for the reader, who is then in the middle of opening
+        EXPECT_FALSE(libAvMutex.try_lock());
+    }
+    opening.join();
+
+    const std::string file = directory / "a.avi";
+    test::encodeNumbered(file, {64, 48, 2}, "-c:v mpeg4");
+    Ko::VideoInputVideoFile in(file);
+    std::atomic<bool> closed{false};
+    ASSERT_TRUE(libAvMutex.try_lock());
+    std::thread closing([&] {
+        in.close();
+        closed = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_FALSE(closed);
+    libAvMutex.unlock();
+    closing.join();
+    EXPECT_TRUE(closed);
 }
 
 } // namespace
