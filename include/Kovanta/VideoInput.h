@@ -6,5 +6,6 @@
 
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/VideoInputBase.h"
+#include "Kovanta/VideoInputImageFile.h"
 
 #endif
