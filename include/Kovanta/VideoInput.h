@@ -7,5 +7,6 @@
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/VideoInputBase.h"
 #include "Kovanta/VideoInputImageFile.h"
+#include "Kovanta/VideoInputVideoFile.h"
 
 #endif
