@@ -6,6 +6,7 @@
 
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/VideoInputBase.h"
+#include "Kovanta/VideoInputImageFile.h"
 #include "Kovanta/VideoInputVideoFile.h"
 
 #endif
