@@ -5,5 +5,6 @@
 /// All sinks of frames.
 
 #include "Kovanta/VideoOutputBase.h"
+#include "Kovanta/VideoOutputDisplay.h"
 
 #endif
