@@ -6,5 +6,7 @@
 
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/VideoInputBase.h"
+#include "Kovanta/VideoInputCaptureABC.h"
+#include "Kovanta/VideoInputCaptureV4L.h"
 
 #endif
