@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Runs a command in a small virtual machine that has cameras, for machines that have none (or cannot load kernel
-# modules). The guest sees this machine's files read-only, so that a program built here runs there as it is.
+# modules). The guest sees this machine's files, so that a program built here runs there as it is; what it writes stays
+# in the guest's memory and is gone at the end.
 #
 #   camera-vm.sh [OPTION]... COMMAND [ARGUMENT]...
 #   camera-vm.sh --prepare              fetch and build what the guest needs, run nothing
 #
-#   --camera "PARAMETERS"  how the kernel's virtual camera driver (vivid) is loaded; "" loads none.
+#   --camera "PARAMETERS"  how the kernel's virtual camera driver (vivid) is loaded; "none" loads none.
 #                          Default: one webcam, /dev/video0
-#   --writable DIR         the guest may write below DIR (an existing folder)
+#   --writable DIR         what the guest writes below DIR (an existing folder) stays
 #   --timeout SECONDS      default 300
 #
-# The exit code and the output are those of the command, whose environment holds PATH, HOME, TMPDIR (both in memory),
+# The exit code and the output are those of the command, whose environment holds PATH, HOME, LC_ALL,
 # KOVANTA_VM_MODULES (a folder with vivid.ko and v4l2loopback.ko, whose dependencies are loaded) and what this
 # environment has of the options of sanitizers and of Google Test. Other exit codes: 124 the time is up, 125 the guest died,
 # 200 the machine cannot be had here (QEMU missing, packages not to be fetched); with CI=true that is 1, an error.
@@ -109,7 +110,7 @@ writeInit() {
     cat <<'INIT'
 #!/bin/busybox sh
 # ttyS0 carries the kernel's messages and the verdict, ttyS1 the command's output.
-/bin/busybox mkdir -p /bin /dev /proc /sys /host
+/bin/busybox mkdir -p /bin /dev /proc /sys /below /memory /host
 /bin/busybox --install -s /bin
 export PATH=/bin
 mount -t proc proc /proc
@@ -134,7 +135,11 @@ for module in $(cat /modules/order); do
     insmod "/modules/$module.ko" || fail "cannot load $module"
 done
 options=trans=virtio,version=9p2000.L,msize=512000
-mount -t 9p -o "ro,$options,cache=loose" host /host || fail "cannot mount the files of the host"
+mount -t 9p -o "ro,$options,cache=loose" host /below || fail "cannot mount the files of the host"
+mount -t tmpfs tmpfs /memory
+mkdir /memory/upper /memory/work
+mount -t overlay -o lowerdir=/below,upperdir=/memory/upper,workdir=/memory/work overlay /host ||
+    fail "cannot put memory over the files of the host"
 if [ -n "$writable" ]; then
     mount -t 9p -o "rw,$options,cache=none" writable "/host$writable" || fail "cannot mount $writable"
 fi
@@ -145,7 +150,7 @@ ln -sf /proc/self/fd /dev/fd
 ln -sf /proc/self/fd/0 /dev/stdin
 ln -sf /proc/self/fd/1 /dev/stdout
 ln -sf /proc/self/fd/2 /dev/stderr
-mkdir -p /dev/pts /dev/shm /host/run/modules /host/run/tmp
+mkdir -p /dev/pts /dev/shm /host/run/modules /host/run/home
 mount -t devpts devpts /dev/pts
 mount -t tmpfs tmpfs /dev/shm
 mount -o bind /dev /host/dev
@@ -153,7 +158,7 @@ mount -o bind /dev/pts /host/dev/pts
 mount -o bind /dev/shm /host/dev/shm
 ln -s /proc/mounts /host/run/mounts
 cp /modules/vivid.ko /modules/v4l2loopback.ko /command /host/run/modules
-if [ -n "$cameraParameters" ]; then
+if [ "$cameraParameters" != none ]; then
     insmod /modules/vivid.ko $cameraParameters || fail "cannot load vivid"
 fi
 ip link set lo up
@@ -174,7 +179,7 @@ prepare() {
     cp "$work/tree/bin/busybox" "$work/root/bin/busybox"
     cp "$work/tree/bin/busybox" "$work/guest/busybox"
     local module
-    for module in virtio_pci 9pnet_virtio 9p vivid videodev; do
+    for module in virtio_pci 9pnet_virtio 9p overlay vivid videodev; do
         addModule "$module"
     done
     strip --strip-debug -o "$work/root/modules/v4l2loopback.ko" "$work/v4l2loopback/v4l2loopback.ko"
@@ -203,8 +208,8 @@ mkdir "$run/root"
     printf 'cameraParameters=%q\n' "$cameraParameters"
 } >"$run/root/settings"
 {
-    echo 'export PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/run/tmp TMPDIR=/run/tmp'
-    echo 'export TEST_TMPDIR=/run/tmp KOVANTA_VM_MODULES=/run/modules LC_ALL=C.UTF-8'
+    echo 'export PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/run/home'
+    echo 'export KOVANTA_VM_MODULES=/run/modules LC_ALL=C.UTF-8'
     while IFS='=' read -r -d '' name value; do
         case $name in
             ASAN_OPTIONS | UBSAN_OPTIONS | LSAN_OPTIONS | TSAN_OPTIONS | GTEST_* | GCOV_* | LLVM_PROFILE_FILE)

@@ -40,13 +40,12 @@ struct Frame {
         return !lone || (plane == 0 && fourcc != V4L2_PIX_FMT_YUYV);
     }
 
-    Sample at(std::size_t x, std::size_t y) const {
-        if (fourcc == V4L2_PIX_FMT_YUYV) {
-            const unsigned char* pair = &bytes[y * stride + x / 2 * 4];
-            return {pair[x % 2 * 2], pair[1], pair[3]};
-        }
-        const std::size_t chroma = stride * height + y / 2 * (stride / 2) + x / 2;
-        return {bytes[y * stride + x], bytes[chroma], bytes[chroma + stride * height / 4]};
+    unsigned char at(std::size_t x, std::size_t y, std::size_t plane) const {
+        if (fourcc == V4L2_PIX_FMT_YUYV)
+            return bytes[y * stride + x / 2 * 4 + (plane == 0 ? x % 2 * 2 : plane * 2 - 1)];
+        if (plane == 0)
+            return bytes[y * stride + x];
+        return bytes[stride * height + (plane - 1) * (stride * height / 4) + y / 2 * (stride / 2) + x / 2];
     }
 };
 
@@ -58,10 +57,10 @@ inline std::string difference(const Ko::Image<unsigned char>& image, const Frame
     for (std::size_t y = 0; y < frame.height; ++y)
         for (std::size_t x = 0; x < frame.width; ++x)
             for (std::size_t p = 0; p < 3; ++p)
-                if (frame.has(x, y, p) && image.plane[p].view[y][x] != frame.at(x, y)[p])
+                if (frame.has(x, y, p) && image.plane[p].view[y][x] != frame.at(x, y, p))
                     return "plane " + std::to_string(p) + " at " + std::to_string(x) + "," + std::to_string(y) + ": " +
                            std::to_string(image.plane[p].view[y][x]) + " instead of " +
-                           std::to_string(frame.at(x, y)[p]);
+                           std::to_string(frame.at(x, y, p));
     return "";
 }
 

@@ -35,15 +35,21 @@ struct Device {
     unsigned int frames = 0;
 };
 
-// Never destroyed: the calls below come before the first constructor and after the last destructor of this program too.
-std::map<int, Device>& devices() { // by descriptor
-    static auto& instance = *new std::map<int, Device>;
-    return instance;
+// Plain data: the calls below come before the first constructor and after the last destructor of this program too.
+Device* devices[1024]; // by descriptor
+void* mappings[256];
+
+Device* deviceOf(int fd) {
+    return fd >= 0 && static_cast<std::size_t>(fd) < std::size(devices) ? devices[fd] : nullptr;
 }
 
-std::vector<void*>& mappings() {
-    static auto& instance = *new std::vector<void*>;
-    return instance;
+/// Replaces one entry of the mappings by another. @return whether there was one; null marks the free ones
+bool replaceMapping(void* entry, void* replacement) {
+    void** const found = std::find(std::begin(mappings), std::end(mappings), entry);
+    if (found == std::end(mappings))
+        return false;
+    *found = replacement;
+    return true;
 }
 
 /// Records the call. @return whether it is to fail; errno is set then
@@ -209,20 +215,19 @@ int openCamera(const std::string& number, int flags) {
     if (found == cameras.end())
         return refuse(ENOENT);
     const int fd = ::memfd_create(memoryName, 0);
-    Device device;
-    device.camera = found->second;
-    device.format.width = 640;
-    device.format.height = 360;
-    device.format.pixelformat = device.camera.formats.front();
-    adjust(device.camera, device.format);
-    devices()[fd] = device;
+    auto* const device = devices[fd] = new Device;
+    device->camera = found->second;
+    device->format.width = 640;
+    device->format.height = 360;
+    device->format.pixelformat = device->camera.formats.front();
+    adjust(device->camera, device->format);
     return fd;
 }
 
 int openAny(const char* path, int flags, mode_t mode) {
-    const std::string prefix = "/dev/video";
-    if (std::string(path).compare(0, prefix.size(), prefix) == 0)
-        return openCamera(path + prefix.size(), flags);
+    constexpr std::size_t prefixLength = 10;
+    if (std::strncmp(path, "/dev/video", prefixLength) == 0)
+        return openCamera(path + prefixLength, flags);
     return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
@@ -283,34 +288,35 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
-    const auto found = fake::devices().find(fd);
-    if (found == fake::devices().end())
+    fake::Device* const device = fake::deviceOf(fd);
+    if (!device)
         return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
-    return fake::control(fd, found->second, request, argument);
+    return fake::control(fd, *device, request, argument);
 }
 
 void* mmap(void* address, size_t length, int protection, int flags, int fd, off_t offset) noexcept {
-    const bool ours = fake::devices().count(fd) != 0;
+    const bool ours = fake::deviceOf(fd) != nullptr;
     if (ours && fake::fails("mmap"))
         return MAP_FAILED;
     // NOLINTNEXTLINE(performance-no-int-to-ptr)
     void* const start = reinterpret_cast<void*>(::syscall(SYS_mmap, address, length, protection, flags, fd, offset));
     if (ours && start != MAP_FAILED)
-        fake::mappings().push_back(start);
+        fake::replaceMapping(nullptr, start);
     return start;
 }
 
 int munmap(void* address, size_t length) noexcept {
     const int result = static_cast<int>(::syscall(SYS_munmap, address, length));
-    const auto found = std::find(fake::mappings().begin(), fake::mappings().end(), address);
-    if (found == fake::mappings().end())
-        return result;
-    fake::mappings().erase(found);
-    return fake::fails("munmap") ? -1 : result;
+    return address && fake::replaceMapping(address, nullptr) && fake::fails("munmap") ? -1 : result;
 }
 
 int close(int fd) {
     const int result = static_cast<int>(::syscall(SYS_close, fd));
-    return fake::devices().erase(fd) != 0 && fake::fails("close") ? -1 : result;
+    fake::Device* const device = fake::deviceOf(fd);
+    if (!device)
+        return result;
+    delete device;
+    fake::devices[fd] = nullptr;
+    return fake::fails("close") ? -1 : result;
 }
 }
