@@ -50,7 +50,9 @@ void padTransportStream(AVIOContext* file) {
         return;
     unsigned char nullPacket[packetSize];
     std::memset(nullPacket, 0xFF, sizeof nullPacket);
-    std::memcpy(nullPacket, "\x47\x1F\xFF\x10", 4);
+    nullPacket[0] = 0x47;
+    nullPacket[1] = 0x1F;
+    nullPacket[3] = 0x10;
     for (; size < recognised; size += packetSize)
         avio_write(file, nullPacket, packetSize);
 }
@@ -101,8 +103,6 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     if (!codecContext || !packet)
         throw std::bad_alloc();
 
-    // An encoder's chatter on standard error is nobody's wish; its warnings and errors stay.
-    codecContext->log_level_offset = AV_LOG_VERBOSE - AV_LOG_INFO;
     codecContext->flags |= settings.codecFlags;
     if (wantsGlobalHeader(*formatContext->oformat))
         codecContext->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

@@ -223,18 +223,4 @@ TEST(ThreadedBuffer, KeepsImagesOfItsOwnAndCopiesNoMoreThanThat) {
     }
 }
 
-TEST(ThreadedBuffer, HandsManyValuesOverInOrder) {
-    ThreadedBuffer<CopyOnly> buffer;
-    buffer.setCapacity(3);
-    std::vector<int> taken;
-    boost::thread consumer([&] { consume(buffer, taken); });
-    constexpr int n = 5000;
-    putAll(buffer, 0, n - 1);
-    consumer.interrupt();
-    consumer.join();
-    ASSERT_EQ(taken.size(), static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i)
-        ASSERT_EQ(taken[static_cast<std::size_t>(i)], i);
-}
-
 } // namespace
