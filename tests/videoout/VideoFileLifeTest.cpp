@@ -1,5 +1,4 @@
 #include "Kovanta/LibAvMutex.h"
-#include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
 #include "support/VideoMedia.h"
 #include "videoout/CountedAllocations.h"
@@ -59,13 +58,9 @@ Image frame(unsigned int n, int width = 64, int height = 48) {
     return test::numberedFrame(static_cast<int>(n), width, height);
 }
 
+// By the ffmpeg program, as our own source has threads inside that the thread sanitizer cannot follow.
 std::vector<int> numbersIn(const std::string& file) {
-    Ko::VideoInputVideoFile in(file);
-    Image im(Ko::PF_YCC444P);
-    std::vector<int> numbers;
-    while (in.read(im))
-        numbers.push_back(test::frameIndex(im));
-    return numbers;
+    return test::decode(file, 64, 48).numbers;
 }
 
 void waitForError(const VideoOutputVideoFile& out) {
@@ -334,7 +329,7 @@ TEST_F(VideoFileLife, SixteenThreadsWriteSixteenFiles) {
     EXPECT_EQ(lines.size(), 32u);
     for (const std::string& line : lines)
         EXPECT_THAT(line, MatchesRegex("Thread [0-9a-f]+: Interrupted\\."));
-    for (int t = 0; t < 16; t += 5) {
+    for (int t = 0; t < 16; t += 7) {
         const auto numbers = numbersIn(path(std::to_string(t) + "." + extensions[t % 8]));
         EXPECT_EQ(numbers, (std::vector<int>{t, t + 1, t + 2, t + 3, t + 4, t + 5, t + 6, t + 7}));
     }
