@@ -11,13 +11,14 @@
 
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 
 #include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <fstream>
+#include <csignal>
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -72,6 +73,21 @@ void writeFrames(VideoOutputVideoFile& out, unsigned int first, unsigned int end
     for (unsigned int n = first; n < end; ++n)
         EXPECT_TRUE(out.write(frame(n)));
 }
+
+/// Stands in for the small disk of those who may not mount one: no file may grow beyond its size.
+class SmallFiles {
+public:
+    SmallFiles() {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limit = {32768, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallFiles() { setrlimit(RLIMIT_FSIZE, &before); }
+
+private:
+    rlimit before;
+};
 
 class VideoFileLife : public testing::Test {
 protected:
@@ -245,10 +261,11 @@ TEST_F(VideoFileLife, AFullDiskIsAnErrorAndNothingWorse) {
     // In a mount namespace of our own, so that nothing is left behind whatever happens.
     const bool mounted = unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
                          mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=32k") == 0;
-    const std::string reason = std::strerror(errno);
+    std::optional<SmallFiles> small;
+    if (!mounted)
+        small.emplace();
     for (const char* name : {"/a.avi", "/a.mp4", "/a.mkv", "/a.ts", "/a.webm"})
-        if (mounted)
-            files.push_back(disk + name);
+        files.push_back(disk + name);
     constexpr unsigned int frames = 12; // and as much room in the queue: nobody takes them out after the error
     for (const std::string& file : files) {
         SCOPED_TRACE(file);
@@ -272,10 +289,7 @@ TEST_F(VideoFileLife, AFullDiskIsAnErrorAndNothingWorse) {
         EXPECT_TRUE(!opened || !out.getError().empty());
         std::filesystem::remove(file);
     }
-    if (mounted)
-        EXPECT_EQ(umount(disk.c_str()), 0);
-    else
-        GTEST_SKIP() << "only the device was tried: mounting a small disk needs rights: " << reason;
+    EXPECT_TRUE(!mounted || umount(disk.c_str()) == 0);
 }
 
 TEST_F(VideoFileLife, OpenAndCloseRunUnderLibAvMutex) {
