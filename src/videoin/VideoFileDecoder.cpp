@@ -118,8 +118,8 @@ void VideoFileDecoder::noteTimes(const AVPacket& fed) {
     if (!countsPictures)
         countsPictures = !known(fed.pts) && known(fed.dts);
     const bool key = (fed.flags & AV_PKT_FLAG_KEY) != 0;
-    if (!shownSinceFlush && !keySinceFlush && known(fed.dts) && (key || firstPacketDts == 0))
-        firstPacketDts = fed.dts;
+    if (key && !keySinceFlush && known(fed.dts))
+        firstKeyDts = fed.dts;
     keySinceFlush = keySinceFlush || key;
 }
 
@@ -132,7 +132,7 @@ std::int64_t VideoFileDecoder::stamp(const AVFrame& shown) const {
     if (shownSinceFlush)
         return lastTimeStamp > INT64_MAX - period ? lastTimeStamp : lastTimeStamp + period;
     if (counted || !known(shown.pkt_dts))
-        return firstPacketDts;
+        return firstKeyDts;
     return shown.pkt_dts;
 }
 
@@ -162,7 +162,7 @@ void VideoFileDecoder::flush() {
     draining = false;
     shownSinceFlush = false;
     keySinceFlush = false;
-    firstPacketDts = 0;
+    firstKeyDts = 0;
 }
 
 Frac<unsigned int> VideoFileDecoder::frameRate() const {
