@@ -75,6 +75,9 @@ void VideoFileDecoder::openDecoder() {
 const AVFrame* VideoFileDecoder::next() {
     for (;;) {
         const int result = avcodec_receive_frame(codec.get(), picture.get());
+        const bool doubtful = (codec->flags & AV_CODEC_FLAG_OUTPUT_CORRUPT) != 0;
+        if (result == 0 && doubtful && (picture->flags & AV_FRAME_FLAG_CORRUPT) != 0)
+            continue;
         if (result == 0) {
             lastTimeStamp = stamp(*picture);
             shownSinceFlush = true;
@@ -95,14 +98,15 @@ void VideoFileDecoder::feed() {
         for (;;) {
             if (av_read_frame(container.get(), packet.get()) < 0) {
                 draining = true;
-                // After a seek into the last open group of pictures the H.264 decoder takes its last picture for one
-                // that lacks references and keeps it, good as those before it were.
-                if (keySinceFlush)
+                // After a seek into the last open group of pictures the H.264 decoder takes its last pictures for
+                // ones that lack references, and keeps them. It has to be asked for those; what truly lacks references
+                // comes marked then.
+                if (codec->codec_id == AV_CODEC_ID_H264 && keySinceFlush)
                     codec->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
                 avcodec_send_packet(codec.get(), nullptr);
                 return;
             }
-            // An empty packet (a frame that an AVI dropped) would be taken for the end of the stream.
+            // The decoder would take an empty packet for the end of the stream.
             if (packet->stream_index == stream->index && (packet->size > 0 || packet->side_data_elems > 0))
                 break;
             av_packet_unref(packet.get());

@@ -36,7 +36,7 @@ const Case cases[] = {
     {"h264-fragments.mp4", "-c:v libx264 -g 9 -bf 3 -movflags frag_keyframe+empty_moov"},
     {"h264-b.mkv", "-c:v libx264 -g 9 -bf 3", false, "24"},
     {"h264-b-one-key.mkv", "-c:v libx264 -g 999 -keyint_min 999 -sc_threshold 0 -bf 3", false, "30000/1001"},
-    {"h264-open-gop.mkv", "-c:v libx264 -g 12 -bf 3 -x264-params open-gop=1"},
+    {"h264-open-gop.mkv", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1"},
     {"h264-b.ts", "-c:v libx264 -g 9 -bf 3"},
     {"mpeg2-b.mpg", "-c:v mpeg2video -bf 2"},
     {"mpeg2-b.ts", "-c:v mpeg2video -bf 2 -g 9", false, "30000/1001"},
