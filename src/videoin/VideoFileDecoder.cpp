@@ -111,6 +111,9 @@ void VideoFileDecoder::feed() {
                 break;
             av_packet_unref(packet.get());
         }
+    // An edit list may cut off the file's last pictures; they are in the file and not lost on the way here.
+    if (known(stream->duration) && packet->pts >= stream->duration)
+        packet->flags &= ~AV_PKT_FLAG_DISCARD;
     noteTimes(*packet);
     const bool refused = avcodec_send_packet(codec.get(), packet.get()) == AVERROR(EAGAIN);
     resend = refused && !resend;
