@@ -75,16 +75,15 @@ void VideoFileDecoder::openDecoder() {
 const AVFrame* VideoFileDecoder::next() {
     for (;;) {
         const int result = avcodec_receive_frame(codec.get(), picture.get());
-        const bool doubtful = (codec->flags & AV_CODEC_FLAG_OUTPUT_CORRUPT) != 0;
-        if (result == 0 && doubtful && (picture->flags & AV_FRAME_FLAG_CORRUPT) != 0)
-            continue;
-        if (result == 0) {
+        if (result == AVERROR_EOF || (draining && result == AVERROR(EAGAIN)))
+            return nullptr;
+        const bool lacksReferences =
+            (codec->flags & AV_CODEC_FLAG_OUTPUT_CORRUPT) != 0 && (picture->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+        if (result == 0 && !lacksReferences) {
             lastTimeStamp = stamp(*picture);
             shownSinceFlush = true;
             return picture.get();
         }
-        if (result == AVERROR_EOF)
-            return nullptr;
         // Anything but EAGAIN is the error of one packet; the stream goes on behind it. A draining decoder has no more
         // packets to be fed with and comes to its end by being asked again.
         if (!draining)
