@@ -193,7 +193,7 @@ TEST(HostileStills, HeadersThatLie) {
     } cases[] = {
         {Ko::readPngImage, "", pngError},
         {Ko::readPngImage, "P6 1 1 255 xxx, which is no PNG", pngError},
-        {Ko::readPngImage, pngStart(60000, 60000, 8, 2) + end, "[readPngImage]: Image too large."},
+        {Ko::readPngImage, pngStart(60000, 60000, 8, 2) + garbage + end, "[readPngImage]: Image too large."},
         {Ko::readPngImage, pngStart(60000, 60000, 16, 6) + garbage, "[readPngImage]: Image too large."},
         {Ko::readPngImage, pngStart(60000, 60000, 4, 3) + palette + garbage, "[readPngImage]: Image too large."},
         {Ko::readPngImage, pngStart(66000, 66000, 1, 0) + garbage, "[readPngImage]: Image too large."},
