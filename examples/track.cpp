@@ -32,10 +32,11 @@ constexpr Ko::YCCColor green{173, 42, 26};
 constexpr Ko::YCCColor red{82, 90, 240};
 constexpr Ko::YCCColor yellow{210, 16, 146};
 
-/// Finds the box around everything that moved between the last two frames.
+/// Finds the box around everything that moved just now.
 ///
 /// The picture is cut into blocks of 8 x 8 pixels. Where the mean brightness of a block differs from that of the frame
-/// before by more than a threshold, something moved. A block alone is noise: it counts when a neighbour moved too.
+/// before by more than a threshold, something moved, and the block stays warm for some frames: a smooth surface shows
+/// its motion only now and then. A warm block alone is noise: it counts when two of its neighbours are warm too.
 class MotionFinder {
 public:
     std::optional<Ko::Bbox<int>> find(const Frame& frame) {
@@ -46,16 +47,17 @@ public:
             for (int x = 0; x < columns; ++x)
                 current[at(x, y)] = meanLuma(frame, x * blockSize, y * blockSize);
         previous.swap(current);
-        if (current.size() != previous.size())
-            return std::nullopt; // the first frame, or a new size
+        if (current.size() != previous.size()) { // the first frame, or a new size
+            warmth.assign(previous.size(), 0);
+            return std::nullopt;
+        }
 
-        std::vector<bool> moved(current.size());
-        for (std::size_t i = 0; i < moved.size(); ++i)
-            moved[i] = std::abs(previous[i] - current[i]) > threshold;
+        for (std::size_t i = 0; i < warmth.size(); ++i)
+            warmth[i] = std::abs(previous[i] - current[i]) > threshold ? warmFrames : std::max(warmth[i] - 1, 0);
         std::optional<Ko::Bbox<int>> box;
         for (int y = 0; y < rows; ++y)
             for (int x = 0; x < columns; ++x)
-                if (moved[at(x, y)] && movedNeighbours(moved, x, y) > 0)
+                if (warmth[at(x, y)] > 0 && warmNeighbours(x, y) > 1)
                     include(box, x, y);
         return box;
     }
@@ -63,6 +65,7 @@ public:
 private:
     static constexpr int blockSize = 8;
     static constexpr int threshold = 6; // levels of brightness: above the noise of a camera, below a faint shadow
+    static constexpr int warmFrames = 5;
 
     std::size_t at(int x, int y) const { return static_cast<std::size_t>(y * columns + x); }
 
@@ -74,11 +77,11 @@ private:
         return sum / (blockSize * blockSize);
     }
 
-    int movedNeighbours(const std::vector<bool>& moved, int x, int y) const {
+    int warmNeighbours(int x, int y) const {
         int count = 0;
         for (int ny = std::max(y - 1, 0); ny <= std::min(y + 1, rows - 1); ++ny)
             for (int nx = std::max(x - 1, 0); nx <= std::min(x + 1, columns - 1); ++nx)
-                count += (nx != x || ny != y) && moved[at(nx, ny)];
+                count += (nx != x || ny != y) && warmth[at(nx, ny)] > 0;
         return count;
     }
 
@@ -93,6 +96,7 @@ private:
     int columns = 0;
     int rows = 0;
     std::vector<int> previous; // mean brightness of each block
+    std::vector<int> warmth;   // frames for which each block still counts as moving
 };
 
 /// Smooths the box over time, so that it glides, and remembers where its centre has been.
@@ -100,15 +104,15 @@ class Track {
 public:
     void update(const std::optional<Ko::Bbox<int>>& found) {
         framesSinceFound = found ? 0 : framesSinceFound + 1;
+        if (framesSinceFound > patience)
+            path.clear();
         if (!found)
             return;
-        if (path.empty() || framesSinceFound > patience)
-            box = {static_cast<float>(found->left), static_cast<float>(found->top), static_cast<float>(found->right),
-                   static_cast<float>(found->bottom)};
-        glide(box.left, found->left);
-        glide(box.top, found->top);
-        glide(box.right, found->right);
-        glide(box.bottom, found->bottom);
+        const float share = path.empty() ? 1.0f : quickness;
+        glide(box.left, found->left, share);
+        glide(box.top, found->top, share);
+        glide(box.right, found->right, share);
+        glide(box.bottom, found->bottom, share);
         path.push_back({static_cast<int>(box.left + box.right) / 2, static_cast<int>(box.top + box.bottom) / 2});
         if (path.size() > pathLength)
             path.pop_front();
@@ -117,7 +121,7 @@ public:
     void draw(Frame& frame) const {
         for (std::size_t i = 1; i < path.size(); ++i)
             Ko::drawLine(frame, path[i - 1], path[i], yellow);
-        if (path.empty() || framesSinceFound > patience)
+        if (path.empty())
             return;
         for (const int thickness : {0, 1})
             Ko::drawBbox(frame,
@@ -131,15 +135,15 @@ public:
     }
 
 private:
-    static constexpr int patience = 12;           // frames without motion until the box goes
+    static constexpr int patience = 15;           // frames without motion until the box goes
     static constexpr std::size_t pathLength = 90; // frames
     static constexpr float quickness = 0.25f;     // how much of the way to the found box each frame goes
 
-    static void glide(float& edge, int target) { edge += quickness * (static_cast<float>(target) - edge); }
+    static void glide(float& edge, int target, float share) { edge += share * (static_cast<float>(target) - edge); }
 
     Ko::Bbox<float> box{};
     std::deque<Ko::Point<int>> path;
-    int framesSinceFound = patience + 1;
+    int framesSinceFound = 0;
 };
 
 volatile std::sig_atomic_t interrupted = 0;

@@ -7,5 +7,6 @@
 #include "Kovanta/ThreadedBuffer.h"
 #include "Kovanta/VideoOutputBase.h"
 #include "Kovanta/VideoOutputVideoFile.h"
+#include "Kovanta/VideoOutputDisplay.h"
 
 #endif

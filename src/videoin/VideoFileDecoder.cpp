@@ -95,6 +95,10 @@ void VideoFileDecoder::feed() {
         for (;;) {
             if (av_read_frame(container.get(), packet.get()) < 0) {
                 draining = true;
+                // After a seek into the last open group of pictures the H.264 decoder takes its last picture for one
+                // that lacks references and keeps it, good as those before it were.
+                if (keySinceFlush)
+                    codec->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
                 avcodec_send_packet(codec.get(), nullptr);
                 return;
             }
@@ -103,6 +107,9 @@ void VideoFileDecoder::feed() {
                 break;
             av_packet_unref(packet.get());
         }
+    // An edit list may cut off the file's last pictures; they are in the file and not lost on the way here.
+    if (known(stream->duration) && packet->pts >= stream->duration)
+        packet->flags &= ~AV_PKT_FLAG_DISCARD;
     noteTimes(*packet);
     const bool refused = avcodec_send_packet(codec.get(), packet.get()) == AVERROR(EAGAIN);
     resend = refused && !resend;
@@ -139,9 +146,20 @@ bool VideoFileDecoder::seek(std::int64_t target) {
     return true;
 }
 
+bool VideoFileDecoder::rewind() {
+    if (seek(0))
+        return true;
+    // A stream without a container has no time stamps to look for, but its beginning is known.
+    if (av_seek_frame(container.get(), stream->index, 0, AVSEEK_FLAG_BYTE) < 0)
+        return false;
+    flush();
+    return true;
+}
+
 /// Only ever right after the container has moved: a flush takes the decoder's reference pictures away.
 void VideoFileDecoder::flush() {
     avcodec_flush_buffers(codec.get());
+    codec->flags &= ~AV_CODEC_FLAG_OUTPUT_CORRUPT;
     av_packet_unref(packet.get());
     resend = false;
     draining = false;
@@ -163,10 +181,6 @@ std::optional<std::int64_t> VideoFileDecoder::length() const {
     if (known(container->duration))
         return av_rescale_q(container->duration, AVRational{1, AV_TIME_BASE}, stream->time_base);
     return std::nullopt;
-}
-
-std::int64_t VideoFileDecoder::start() const {
-    return known(stream->start_time) ? std::max<std::int64_t>(0, stream->start_time) : 0;
 }
 
 std::int64_t VideoFileDecoder::second() const {

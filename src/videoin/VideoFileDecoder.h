@@ -30,6 +30,8 @@ public:
     /// Goes to the key frame at or before a time stamp. @return false when the container refuses; nothing has changed
     /// then
     bool seek(std::int64_t target);
+    /// Goes to the beginning. @return as seek()
+    bool rewind();
 
     /// As the file tells, before anything is decoded.
     const AVCodecContext& description() const { return *codec; }
@@ -39,8 +41,6 @@ public:
     std::optional<std::int64_t> length() const;
     /// The stream's length field, whatever it says.
     std::int64_t lengthField() const { return stream->duration; }
-    /// Time stamp at which the stream begins.
-    std::int64_t start() const;
     /// One second in ticks, at least 1.
     std::int64_t second() const;
 

@@ -165,9 +165,9 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
                                      ": error while seeking.");
         position = 0;
         endMet = false;
-        if (decodeForward(target) || aim <= source.start())
+        if (decodeForward(target) || aim == 0)
             return position;
-        aim = std::max(subtract(aim, step), source.start());
+        aim = std::max<Time>(aim - step, 0);
     }
 }
 
@@ -188,7 +188,7 @@ bool VideoInputVideoFile::decodeForward(Time target) {
 }
 
 long VideoInputVideoFile::rewind(VideoFileDecoder& source) {
-    if (!source.seek(0))
+    if (!source.rewind())
         throw std::runtime_error(std::string("[VideoInputVideoFile::seek]: ") + source.filename() +
                                  ": error while seeking.");
     position = 0;

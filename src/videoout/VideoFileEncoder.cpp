@@ -40,6 +40,18 @@ int toInt(unsigned int size) {
     return size > INT_MAX ? -1 : static_cast<int>(size);
 }
 
+/// A transport stream of less than eleven packets is taken for something else by libav's own readers; null packets,
+/// which every reader skips, make it long enough.
+void padTransportStream(AVIOContext* file) {
+    constexpr std::int64_t packetSize = 188;
+    constexpr std::int64_t recognised = 11 * packetSize;
+    unsigned char null[packetSize];
+    std::memset(null, 0xFF, sizeof null);
+    std::memcpy(null, "\x47\x1F\xFF\x10", 4);
+    for (std::int64_t size = avio_tell(file); size >= 0 && size < recognised; size += packetSize)
+        avio_write(file, null, packetSize);
+}
+
 } // namespace
 
 VideoFileEncoder::VideoFileEncoder()
@@ -151,6 +163,8 @@ void VideoFileEncoder::writeTrailer() {
 }
 
 void VideoFileEncoder::closeFile() {
+    if (formatContext->pb && std::strcmp(formatContext->oformat->name, "mpegts") == 0)
+        padTransportStream(formatContext->pb);
     if (!(formatContext->oformat->flags & AVFMT_NOFILE) && avio_closep(&formatContext->pb) < 0)
         throw std::runtime_error("[VideoOutputVideoFile::close]: url_fclose failed.");
 }

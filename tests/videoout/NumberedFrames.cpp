@@ -97,24 +97,23 @@ Ko::Image<unsigned char> frame(unsigned int n, unsigned int width, unsigned int 
 Decoded decode(const std::string& file, unsigned int width, unsigned int height, bool tinted) {
     const std::string log = file + ".log";
     // Twice at once: as it is, and through the time stamps' way to a constant rate, which complains about bad ones.
-    const std::string yuv = output("ffmpeg -nostdin -v warning -i '" + file + "' -f null - -fps_mode passthrough" +
-                                   " -f rawvideo -pix_fmt yuv420p pipe:1 2>'" + log + "'");
     Decoded decoded;
+    decoded.yuv = output("ffmpeg -nostdin -v warning -i '" + file + "' -f null - -fps_mode passthrough" +
+                         " -f rawvideo -pix_fmt yuv420p pipe:1 2>'" + log + "'");
     std::stringstream complaints;
     complaints << std::ifstream(log).rdbuf();
     decoded.complaints = complaints.str();
     const std::size_t size = std::size_t{width} * height + 2 * std::size_t{(width + 1) / 2} * ((height + 1) / 2);
-    for (std::size_t at = 0; at + size <= yuv.size(); at += size)
+    for (std::size_t at = 0; at + size <= decoded.yuv.size(); at += size)
         decoded.numbers.push_back(
-            numberOf(reinterpret_cast<const unsigned char*>(yuv.data()) + at, width, height, tinted));
+            numberOf(reinterpret_cast<const unsigned char*>(decoded.yuv.data()) + at, width, height, tinted));
     return decoded;
 }
 
-std::string probe(const std::string& file, const std::string& entry) {
-    std::istringstream words(ffprobe(file, "stream=" + entry));
-    std::string word;
-    std::getline(words, word);
-    return word.substr(0, word.find(','));
+std::string probe(const std::string& file, const std::string& entries) {
+    const std::string lines = ffprobe(file, "stream=" + entries);
+    const std::string line = lines.substr(0, lines.find('\n'));
+    return line.substr(0, line.find_last_not_of(',') + 1); // where a stream has side data, a comma follows
 }
 
 std::vector<long> presentationTimes(const std::string& file) {

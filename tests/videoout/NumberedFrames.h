@@ -16,12 +16,13 @@ Ko::Image<unsigned char> frame(unsigned int n, unsigned int width, unsigned int 
 /// What the ffmpeg program makes of a file.
 struct Decoded {
     std::vector<int> numbers; ///< Of each frame; -1 where it is not one of ours, -2 where only the tint is wrong.
+    std::string yuv;          ///< The pictures as planar 4:2:0, without padding.
     std::string complaints;   ///< Warnings while decoding and while counting time stamps.
 };
 Decoded decode(const std::string& file, unsigned int width, unsigned int height, bool tinted = true);
 
-/// One entry of the video stream, as ffprobe prints it ("time_base", "nb_read_frames", ...).
-std::string probe(const std::string& file, const std::string& entry);
+/// Entries of the video stream ("time_base,nb_read_frames"), with commas between, in ffprobe's own order.
+std::string probe(const std::string& file, const std::string& entries);
 /// Presentation times of all frames, in units of the stream's time base.
 std::vector<long> presentationTimes(const std::string& file);
 
