@@ -15,7 +15,6 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 using Image = Ko::Image<unsigned char>;
 
@@ -94,7 +93,7 @@ int main(int argc, char** argv) {
         std::cout << target.width << " x " << target.height << ", " << way << "\n";
         return EXIT_SUCCESS;
     } catch (const std::exception& e) {
-        std::cerr << e.what() << "\n";
+        std::cerr << "convert: " << e.what() << "\n";
         return EXIT_FAILURE;
     }
 }

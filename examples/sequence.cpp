@@ -15,25 +15,45 @@ namespace {
 
 using Frame = Ko::Image<unsigned char>;
 
-void writeAll(Ko::VideoInputImageFile& input, Ko::VideoOutputVideoFile& output) {
-    const long length = input.getLength();
-    // A directory of a single still is at its end from the start; this makes it readable.
-    input.seek(0, Ko::VP_BEGIN);
-    Frame frame(Ko::PF_YCC444P);
-    for (long written = 0; input.read(frame);) {
-        if (frame.width != input.getWidth() || frame.height != input.getHeight())
-            throw std::runtime_error("Still " + std::to_string(written + 1) + " is " + std::to_string(frame.width) +
-                                     " x " + std::to_string(frame.height) + ", unlike the first.");
-        // A writer that met an error no longer takes frames out of the queue.
-        if (!output.getError().empty())
-            throw std::runtime_error(output.getError());
-        output.write(frame);
-        std::cerr << "\r" << ++written << " of " << length << std::flush;
+/// One line that counts up, ended when this goes.
+class Progress {
+public:
+    explicit Progress(long count)
+        : total(count) {}
+    ~Progress() {
+        if (done > 0)
+            std::cerr << "\n";
     }
-    std::cerr << "\n";
-    output.close();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void step() { std::cerr << "\r" << ++done << " of " << total << std::flush; }
+
+private:
+    long total;
+    long done = 0;
+};
+
+void requireHealthy(const Ko::VideoOutputVideoFile& output) {
     if (!output.getError().empty())
         throw std::runtime_error(output.getError());
+}
+
+void writeAll(Ko::VideoInputImageFile& input, Ko::VideoOutputVideoFile& output) {
+    // A directory of a single still is at its end from the start; this makes it readable.
+    input.seek(0, Ko::VP_BEGIN);
+    Progress progress(input.getLength());
+    Frame frame(Ko::PF_YCC444P);
+    while (input.read(frame)) {
+        if (frame.width != input.getWidth() || frame.height != input.getHeight())
+            throw std::runtime_error("A still is " + std::to_string(frame.width) + " x " +
+                                     std::to_string(frame.height) + ", unlike the first.");
+        requireHealthy(output); // a writer that met an error would let write() wait for ever
+        output.write(frame);
+        progress.step();
+    }
+    output.close();
+    requireHealthy(output);
 }
 
 } // namespace
@@ -56,7 +76,7 @@ int main(int argc, char** argv) {
         writeAll(input, output);
         return EXIT_SUCCESS;
     } catch (const std::exception& e) {
-        std::cerr << "\n" << e.what() << "\n";
+        std::cerr << "sequence: " << e.what() << "\n";
         return EXIT_FAILURE;
     }
 }
