@@ -170,8 +170,12 @@ std::string jpegHeader(unsigned width, unsigned height, char components) {
     return bytes + std::string("\xFF\xDA\0\x08\x01\x01\0\0\x3F\0", 10);
 }
 
-std::string withManyScans() {
-    std::string bytes = makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, false, 5, 5});
+/// A progressive JPEG that goes over its picture again and again; the picture is as large as it says.
+std::string withManyScans(unsigned width, unsigned height) {
+    std::string bytes = makeJpeg({1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true, false, 5, 5});
+    const std::size_t frame = bytes.find("\xFF\xC2");
+    for (std::size_t i = 0; i < 4; ++i)
+        bytes[frame + 5 + i] = static_cast<char>((height << 16 | width) >> (24 - 8 * i) & 255);
     const std::string scan = bytes.substr(bytes.rfind("\xFF\xDA"), bytes.size() - 2 - bytes.rfind("\xFF\xDA"));
     bytes.resize(bytes.size() - 2);
     for (int i = 0; i < 600; ++i)
@@ -218,7 +222,8 @@ TEST(HostileStills, HeadersThatLie) {
          "[readJpegImage]: libjpeg failed. (Empty JPEG image (DNL not supported))"},
         {Ko::readJpegImage, jpegHeader(65535, 5, 1),
          "[readJpegImage]: libjpeg failed. (Maximum supported image dimension is 65500 pixels)"},
-        {Ko::readJpegImage, withManyScans(), "[readJpegImage]: libjpeg failed. (More than 500 scans)"},
+        {Ko::readJpegImage, withManyScans(5, 5), "[readJpegImage]: libjpeg failed. (More than 500 scans)"},
+        {Ko::readJpegImage, withManyScans(3000, 3000), "[readJpegImage]: libjpeg failed. (More than 238 scans)"},
     };
     MemoryFile file;
     for (const auto& c : cases) {
