@@ -4,6 +4,7 @@
 // another.
 
 #include <Kovanta/Draw.h>
+#include <Kovanta/Font.h>
 #include <Kovanta/Timer.h>
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <exception>
@@ -31,6 +33,8 @@ namespace {
 constexpr Ko::YCCColor green{173, 42, 26};
 constexpr Ko::YCCColor red{82, 90, 240};
 constexpr Ko::YCCColor yellow{210, 16, 146};
+constexpr Ko::YCCColor white{235, 128, 128};
+constexpr Ko::YCCColor black{16, 128, 128};
 
 /// Finds the box around everything that moved just now.
 ///
@@ -99,6 +103,20 @@ private:
     std::vector<int> warmth;   // frames for which each block still counts as moving
 };
 
+/// Text with a shadow, to be read on any ground.
+void write(Frame& frame, const Ko::Font& font, const std::string& text, Ko::Point<int> pen, Ko::YCCColor color) {
+    font.drawText(frame, text, {pen.x + 1, pen.y + 1}, black);
+    font.drawText(frame, text, pen, color);
+}
+
+/// "frame 25, 1.00 s" for the frame of that number, the first being 1.
+std::string position(unsigned long number, Ko::Frac<unsigned int> rate) {
+    char text[60];
+    std::snprintf(text, sizeof text, "frame %lu, %.2f s", number,
+                  static_cast<double>(number - 1) * rate.den / rate.num);
+    return text;
+}
+
 /// Smooths the box over time, so that it glides, and remembers where its centre has been.
 class Track {
 public:
@@ -118,7 +136,7 @@ public:
             path.pop_front();
     }
 
-    void draw(Frame& frame) const {
+    void draw(Frame& frame, const Ko::Font& font) const {
         for (std::size_t i = 1; i < path.size(); ++i)
             Ko::drawLine(frame, path[i - 1], path[i], yellow);
         if (path.empty())
@@ -128,6 +146,9 @@ public:
                          {static_cast<int>(box.left) - thickness, static_cast<int>(box.top) - thickness,
                           static_cast<int>(box.right) + thickness, static_cast<int>(box.bottom) + thickness},
                          green, false);
+        const std::string size = std::to_string(static_cast<int>(box.right - box.left) + 1) + " x " +
+                                 std::to_string(static_cast<int>(box.bottom - box.top) + 1);
+        write(frame, font, "moving, " + size, {static_cast<int>(box.left), static_cast<int>(box.top) - 6}, green);
         // The way of the last frames, longer than it was, to be seen.
         const Ko::Point<int> from = path[path.size() - std::min<std::size_t>(path.size(), 6)];
         const Ko::Point<int> to = path.back();
@@ -194,6 +215,8 @@ void track(const Options& options) {
     Frame frame(Ko::PF_YCC444P);
     MotionFinder finder;
     Track path;
+    Ko::Font font;
+    font.init(nullptr, 0, std::max(10u, source.getHeight() / 24));
     unsigned long frames = 0;
     while (!interrupted) {
         reading.start();
@@ -205,7 +228,8 @@ void track(const Options& options) {
         path.update(finder.find(frame));
         finding.stop();
         drawing.start();
-        path.draw(frame);
+        path.draw(frame, font);
+        write(frame, font, position(frames + 1, rate), {8, static_cast<int>(frame.height) - 8}, white);
         drawing.stop();
         writing.start();
         if (!sink.getError().empty())
