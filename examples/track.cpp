@@ -15,13 +15,13 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <exception>
 #include <iomanip>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -34,7 +34,7 @@ constexpr Ko::YCCColor green{173, 42, 26};
 constexpr Ko::YCCColor red{82, 90, 240};
 constexpr Ko::YCCColor yellow{210, 16, 146};
 constexpr Ko::YCCColor white{235, 128, 128};
-constexpr Ko::YCCColor black{16, 128, 128};
+constexpr int fontSize = 14; // pixels
 
 /// Finds the box around everything that moved just now.
 ///
@@ -103,20 +103,6 @@ private:
     std::vector<int> warmth;   // frames for which each block still counts as moving
 };
 
-/// Text with a shadow, to be read on any ground.
-void write(Frame& frame, const Ko::Font& font, const std::string& text, Ko::Point<int> pen, Ko::YCCColor color) {
-    font.drawText(frame, text, {pen.x + 1, pen.y + 1}, black);
-    font.drawText(frame, text, pen, color);
-}
-
-/// "frame 25, 1.00 s" for the frame of that number, the first being 1.
-std::string position(unsigned long number, Ko::Frac<unsigned int> rate) {
-    char text[60];
-    std::snprintf(text, sizeof text, "frame %lu, %.2f s", number,
-                  static_cast<double>(number - 1) * rate.den / rate.num);
-    return text;
-}
-
 /// Smooths the box over time, so that it glides, and remembers where its centre has been.
 class Track {
 public:
@@ -146,9 +132,8 @@ public:
                          {static_cast<int>(box.left) - thickness, static_cast<int>(box.top) - thickness,
                           static_cast<int>(box.right) + thickness, static_cast<int>(box.bottom) + thickness},
                          green, false);
-        const std::string size = std::to_string(static_cast<int>(box.right - box.left) + 1) + " x " +
-                                 std::to_string(static_cast<int>(box.bottom - box.top) + 1);
-        write(frame, font, "moving, " + size, {static_cast<int>(box.left), static_cast<int>(box.top) - 6}, green);
+        const Ko::Point<int> corner{static_cast<int>(box.left), static_cast<int>(box.top) - 4};
+        font.drawText(frame, "moving", {corner.x, std::max(corner.y, fontSize)}, green);
         // The way of the last frames, longer than it was, to be seen.
         const Ko::Point<int> from = path[path.size() - std::min<std::size_t>(path.size(), 6)];
         const Ko::Point<int> to = path.back();
@@ -171,6 +156,15 @@ volatile std::sig_atomic_t interrupted = 0;
 
 void interrupt(int) {
     interrupted = 1;
+}
+
+/// "frame 123   0:04.10" in the lower left corner.
+void drawCounter(Frame& frame, const Ko::Font& font, unsigned long number, Ko::Frac<unsigned int> rate) {
+    const unsigned long hundredths = number * 100 * rate.den / rate.num;
+    std::ostringstream text;
+    text << "frame " << number << "   " << hundredths / 6000 << ":" << std::setfill('0') << std::setw(2)
+         << hundredths / 100 % 60 << "." << std::setw(2) << hundredths % 100;
+    font.drawText(frame, text.str(), {fontSize / 2, static_cast<int>(frame.height) - fontSize / 2}, white);
 }
 
 struct Options {
@@ -213,10 +207,10 @@ void track(const Options& options) {
 
     Ko::Timer reading, finding, drawing, writing;
     Frame frame(Ko::PF_YCC444P);
+    Ko::Font font;
+    font.init(nullptr, 0, fontSize); // the built-in one
     MotionFinder finder;
     Track path;
-    Ko::Font font;
-    font.init(nullptr, 0, std::max(10u, source.getHeight() / 24));
     unsigned long frames = 0;
     while (!interrupted) {
         reading.start();
@@ -229,7 +223,7 @@ void track(const Options& options) {
         finding.stop();
         drawing.start();
         path.draw(frame, font);
-        write(frame, font, position(frames + 1, rate), {8, static_cast<int>(frame.height) - 8}, white);
+        drawCounter(frame, font, frames, rate);
         drawing.stop();
         writing.start();
         if (!sink.getError().empty())
