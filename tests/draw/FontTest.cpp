@@ -15,7 +15,6 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -447,26 +446,6 @@ TEST(Font, EveryDamagedByteOfASmallFontIsHarmless) {
 
 TEST(Font, DamagedBytesOfTheBuiltInFontAreHarmless) {
     damage(std::string(reinterpret_cast<const char*>(luximr_ttf), luximr_ttf_size), 149, 10);
-}
-
-TEST(Font, ThreadsDrawWithOneFont) {
-    Ko::Font font;
-    font.init(nullptr, 0, 20);
-    Image want = background(150, 40);
-    font.drawText(want, "threads", {3, 25}, ink);
-    std::vector<std::thread> threads;
-    std::vector<int> right(4);
-    for (int& result : right)
-        threads.emplace_back([&font, &want, &result] {
-            for (int i = 0; i < 50; ++i) {
-                Image im = background(150, 40);
-                font.drawText(im, "threads", {3, 25}, ink);
-                result += same(im, want);
-            }
-        });
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(right, std::vector<int>(4, 50));
 }
 
 } // namespace
