@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <string>
@@ -317,7 +318,7 @@ TEST_F(DisplayTest, KeysPauseStepAndResume) {
         const auto runs = [&] {
             return !display.getPaused();
         };
-        // Key presses arrive in order, so a caption set by a later effect tells that an earlier key had none.
+        // Key presses arrive in order: once a later one had its effect, an earlier one had none.
         EXPECT_FALSE(display.getPaused());
         user().key("space"); // nothing while running
         user().key("Escape");
@@ -351,7 +352,7 @@ TEST_F(DisplayTest, KeysPauseStepAndResume) {
     }
 }
 
-TEST_F(DisplayTest, QuitsByKeyAndByClosing) {
+TEST_F(DisplayTest, QuitsByKeyByClosingAndBySignal) {
     const std::function<void()> ways[] = {[] { user().key("q"); },
                                           [] {
                                               user().close();

@@ -31,9 +31,9 @@ player=$!
 window=$(timeout 20 xdotool search --sync --onlyvisible --name "^clip.avi - frame" | head -n 1)
 xdotool windowfocus --sync "$window" key p
 paused=
-for _ in $(seq 50); do # two captions in a row that agree over several frames' time
+for _ in $(seq 50); do # two captions that agree over the time of ten frames
   before=$(caption)
-  sleep 0.2
+  sleep 0.5
   [ "$before" != "$(caption)" ] || { paused=$before && break; }
 done
 [ -n "$paused" ] || fail "play: p does not pause"
