@@ -56,6 +56,12 @@ public:
     Oracle& operator=(const Oracle&) = delete;
     ~Oracle() { FT_Done_FreeType(library); }
 
+    FT_Face sheared() {
+        FT_Matrix matrix{0x10a00, 0x2000, 0x3300, 0xf500};
+        FT_Set_Transform(face, &matrix, nullptr);
+        return face;
+    }
+
     FT_GlyphSlot glyph(char c) {
         FT_Load_Glyph(face, FT_Get_Char_Index(face, static_cast<FT_ULong>(c)), FT_LOAD_RENDER);
         return face->glyph;
@@ -94,6 +100,7 @@ public:
                     }
                 }
             x += (slot->advance.x * 1024 + 32768) >> 16; // 26.6 to 16.16 to whole pixels
+            y += (slot->advance.y * 1024 + 32768) >> 16;
         }
     }
 
@@ -153,6 +160,20 @@ TEST(Font, EveryCharacterAtManySizesIsBitExact) {
                 EXPECT_TRUE(same(is, want)) << pixels;
             }
         }
+    }
+}
+
+TEST(Font, BrokenAdvancesAreRounded) {
+    for (const unsigned int pixels : {10u, 11u, 12u, 13u, 17u}) {
+        auto oracle = builtIn(pixels); // holds the library of the glyphs
+        Ko::Font font;
+        for (unsigned char c = 0; c < 128; ++c)
+            font.renderChar(oracle.sheared(), c);
+        Image is = background(400, 200);
+        Image want = is;
+        font.drawText(is, "sheared and climbing", {5, 40}, ink);
+        oracle.draw(want, "sheared and climbing", 5, 40, ink);
+        EXPECT_TRUE(same(is, want)) << pixels;
     }
 }
 
