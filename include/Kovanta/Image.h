@@ -63,4 +63,6 @@ extern template class Image<unsigned char>;
 
 } // namespace Ko
 
+#include "Kovanta/Flip.h" // needs the image, and is part of what this header offers
+
 #endif

@@ -8,5 +8,7 @@
 #include "Kovanta/VideoInputBase.h"
 #include "Kovanta/VideoInputCaptureABC.h"
 #include "Kovanta/VideoInputCaptureV4L.h"
+#include "Kovanta/VideoInputImageFile.h"
+#include "Kovanta/VideoInputVideoFile.h"
 
 #endif

@@ -4,6 +4,8 @@
 /// @file
 /// All sinks of frames.
 
+#include "Kovanta/ThreadedBuffer.h"
 #include "Kovanta/VideoOutputBase.h"
+#include "Kovanta/VideoOutputVideoFile.h"
 
 #endif

@@ -1,51 +1,19 @@
 #include "Kovanta/ConvertIm.h"
 
+#include "image/PlaneRows.h"
 #include "image/RowKernels.h"
 
-#include <algorithm>
 #include <cstring>
 
 using Image = Ko::Image<unsigned char>;
+using Ko::least;
 using Ko::rowKernels;
+using Ko::sourceRows;
+using Ko::targetRows;
 
 namespace {
 
 using Byte = unsigned char;
-
-/// The rows of one plane's current view and how much of it exists, so that no routine leaves the memory.
-template <class Pointer>
-struct PlaneRows {
-    Pointer const* row;
-    std::size_t width;
-    std::size_t height;
-
-    Pointer operator[](std::size_t y) const { return row[y]; }
-};
-
-template <class Pointer>
-PlaneRows<Pointer> viewOf(const Ko::Array2D<Byte>& plane) {
-    if (!plane.rows)
-        return {nullptr, 0, 0};
-    const auto left = [](std::uint32_t full, std::uint32_t offset) -> std::size_t {
-        return offset < full ? full - offset : 0;
-    };
-    const auto& current = plane.subarrays.back();
-    return {plane.view, left(plane.width, current.x0), left(plane.height, current.y0)};
-}
-
-PlaneRows<const Byte*> sourceRows(const Image& im, int p) {
-    const auto rows = viewOf<Byte*>(im.plane[p]);
-    return {const_cast<const Byte* const*>(rows.row), rows.width, rows.height};
-}
-
-PlaneRows<Byte*> targetRows(Image& im, int p) {
-    return viewOf<Byte*>(im.plane[p]);
-}
-
-template <class... Sizes>
-std::size_t least(std::size_t first, Sizes... more) {
-    return std::min({first, static_cast<std::size_t>(more)...});
-}
 
 void copyPlane(Image& dst, const Image& src, int p) {
     const auto from = sourceRows(src, p);

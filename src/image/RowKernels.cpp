@@ -125,6 +125,39 @@ void yccToYuy2(Byte* yuy2, const Byte* y, const Byte* cb, const Byte* cr, std::s
     }
 }
 
+inline void swapBytes(Byte& a, Byte& b) {
+    const Byte kept = a;
+    a = b;
+    b = kept;
+}
+
+void mirrorBytes(Byte* dst, const Byte* src, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        dst[i] = src[n - 1 - i];
+}
+
+void mirrorTriples(Byte* dst, const Byte* src, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        for (std::size_t b = 0; b < 3; ++b)
+            dst[3 * i + b] = src[3 * (n - 1 - i) + b];
+}
+
+void mirrorBytesInPlace(Byte* row, std::size_t n) {
+    for (std::size_t i = 0; i < n / 2; ++i)
+        swapBytes(row[i], row[n - 1 - i]);
+}
+
+void mirrorTriplesInPlace(Byte* row, std::size_t n) {
+    for (std::size_t i = 0; i < n / 2; ++i)
+        for (std::size_t b = 0; b < 3; ++b)
+            swapBytes(row[3 * i + b], row[3 * (n - 1 - i) + b]);
+}
+
+void swapRows(Byte* a, Byte* b, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        swapBytes(a[i], b[i]);
+}
+
 constexpr RowKernels portableKernels = {
     packedToYcc<3, 0, 2>,
     packedToYcc<3, 2, 0>,
@@ -141,6 +174,11 @@ constexpr RowKernels portableKernels = {
     doubled,
     yuy2ToYcc,
     yccToYuy2,
+    mirrorBytes,
+    mirrorTriples,
+    mirrorBytesInPlace,
+    mirrorTriplesInPlace,
+    swapRows,
 };
 
 } // namespace

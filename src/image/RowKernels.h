@@ -36,6 +36,14 @@ struct RowKernels {
     // Packed 4:2:2, n pairs of pixels.
     void (*yuy2ToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* yuy2, std::size_t n);
     void (*yccToYuy2)(Byte* yuy2, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n);
+
+    // Mirroring: n samples, or n pixels of three bytes, into another row and in place.
+    void (*mirrorBytes)(Byte* dst, const Byte* src, std::size_t n);
+    void (*mirrorTriples)(Byte* dst, const Byte* src, std::size_t n);
+    void (*mirrorBytesInPlace)(Byte* row, std::size_t n);
+    void (*mirrorTriplesInPlace)(Byte* row, std::size_t n);
+    // Exchanges n bytes of two rows.
+    void (*swapRows)(Byte* a, Byte* b, std::size_t n);
 };
 
 /// The kernels in use.

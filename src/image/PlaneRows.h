@@ -1,0 +1,48 @@
+#ifndef KOVANTA_SRC_IMAGE_PLANEROWS_H
+#define KOVANTA_SRC_IMAGE_PLANEROWS_H
+
+#include "Kovanta/Image.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Ko {
+
+/// The rows of one plane's current view and how much of it exists, so that no routine leaves the memory.
+template <class Pointer>
+struct PlaneRows {
+    Pointer const* row;
+    std::size_t width;
+    std::size_t height;
+
+    Pointer operator[](std::size_t y) const { return row[y]; }
+};
+
+template <class Pointer>
+PlaneRows<Pointer> viewOf(const Array2D<unsigned char>& plane) {
+    if (!plane.rows)
+        return {nullptr, 0, 0};
+    const auto left = [](std::uint32_t full, std::uint32_t offset) -> std::size_t {
+        return offset < full ? full - offset : 0;
+    };
+    const auto& current = plane.subarrays.back();
+    return {plane.view, left(plane.width, current.x0), left(plane.height, current.y0)};
+}
+
+inline PlaneRows<const unsigned char*> sourceRows(const Image<unsigned char>& im, int p) {
+    const auto rows = viewOf<unsigned char*>(im.plane[p]);
+    return {const_cast<const unsigned char* const*>(rows.row), rows.width, rows.height};
+}
+
+inline PlaneRows<unsigned char*> targetRows(Image<unsigned char>& im, int p) {
+    return viewOf<unsigned char*>(im.plane[p]);
+}
+
+template <class... Sizes>
+std::size_t least(std::size_t first, Sizes... more) {
+    return std::min({first, static_cast<std::size_t>(more)...});
+}
+
+} // namespace Ko
+
+#endif
