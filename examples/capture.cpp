@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -19,10 +20,11 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
-#include <regex>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -53,16 +55,25 @@ struct Options {
     unsigned int bitRate = 2000000;
 };
 
+/// The number that the text is, if it is one.
+std::optional<unsigned int> number(const std::string& text) {
+    unsigned int value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+}
+
 /// A number is the device, two numbers with an x between them the size, and everything else the output.
 void sortWords(Options& options) {
-    const std::regex device("(?:/dev/video)?([0-9]{1,9})"), size("([0-9]{1,5})x([0-9]{1,5})");
     for (const std::string& word : options.words) {
-        std::smatch part;
-        if (std::regex_match(word, part, device)) {
-            options.device = static_cast<unsigned int>(std::stoul(part[1]));
-        } else if (std::regex_match(word, part, size)) {
-            options.width = static_cast<unsigned int>(std::stoul(part[1]));
-            options.height = static_cast<unsigned int>(std::stoul(part[2]));
+        const std::size_t x = word.find('x');
+        const std::optional<unsigned int> first = number(word.substr(0, x));
+        const std::optional<unsigned int> second = x == std::string::npos ? std::nullopt : number(word.substr(x + 1));
+        if (first && x == std::string::npos) {
+            options.device = *first;
+        } else if (first && second) {
+            options.width = *first;
+            options.height = *second;
         } else if (options.output.empty()) {
             options.output = word;
         } else {
@@ -75,9 +86,9 @@ void sortWords(Options& options) {
 
 void listDevices() {
     const std::vector<std::string> devices = Ko::VideoInputCaptureV4L().listDevs();
-    for (std::size_t number = 0; number < devices.size(); ++number)
-        if (devices[number] != "none")
-            std::cout << number << ": " << devices[number] << "\n";
+    for (std::size_t device = 0; device < devices.size(); ++device)
+        if (devices[device] != "none")
+            std::cout << device << ": " << devices[device] << "\n";
     if (devices.empty())
         std::cout << "No camera found.\n";
 }
@@ -238,7 +249,8 @@ void capture(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app{"Records a camera into a video file, or shows it in a window. Without arguments: lists the cameras."};
+    CLI::App app{"capture [DEVICE] [WIDTHxHEIGHT] [-n FRAMES] OUTPUT|--show\n"
+                 "Records a camera into a video file, or shows it in a window. Without arguments: lists the cameras."};
     app.add_option("WORDS", options.words,
                    "[DEVICE] its number, 0 by default; [WIDTHxHEIGHT] wished size, 640x480 by default; [OUTPUT] video "
                    "file to write, whose extension chooses the container");
