@@ -4,6 +4,7 @@
 // another.
 
 #include <Kovanta/Draw.h>
+#include <Kovanta/Font.h>
 #include <Kovanta/Timer.h>
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
@@ -20,6 +21,7 @@
 #include <iomanip>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -31,6 +33,8 @@ namespace {
 constexpr Ko::YCCColor green{173, 42, 26};
 constexpr Ko::YCCColor red{82, 90, 240};
 constexpr Ko::YCCColor yellow{210, 16, 146};
+constexpr Ko::YCCColor white{235, 128, 128};
+constexpr int fontSize = 14; // pixels
 
 /// Finds the box around everything that moved just now.
 ///
@@ -118,7 +122,7 @@ public:
             path.pop_front();
     }
 
-    void draw(Frame& frame) const {
+    void draw(Frame& frame, const Ko::Font& font) const {
         for (std::size_t i = 1; i < path.size(); ++i)
             Ko::drawLine(frame, path[i - 1], path[i], yellow);
         if (path.empty())
@@ -128,6 +132,8 @@ public:
                          {static_cast<int>(box.left) - thickness, static_cast<int>(box.top) - thickness,
                           static_cast<int>(box.right) + thickness, static_cast<int>(box.bottom) + thickness},
                          green, false);
+        const Ko::Point<int> corner{static_cast<int>(box.left), static_cast<int>(box.top) - 4};
+        font.drawText(frame, "moving", {corner.x, std::max(corner.y, fontSize)}, green);
         // The way of the last frames, longer than it was, to be seen.
         const Ko::Point<int> from = path[path.size() - std::min<std::size_t>(path.size(), 6)];
         const Ko::Point<int> to = path.back();
@@ -150,6 +156,15 @@ volatile std::sig_atomic_t interrupted = 0;
 
 void interrupt(int) {
     interrupted = 1;
+}
+
+/// "frame 123   0:04.10" in the lower left corner.
+void drawCounter(Frame& frame, const Ko::Font& font, unsigned long number, Ko::Frac<unsigned int> rate) {
+    const unsigned long hundredths = number * 100 * rate.den / rate.num;
+    std::ostringstream text;
+    text << "frame " << number << "   " << hundredths / 6000 << ":" << std::setfill('0') << std::setw(2)
+         << hundredths / 100 % 60 << "." << std::setw(2) << hundredths % 100;
+    font.drawText(frame, text.str(), {fontSize / 2, static_cast<int>(frame.height) - fontSize / 2}, white);
 }
 
 struct Options {
@@ -192,6 +207,8 @@ void track(const Options& options) {
 
     Ko::Timer reading, finding, drawing, writing;
     Frame frame(Ko::PF_YCC444P);
+    Ko::Font font;
+    font.init(nullptr, 0, fontSize); // the built-in one
     MotionFinder finder;
     Track path;
     unsigned long frames = 0;
@@ -205,7 +222,8 @@ void track(const Options& options) {
         path.update(finder.find(frame));
         finding.stop();
         drawing.start();
-        path.draw(frame);
+        path.draw(frame, font);
+        drawCounter(frame, font, frames, rate);
         drawing.stop();
         writing.start();
         if (!sink.getError().empty())

@@ -46,7 +46,7 @@ struct RowKernels {
     void (*swapRows)(Byte* a, Byte* b, std::size_t n);
 };
 
-/// The kernels in use.
+/// The kernels in use: the best that this processor runs.
 const RowKernels& rowKernels();
 
 } // namespace Ko

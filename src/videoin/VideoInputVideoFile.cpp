@@ -3,6 +3,7 @@
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/LibAvMutex.h"
 #include "image/ImageLayout.h"
+#include "libav/Log.h"
 #include "videoin/DecodedPicture.h"
 #include "videoin/VideoFileDecoder.h"
 
@@ -56,7 +57,9 @@ private:
 } // namespace
 
 VideoInputVideoFile::VideoInputVideoFile()
-    : wrapper(PF_YCC444P) {}
+    : wrapper(PF_YCC444P) {
+    libav::quietByDefault();
+}
 
 VideoInputVideoFile::VideoInputVideoFile(const std::string& filename)
     : VideoInputVideoFile() {

@@ -2,6 +2,7 @@
 
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/ThreadedBuffer.h"
+#include "libav/Log.h"
 #include "videoout/FramePool.h"
 #include "videoout/VideoFileEncoder.h"
 
@@ -40,7 +41,9 @@ struct VideoOutputVideoFile::Output {
     boost::thread writer; ///< Not a thread while open() has not got that far.
 };
 
-VideoOutputVideoFile::VideoOutputVideoFile() = default;
+VideoOutputVideoFile::VideoOutputVideoFile() {
+    libav::quietByDefault();
+}
 
 VideoOutputVideoFile::VideoOutputVideoFile(unsigned int width, unsigned int height, const std::string& filename,
                                            Frac<unsigned int> frameRate, unsigned int bitRate)

@@ -1,8 +1,9 @@
 #include "Kovanta/LibAvMutex.h"
+#include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
+#include "support/VideoMedia.h"
 #include "videoout/CountedAllocations.h"
-#include "videoout/NumberedFrames.h"
-#include "videoout/OutputFolder.h"
+#include "videoout/Programs.h"
 
 #include <boost/thread/lock_types.hpp>
 #include <boost/thread/thread.hpp>
@@ -26,7 +27,7 @@
 namespace {
 
 using Ko::VideoOutputVideoFile;
-using numbered::frame;
+using Image = Ko::Image<unsigned char>;
 using testing::MatchesRegex;
 
 constexpr Ko::Frac<unsigned int> rate = {25, 1};
@@ -54,6 +55,19 @@ std::string errorOf(const std::function<void()>& action) {
     return "none";
 }
 
+Image frame(unsigned int n, int width = 64, int height = 48) {
+    return test::numberedFrame(static_cast<int>(n), width, height);
+}
+
+std::vector<int> numbersIn(const std::string& file) {
+    Ko::VideoInputVideoFile in(file);
+    Image im(Ko::PF_YCC444P);
+    std::vector<int> numbers;
+    while (in.read(im))
+        numbers.push_back(test::frameIndex(im));
+    return numbers;
+}
+
 void waitForError(const VideoOutputVideoFile& out) {
     while (out.getError().empty())
         boost::this_thread::yield();
@@ -61,12 +75,14 @@ void waitForError(const VideoOutputVideoFile& out) {
 
 void writeFrames(VideoOutputVideoFile& out, unsigned int first, unsigned int end) {
     for (unsigned int n = first; n < end; ++n)
-        EXPECT_TRUE(out.write(frame(n, 64, 48)));
+        EXPECT_TRUE(out.write(frame(n)));
 }
 
-class VideoFileLife : public OutputFolder {
+class VideoFileLife : public testing::Test {
 protected:
-    std::vector<int> numbersIn(const std::string& file) { return numbered::decode(file, 64, 48).numbers; }
+    std::string path(const std::string& name) const { return folder / name; }
+
+    const test::TemporaryDirectory folder;
 };
 
 TEST_F(VideoFileLife, CloseWritesWhatIsQueuedAndLeavesOneLine) {
@@ -98,7 +114,7 @@ TEST_F(VideoFileLife, AWriterThatDiedTellsWhyAndTheNextFullQueueBlocks) {
     bool interrupted = false;
     boost::thread blocked([&] {
         try {
-            out.write(frame(6, 64, 48));
+            out.write(frame(6));
         } catch (const boost::thread_interrupted&) {
             interrupted = true;
         }
@@ -119,8 +135,10 @@ TEST_F(VideoFileLife, AWriterThatDiedTellsWhyAndTheNextFullQueueBlocks) {
     out.close();
     EXPECT_EQ(numbersIn(path("b.avi")), (std::vector<int>{7, 8}));
 
+    Image unfit(Ko::PF_YCCA4444P);
+    unfit.size(64, 48);
     out.open(64, 48, path("c.avi"), rate, 500000);
-    EXPECT_TRUE(out.write(frame(0, 64, 48, Ko::PF_YCCA4444P)));
+    EXPECT_TRUE(out.write(unfit));
     waitForError(out);
     EXPECT_THAT(out.getError(), testing::HasSubstr("Don't know how to convert"));
 }
@@ -162,7 +180,7 @@ TEST_F(VideoFileLife, RefusedOpensLeaveSomethingToClose) {
             out.setEncoder(c.encoder);
         EXPECT_EQ(errorOf([&] { out.open(c.width, 48, c.file, c.rate, 500000); }), c.error);
         EXPECT_TRUE(out.isOpened());
-        EXPECT_EQ(errorOf([&] { out.write(frame(0, 64, 48)); }), "logic [VideoOutputVideoFile::write]: Not opened.");
+        EXPECT_EQ(errorOf([&] { out.write(frame(0)); }), "logic [VideoOutputVideoFile::write]: Not opened.");
         if (c.width != 64)
             continue; // the destructor's turn
         out.close();
@@ -180,7 +198,7 @@ TEST_F(VideoFileLife, TheEncoderStaysChosenUntilAnotherIs) {
         out.open(64, 48, path(name), rate, 500000);
         writeFrames(out, 0, 1);
         out.close();
-        return numbered::probe(path(name), "codec_name");
+        return test::probe(path(name), "stream=codec_name");
     };
     EXPECT_EQ(encoderOf("a.avi"), "mpeg4");
     EXPECT_EQ(encoderOf("a.mkv"), "mpeg4");
@@ -302,7 +320,7 @@ TEST_F(VideoFileLife, SixteenThreadsWriteSixteenFiles) {
                 for (int round = 0; round < 2; ++round) {
                     VideoOutputVideoFile out(64, 48, file, rate, 500000);
                     for (unsigned int n = 0; n < 8; ++n)
-                        out.write(frame(n + static_cast<unsigned int>(t), 64, 48));
+                        out.write(frame(n + static_cast<unsigned int>(t)));
                     out.close();
                     failures += !out.getError().empty();
                 }

@@ -1,4 +1,4 @@
-#include "image/RowKernels.h"
+#include "image/kernels/KernelLevels.h"
 
 #include <cstdint>
 
@@ -158,7 +158,9 @@ void swapRows(Byte* a, Byte* b, std::size_t n) {
         swapBytes(a[i], b[i]);
 }
 
-constexpr RowKernels portableKernels = {
+} // namespace
+
+const RowKernels portableKernels = {
     packedToYcc<3, 0, 2>,
     packedToYcc<3, 2, 0>,
     packedToYcc<4, 0, 2>,
@@ -180,11 +182,5 @@ constexpr RowKernels portableKernels = {
     mirrorTriplesInPlace,
     swapRows,
 };
-
-} // namespace
-
-const RowKernels& rowKernels() {
-    return portableKernels;
-}
 
 } // namespace Ko

@@ -1,0 +1,34 @@
+// Compiled for AVX-512 with VBMI, VBMI2 and VNNI; the flags are in CMakeLists.txt.
+// The vectors come first: the other headers are written in them.
+#include "image/kernels/Vectors512.h"
+
+#include "image/kernels/KernelLevels.h"
+#include "image/kernels/Matrices.h"
+#include "image/kernels/Triples.h"
+
+namespace Ko {
+
+const RowKernels avx512Kernels = {
+    packedToYcc<3, 0, 2>,
+    packedToYcc<3, 2, 0>,
+    packedToYcc<4, 0, 2>,
+    rgbaToYcca,
+    yccToRgb,
+    lumaToStudio,
+    lumaToFull,
+    jfifToYcc,
+    yccToJfif,
+    chromaToStudioDoubled,
+    meanOfBlocks<2>,
+    meanOfBlocks<0>,
+    doubled,
+    yuy2ToYcc,
+    yccToYuy2,
+    mirrorBytes,
+    mirrorTriples,
+    mirrorBytesInPlace,
+    mirrorTriplesInPlace,
+    swapRows,
+};
+
+} // namespace Ko

@@ -1,0 +1,174 @@
+#ifndef KOVANTA_SRC_IMAGE_KERNELS_VECTORS256_H
+#define KOVANTA_SRC_IMAGE_KERNELS_VECTORS256_H
+
+// The vector operations of Vectors512.h for AVX2. Shuffles stay within the 128-bit halves here, so a block is laid out
+// as two runs of 16 pixels, one in each half.
+
+#include <immintrin.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace Ko {
+namespace {
+
+using Vec = __m256i;
+constexpr std::size_t vectorBytes = 32;
+
+inline Vec loadVector(const void* p) {
+    return _mm256_loadu_si256(static_cast<const __m256i*>(p));
+}
+inline void storeVector(void* p, Vec v) {
+    _mm256_storeu_si256(static_cast<__m256i*>(p), v);
+}
+inline Vec allDwords(int v) {
+    return _mm256_set1_epi32(v);
+}
+inline Vec allBytes(int v) {
+    return _mm256_set1_epi8(static_cast<char>(v));
+}
+inline Vec zero() {
+    return _mm256_setzero_si256();
+}
+inline Vec flipBits(Vec a, Vec b) {
+    return _mm256_xor_si256(a, b);
+}
+inline Vec subtractWords(Vec a, Vec b) {
+    return _mm256_sub_epi16(a, b);
+}
+template <int bits>
+inline Vec shiftWordsUp(Vec v) {
+    return _mm256_slli_epi16(v, bits);
+}
+template <int bits>
+inline Vec shiftSignedWordsDown(Vec v) {
+    return _mm256_srai_epi16(v, bits);
+}
+inline Vec weaveBytesLow(Vec a, Vec b) {
+    return _mm256_unpacklo_epi8(a, b);
+}
+inline Vec weaveBytesHigh(Vec a, Vec b) {
+    return _mm256_unpackhi_epi8(a, b);
+}
+inline Vec weaveWordsLow(Vec a, Vec b) {
+    return _mm256_unpacklo_epi16(a, b);
+}
+inline Vec weaveWordsHigh(Vec a, Vec b) {
+    return _mm256_unpackhi_epi16(a, b);
+}
+inline Vec addProducts(Vec sum, Vec a, Vec b) {
+    return _mm256_add_epi32(sum, _mm256_madd_epi16(a, b));
+}
+inline Vec pick(Vec v, Vec index) {
+    return _mm256_shuffle_epi8(v, index);
+}
+
+template <class Function>
+constexpr std::array<unsigned char, vectorBytes> table(Function f) {
+    std::array<unsigned char, vectorBytes> t{};
+    for (std::size_t i = 0; i < vectorBytes; ++i)
+        t[i] = static_cast<unsigned char>(f(i));
+    return t;
+}
+
+template <int step, int b0, int b1, int b2, int b3>
+inline Vec pixelIndex() {
+    constexpr auto index = table([](std::size_t i) {
+        constexpr int offsets[4] = {b0, b1, b2, b3};
+        return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4 % 4) + offsets[i % 4];
+    });
+    return loadVector(index.data());
+}
+
+/// Four packed pixels of quarter q in each half.
+template <int step>
+inline Vec loadPixels(const unsigned char* src, int q) {
+    const auto load = [](const unsigned char* p) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    };
+    const unsigned char* low = src + 4 * step * q;
+    const unsigned char* high = low + 16 * step;
+    const bool last = step == 3 && q == 3; // do not reach past the block
+    return _mm256_set_m128i(last ? _mm_srli_si128(load(high - 4), 4) : load(high), load(low));
+}
+
+inline Vec packTopBytes(const Vec (&q)[4]) {
+    const auto top = [](Vec v) {
+        return _mm256_srli_epi32(v, 23);
+    };
+    return _mm256_packus_epi16(_mm256_packus_epi32(top(q[0]), top(q[1])), _mm256_packus_epi32(top(q[2]), top(q[3])));
+}
+
+inline Vec descale(Vec lower, Vec upper) {
+    return shiftSignedWordsDown<5>(_mm256_blend_epi16(_mm256_srli_epi32(lower, 16), upper, 0xAA));
+}
+inline Vec clampToBytes(Vec lower, Vec upper) {
+    return _mm256_packus_epi16(lower, upper);
+}
+constexpr std::size_t placeAfterDescale(std::size_t i) {
+    return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
+}
+constexpr std::size_t inOrder(std::size_t i) {
+    return i;
+}
+
+/// Sixteen bytes of the 48 that the triples of one run take, from component `component`.
+template <std::size_t first, std::size_t component, std::size_t (*place)(std::size_t)>
+inline Vec spread(Vec v) {
+    constexpr auto index = table([](std::size_t i) {
+        const std::size_t at = first + i % 16;
+        return at % 3 == component ? place(at / 3) : 0x80;
+    });
+    return pick(v, loadVector(index.data()));
+}
+template <std::size_t first, std::size_t (*place)(std::size_t)>
+inline Vec triples(Vec a, Vec b, Vec c) {
+    return _mm256_or_si256(_mm256_or_si256(spread<first, 0, place>(a), spread<first, 1, place>(b)),
+                           spread<first, 2, place>(c));
+}
+
+/// Interleaves three vectors; pixel i of a half lies at place(i) in it.
+template <std::size_t (*place)(std::size_t)>
+inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
+    const Vec t0 = triples<0, place>(a, b, c);
+    const Vec t1 = triples<16, place>(a, b, c);
+    const Vec t2 = triples<32, place>(a, b, c);
+    storeVector(dst, _mm256_permute2x128_si256(t0, t1, 0x20));
+    storeVector(dst + 32, _mm256_blend_epi32(t2, t0, 0xF0));
+    storeVector(dst + 64, _mm256_permute2x128_si256(t1, t2, 0x31));
+}
+
+/// Component `component` of sixteen triples, as far as part `part` of their 48 bytes has it.
+template <std::size_t component, std::size_t part>
+inline Vec gather(Vec v) {
+    constexpr auto index = table([](std::size_t i) {
+        const std::size_t at = i % 16 * 3 + component;
+        return at / 16 == part ? at % 16 : 0x80;
+    });
+    return pick(v, loadVector(index.data()));
+}
+
+/// One component of a block of triples.
+template <std::size_t component>
+inline Vec loadComponent(const unsigned char* src) {
+    const Vec v0 = loadVector(src);
+    const Vec v1 = loadVector(src + 32);
+    const Vec v2 = loadVector(src + 64);
+    return _mm256_or_si256(_mm256_or_si256(gather<component, 0>(_mm256_blend_epi32(v0, v1, 0xF0)),
+                                           gather<component, 1>(_mm256_permute2x128_si256(v0, v2, 0x21))),
+                           gather<component, 2>(_mm256_blend_epi32(v1, v2, 0xF0)));
+}
+
+/// Five triples in reverse; one byte after them is read, and one after the target overwritten.
+constexpr std::size_t mirroredAtOnce = 5;
+inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
+    const __m128i order = _mm_setr_epi8(12, 13, 14, 9, 10, 11, 6, 7, 8, 3, 4, 5, 0, 1, 2, 15);
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm_shuffle_epi8(v, order));
+}
+
+} // namespace
+} // namespace Ko
+
+#endif

@@ -1,0 +1,165 @@
+#ifndef KOVANTA_SRC_IMAGE_KERNELS_VECTORS512_H
+#define KOVANTA_SRC_IMAGE_KERNELS_VECTORS512_H
+
+// The vector operations that Matrices.h is written in, for AVX-512 with VBMI and VNNI. Vectors256.h has the same for
+// AVX2; where the two keep pixels in different orders inside, what goes in and out of memory is in pixel order.
+
+#include <immintrin.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace Ko {
+namespace {
+
+using Vec = __m512i;
+constexpr std::size_t vectorBytes = 64;
+
+inline Vec loadVector(const void* p) {
+    return _mm512_loadu_si512(p);
+}
+inline void storeVector(void* p, Vec v) {
+    _mm512_storeu_si512(p, v);
+}
+inline Vec allDwords(int v) {
+    return _mm512_set1_epi32(v);
+}
+inline Vec allBytes(int v) {
+    return _mm512_set1_epi8(static_cast<char>(v));
+}
+inline Vec zero() {
+    return _mm512_setzero_si512();
+}
+inline Vec flipBits(Vec a, Vec b) {
+    return _mm512_xor_si512(a, b);
+}
+inline Vec subtractWords(Vec a, Vec b) {
+    return _mm512_sub_epi16(a, b);
+}
+template <int bits>
+inline Vec shiftWordsUp(Vec v) {
+    return _mm512_slli_epi16(v, bits);
+}
+template <int bits>
+inline Vec shiftSignedWordsDown(Vec v) {
+    return _mm512_srai_epi16(v, bits);
+}
+inline Vec weaveBytesLow(Vec a, Vec b) {
+    return _mm512_unpacklo_epi8(a, b);
+}
+inline Vec weaveBytesHigh(Vec a, Vec b) {
+    return _mm512_unpackhi_epi8(a, b);
+}
+inline Vec weaveWordsLow(Vec a, Vec b) {
+    return _mm512_unpacklo_epi16(a, b);
+}
+inline Vec weaveWordsHigh(Vec a, Vec b) {
+    return _mm512_unpackhi_epi16(a, b);
+}
+
+/// To each 32-bit sum, the products of the two signed 16-bit pairs.
+inline Vec addProducts(Vec sum, Vec a, Vec b) {
+    return _mm512_dpwssd_epi32(sum, a, b);
+}
+
+/// Bytes of v chosen by index; zero where the index is 0x80.
+inline Vec pick(Vec v, Vec index) {
+    return _mm512_maskz_permutexvar_epi8(~_mm512_movepi8_mask(index), index, v);
+}
+
+/// A table of byte indices computed from the position.
+template <class Function>
+constexpr std::array<unsigned char, vectorBytes> table(Function f) {
+    std::array<unsigned char, vectorBytes> t{};
+    for (std::size_t i = 0; i < vectorBytes; ++i)
+        t[i] = static_cast<unsigned char>(f(i));
+    return t;
+}
+
+/// Bytes b0..b3 of each pixel, as indices for pick(loadPixels()); zero for a negative one.
+template <int step, int b0, int b1, int b2, int b3>
+inline Vec pixelIndex() {
+    constexpr auto index = table([](std::size_t i) {
+        constexpr int offsets[4] = {b0, b1, b2, b3};
+        return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4) + offsets[i % 4];
+    });
+    return loadVector(index.data());
+}
+
+/// The packed pixels of quarter q of a block of 64.
+template <int step>
+inline Vec loadPixels(const unsigned char* src, int q) {
+    const unsigned char* quarter = src + 16 * step * q;
+    if (step == 3 && q == 3) // do not reach past the block
+        return _mm512_maskz_loadu_epi8(0xFFFFFFFFFFFF, quarter);
+    return loadVector(quarter);
+}
+
+/// The upper halves of the 32-bit lanes of two vectors, in turn.
+inline Vec upperWords(Vec a, Vec b) {
+    constexpr auto up = table([](std::size_t i) { return i % 16 + 2; });
+    return _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, loadVector(up.data()));
+}
+
+/// Bits 23..30 of the four quarters' sums as bytes in pixel order.
+inline Vec packTopBytes(const Vec (&q)[4]) {
+    constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
+    const Vec first = _mm512_srli_epi16(upperWords(q[0], q[1]), 7);
+    const Vec second = _mm512_srli_epi16(upperWords(q[2], q[3]), 7);
+    return _mm512_permutex2var_epi8(first, loadVector(order.data()), second);
+}
+
+/// Sums scaled by 2^21, of the lower and the upper half of eight pixels, as words. weavedOrder() tells where they are.
+inline Vec descale(Vec lower, Vec upper) {
+    return shiftSignedWordsDown<5>(upperWords(lower, upper));
+}
+inline Vec clampToBytes(Vec lower, Vec upper) {
+    return _mm512_packus_epi16(lower, upper);
+}
+constexpr std::size_t placeAfterDescale(std::size_t i) {
+    return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
+}
+constexpr std::size_t inOrder(std::size_t i) {
+    return i;
+}
+
+/// One of the three vectors of 64 interleaved triples, starting at byte `first`; pixel i lies at place(i).
+template <std::size_t first, std::size_t (*place)(std::size_t)>
+inline Vec triples(Vec a, Vec b, Vec c) {
+    constexpr auto fromAB = table([](std::size_t i) { return place((first + i) / 3) + (first + i) % 3 * 64; });
+    constexpr auto fromC = table([](std::size_t i) { return place((first + i) / 3); });
+    constexpr std::uint64_t everyThird = 0x9249249249249249;
+    constexpr std::uint64_t isC = everyThird << (2 - first % 3); // 64 % 3 == 1
+    const Vec ab = _mm512_permutex2var_epi8(a, loadVector(fromAB.data()), b);
+    return _mm512_mask_permutexvar_epi8(ab, isC, loadVector(fromC.data()), c);
+}
+
+template <std::size_t (*place)(std::size_t)>
+inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
+    storeVector(dst, triples<0, place>(a, b, c));
+    storeVector(dst + 64, triples<64, place>(a, b, c));
+    storeVector(dst + 128, triples<128, place>(a, b, c));
+}
+
+/// One component of a block of triples.
+template <std::size_t component>
+inline Vec loadComponent(const unsigned char* src) {
+    constexpr auto index = table([](std::size_t i) { return (3 * i + component) % 128; });
+    constexpr std::size_t inTwo = (128 - component + 2) / 3; // so many lie in the first two vectors
+    const Vec most = _mm512_permutex2var_epi8(loadVector(src), loadVector(index.data()), loadVector(src + 64));
+    return _mm512_mask_permutexvar_epi8(most, ~std::uint64_t{0} << inTwo, loadVector(index.data()),
+                                        loadVector(src + 128));
+}
+
+/// Triples in reverse; one byte after them is read, and one after the target overwritten.
+constexpr std::size_t mirroredAtOnce = 21;
+inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
+    constexpr auto order = table([](std::size_t i) { return i == 63 ? 63 : 60 - i / 3 * 3 + i % 3; });
+    storeVector(dst, _mm512_permutexvar_epi8(loadVector(order.data()), loadVector(src)));
+}
+
+} // namespace
+} // namespace Ko
+
+#endif
