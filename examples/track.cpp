@@ -10,20 +10,26 @@
 #include <Kovanta/VideoOutput.h>
 
 #include <CLI/CLI.hpp>
+#include <boost/thread/thread.hpp>
 
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <deque>
 #include <exception>
+#include <filesystem>
+#include <future>
 #include <iomanip>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 using Frame = Ko::Image<unsigned char>;
@@ -195,6 +201,9 @@ void printTotals(unsigned long frames, Ko::Timer& all, const std::vector<std::pa
 
 void track(const Options& options) {
     Ko::Timer all;
+    std::error_code missing;
+    if (std::filesystem::equivalent(options.input, options.output, missing))
+        throw std::runtime_error("INPUT and OUTPUT are the same file.");
     Ko::VideoInputVideoFile source(options.input);
     Ko::Frac<unsigned int> rate = source.getFrameRate();
     if (rate.num == 0 || rate.den == 0)
@@ -212,25 +221,38 @@ void track(const Options& options) {
     MotionFinder finder;
     Track path;
     unsigned long frames = 0;
-    while (!interrupted) {
-        reading.start();
-        const bool delivered = source.read(frame);
-        reading.stop();
-        if (!delivered)
-            break;
-        finding.start();
-        path.update(finder.find(frame));
-        finding.stop();
-        drawing.start();
-        path.draw(frame, font);
-        drawCounter(frame, font, frames, rate);
-        drawing.stop();
-        writing.start();
+    std::packaged_task<void()> loop([&] {
+        while (!interrupted) {
+            reading.start();
+            const bool delivered = source.read(frame);
+            reading.stop();
+            if (!delivered)
+                break;
+            finding.start();
+            path.update(finder.find(frame));
+            finding.stop();
+            drawing.start();
+            path.draw(frame, font);
+            drawCounter(frame, font, frames, rate);
+            drawing.stop();
+            writing.start();
+            sink.write(frame);
+            writing.stop();
+            showProgress(++frames, source);
+        }
+    });
+    // A sink that met an error takes nothing out of its queue any more, and write() would wait for ever: the thread it
+    // waits on has to be interrupted.
+    std::future<void> end = loop.get_future();
+    boost::thread worker(std::move(loop));
+    while (end.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready)
         if (!sink.getError().empty())
-            throw std::runtime_error(options.output + ": " + sink.getError());
-        sink.write(frame);
-        writing.stop();
-        showProgress(++frames, source);
+            worker.interrupt();
+    worker.join();
+    try {
+        end.get();
+    } catch (const boost::thread_interrupted&) {
+        throw std::runtime_error(options.output + ": " + sink.getError());
     }
     writing.start();
     sink.close(); // what is still queued is encoded here

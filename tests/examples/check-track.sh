@@ -41,7 +41,7 @@ done
 expect_error() {
   local text=$1 code=0
   shift
-  "$track" "$@" >run.log 2>err.log || code=$?
+  timeout 60 "$track" "$@" >run.log 2>err.log || code=$?
   [ $code -eq 1 ] || fail "exit code $code for: $*"
   [ "$(grep -vc '^Thread ' err.log)" -eq 1 ] || fail "not one line for: $*"
   grep -qF -- "$text" err.log || fail "no '$text' for: $*"
@@ -51,10 +51,13 @@ head -c 3000 /dev/urandom >garbage.mp4
 expect_error "track: [VideoInputVideoFile::VideoInputVideoFile]: " garbage.mp4 out.mp4
 expect_error "guess_format failed." in.mp4 out.nonsense
 expect_error "url_fopen failed to open no/such/place.mp4." in.mp4 no/such/place.mp4
+expect_error "the same file." in.mp4 ./in.mp4
 expect_error "avcodec_find_encoder_by_name failed." in.mp4 out.mp4 --encoder nonsense
 
-# Interrupted in the middle of a long file: what was written stays readable.
+# A long file: a full disk ends it although the queue is full, and an interrupt leaves what was written readable.
 ffmpeg -v error -f lavfi -i "testsrc2=size=640x480:rate=25:duration=80" -c:v mpeg4 -q:v 8 long.avi
+ln -s /dev/full full.mkv
+expect_error "track: full.mkv: [VideoOutputVideoFile::frameWrite]: av_write_frame failed." long.avi full.mkv
 "$track" long.avi cut.mp4 >run.log 2>err.log &
 pid=$!
 sleep 1
