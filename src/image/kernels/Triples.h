@@ -12,14 +12,12 @@ namespace {
 
 void splitTriples(Byte* __restrict a, Byte* __restrict b, Byte* __restrict c, const Byte* __restrict src,
                   std::size_t n) {
-    const auto block = [=](std::size_t i) {
+    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n)) {
         storeVector(a + i, loadComponent<0>(src + 3 * i));
         storeVector(b + i, loadComponent<1>(src + 3 * i));
         storeVector(c + i, loadComponent<2>(src + 3 * i));
-    };
-    if (overBlocks(n, block))
-        return;
-    for (std::size_t i = 0; i < n; ++i) {
+    }
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
         a[i] = src[3 * i];
         b[i] = src[3 * i + 1];
         c[i] = src[3 * i + 2];
@@ -28,12 +26,9 @@ void splitTriples(Byte* __restrict a, Byte* __restrict b, Byte* __restrict c, co
 
 void mergeTriples(Byte* __restrict dst, const Byte* __restrict a, const Byte* __restrict b, const Byte* __restrict c,
                   std::size_t n) {
-    const auto block = [=](std::size_t i) {
+    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n))
         storeTriples<inOrder>(dst + 3 * i, loadVector(a + i), loadVector(b + i), loadVector(c + i));
-    };
-    if (overBlocks(n, block))
-        return;
-    for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
         dst[3 * i] = a[i];
         dst[3 * i + 1] = b[i];
         dst[3 * i + 2] = c[i];

@@ -93,11 +93,11 @@ inline Vec loadPixels(const unsigned char* src, int q) {
     return _mm256_set_m128i(last ? _mm_srli_si128(load(high - 4), 4) : load(high), load(low));
 }
 
-inline Vec packTopBytes(const Vec (&q)[4]) {
+inline Vec packTopBytes(Vec q0, Vec q1, Vec q2, Vec q3) {
     const auto top = [](Vec v) {
         return _mm256_srli_epi32(v, 23);
     };
-    return _mm256_packus_epi16(_mm256_packus_epi32(top(q[0]), top(q[1])), _mm256_packus_epi32(top(q[2]), top(q[3])));
+    return _mm256_packus_epi16(_mm256_packus_epi32(top(q0), top(q1)), _mm256_packus_epi32(top(q2), top(q3)));
 }
 
 inline Vec descale(Vec lower, Vec upper) {

@@ -103,10 +103,10 @@ inline Vec upperWords(Vec a, Vec b) {
 }
 
 /// Bits 23..30 of the four quarters' sums as bytes in pixel order.
-inline Vec packTopBytes(const Vec (&q)[4]) {
+inline Vec packTopBytes(Vec q0, Vec q1, Vec q2, Vec q3) {
     constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
-    const Vec first = _mm512_srli_epi16(upperWords(q[0], q[1]), 7);
-    const Vec second = _mm512_srli_epi16(upperWords(q[2], q[3]), 7);
+    const Vec first = _mm512_srli_epi16(upperWords(q0, q1), 7);
+    const Vec second = _mm512_srli_epi16(upperWords(q2, q3), 7);
     return _mm512_permutex2var_epi8(first, loadVector(order.data()), second);
 }
 
