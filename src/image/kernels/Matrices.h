@@ -100,8 +100,7 @@ struct RgbWords {
         decodeHalf(weaveBytesLow(luma, zero()), weaveBytesLow(zero(), blue), weaveBytesLow(zero(), red));
     const RgbWords high =
         decodeHalf(weaveBytesHigh(luma, zero()), weaveBytesHigh(zero(), blue), weaveBytesHigh(zero(), red));
-    storeTriples<placeAfterDescale>(rgb, clampToBytes(low.r, high.r), clampToBytes(low.g, high.g),
-                                    clampToBytes(low.b, high.b));
+    storeTriples<placeAfterDescale>(rgb, packWords(low.r, high.r), packWords(low.g, high.g), packWords(low.b, high.b));
 }
 
 // Rows shorter than a block. The compiler vectorises these too.

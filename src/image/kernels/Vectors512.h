@@ -25,6 +25,9 @@ inline void storeVector(void* p, Vec v) {
 inline Vec allDwords(int v) {
     return _mm512_set1_epi32(v);
 }
+inline Vec allWords(int v) {
+    return _mm512_set1_epi16(static_cast<short>(v));
+}
 inline Vec allBytes(int v) {
     return _mm512_set1_epi8(static_cast<char>(v));
 }
@@ -44,6 +47,38 @@ inline Vec shiftWordsUp(Vec v) {
 template <int bits>
 inline Vec shiftSignedWordsDown(Vec v) {
     return _mm512_srai_epi16(v, bits);
+}
+inline Vec addBytes(Vec a, Vec b) {
+    return _mm512_add_epi8(a, b);
+}
+inline Vec subtractBytesToZero(Vec a, Vec b) {
+    return _mm512_subs_epu8(a, b);
+}
+inline Vec smallerBytes(Vec a, Vec b) {
+    return _mm512_min_epu8(a, b);
+}
+inline Vec addWords(Vec a, Vec b) {
+    return _mm512_add_epi16(a, b);
+}
+template <int bits>
+inline Vec shiftWordsDown(Vec v) {
+    return _mm512_srli_epi16(v, bits);
+}
+/// The upper halves of the products of words.
+inline Vec upperProducts(Vec a, Vec b) {
+    return _mm512_mulhi_epu16(a, b);
+}
+/// Sums of neighbouring bytes, as words.
+inline Vec sumPairs(Vec v) {
+    return _mm512_maddubs_epi16(v, allBytes(1));
+}
+/// Words to bytes, clamped; undoes weaveBytesLow() and weaveBytesHigh().
+inline Vec packWords(Vec low, Vec high) {
+    return _mm512_packus_epi16(low, high);
+}
+/// What packWords() made of two vectors' words, in the order of the words.
+inline Vec unweave(Vec packed) {
+    return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed);
 }
 inline Vec weaveBytesLow(Vec a, Vec b) {
     return _mm512_unpacklo_epi8(a, b);
@@ -113,9 +148,6 @@ inline Vec packTopBytes(Vec q0, Vec q1, Vec q2, Vec q3) {
 /// Sums scaled by 2^21, of the lower and the upper half of eight pixels, as words. weavedOrder() tells where they are.
 inline Vec descale(Vec lower, Vec upper) {
     return shiftSignedWordsDown<5>(upperWords(lower, upper));
-}
-inline Vec clampToBytes(Vec lower, Vec upper) {
-    return _mm512_packus_epi16(lower, upper);
 }
 constexpr std::size_t placeAfterDescale(std::size_t i) {
     return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
