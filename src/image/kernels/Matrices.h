@@ -20,7 +20,7 @@ constexpr int split(int factor) {
     return pairOf(factor - factor / scale * scale, factor / scale);
 }
 
-struct YccSums {
+struct YccParts {
     Vec luma;
     Vec blue;
     Vec red;
@@ -29,7 +29,7 @@ struct YccSums {
 /// RGB to Y'CbCr for a quarter of a block, with p = R - G and q = B - G, so that chroma needs no third factor. The
 /// sums keep their results in bits 23..30 and are never negative.
 template <int step, int r, int b>
-[[gnu::always_inline]] inline YccSums encodeQuarter(const Byte* src, int quarter) {
+[[gnu::always_inline]] inline YccParts encodeQuarter(const Byte* src, int quarter) {
     constexpr int yp = 2154103, yq = 821297, yg = 7204340;
     constexpr int cbp = -1243382, cbq = 3684401, crp = 3684401, crq = -599163;
     constexpr int half = 1 << 22;
@@ -55,14 +55,19 @@ template <int step, int r, int b>
 }
 
 template <int step, int r, int b>
+[[gnu::always_inline]] inline YccParts encodeHalf(const Byte* src, int half) {
+    const YccParts first = encodeQuarter<step, r, b>(src, 2 * half);
+    const YccParts second = encodeQuarter<step, r, b>(src, 2 * half + 1);
+    return {resultsOf(first.luma, second.luma), resultsOf(first.blue, second.blue), resultsOf(first.red, second.red)};
+}
+
+template <int step, int r, int b>
 [[gnu::always_inline]] inline void encodeBlock(Byte* y, Byte* cb, Byte* cr, const Byte* src) {
-    const YccSums q0 = encodeQuarter<step, r, b>(src, 0);
-    const YccSums q1 = encodeQuarter<step, r, b>(src, 1);
-    const YccSums q2 = encodeQuarter<step, r, b>(src, 2);
-    const YccSums q3 = encodeQuarter<step, r, b>(src, 3);
-    storeVector(y, packTopBytes(q0.luma, q1.luma, q2.luma, q3.luma));
-    storeVector(cb, packTopBytes(q0.blue, q1.blue, q2.blue, q3.blue));
-    storeVector(cr, packTopBytes(q0.red, q1.red, q2.red, q3.red));
+    const YccParts first = encodeHalf<step, r, b>(src, 0);
+    const YccParts second = encodeHalf<step, r, b>(src, 1);
+    storeVector(y, packResults(first.luma, second.luma));
+    storeVector(cb, packResults(first.blue, second.blue));
+    storeVector(cr, packResults(first.red, second.red));
 }
 
 struct RgbWords {

@@ -45,6 +45,7 @@ void mirrorTriples(Byte* __restrict dst, const Byte* __restrict src, std::size_t
     std::size_t i = 0;
     if (n != 0)
         one(i++);
+#pragma GCC unroll 4
     for (; i + mirroredAtOnce < n; i += mirroredAtOnce)
         mirrorSome(dst + 3 * i, src + 3 * (n - i - mirroredAtOnce));
     for (; i < n; ++i)

@@ -22,11 +22,11 @@ inline Vec loadVector(const void* p) {
 inline void storeVector(void* p, Vec v) {
     _mm512_storeu_si512(p, v);
 }
-inline Vec allDwords(int v) {
-    return _mm512_set1_epi32(v);
-}
 inline Vec allWords(int v) {
     return _mm512_set1_epi16(static_cast<short>(v));
+}
+inline Vec allDwords(int v) {
+    return _mm512_set1_epi32(v);
 }
 inline Vec allBytes(int v) {
     return _mm512_set1_epi8(static_cast<char>(v));
@@ -48,6 +48,10 @@ template <int bits>
 inline Vec shiftSignedWordsDown(Vec v) {
     return _mm512_srai_epi16(v, bits);
 }
+template <int bits>
+inline Vec shiftWordsDown(Vec v) {
+    return _mm512_srli_epi16(v, bits);
+}
 inline Vec addBytes(Vec a, Vec b) {
     return _mm512_add_epi8(a, b);
 }
@@ -59,10 +63,6 @@ inline Vec smallerBytes(Vec a, Vec b) {
 }
 inline Vec addWords(Vec a, Vec b) {
     return _mm512_add_epi16(a, b);
-}
-template <int bits>
-inline Vec shiftWordsDown(Vec v) {
-    return _mm512_srli_epi16(v, bits);
 }
 /// The upper halves of the products of words.
 inline Vec upperProducts(Vec a, Vec b) {
@@ -137,11 +137,12 @@ inline Vec upperWords(Vec a, Vec b) {
     return _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, loadVector(up.data()));
 }
 
-/// Bits 23..30 of the four quarters' sums as bytes in pixel order.
-inline Vec packTopBytes(Vec q0, Vec q1, Vec q2, Vec q3) {
+/// Bits 23..30 of the sums of two quarters, as words, and the words of two halves as bytes in pixel order.
+inline Vec resultsOf(Vec first, Vec second) {
+    return shiftWordsDown<7>(upperWords(first, second));
+}
+inline Vec packResults(Vec first, Vec second) {
     constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
-    const Vec first = _mm512_srli_epi16(upperWords(q0, q1), 7);
-    const Vec second = _mm512_srli_epi16(upperWords(q2, q3), 7);
     return _mm512_permutex2var_epi8(first, loadVector(order.data()), second);
 }
 
