@@ -5,6 +5,7 @@
 #include "image/kernels/KernelLevels.h"
 #include "image/kernels/Matrices.h"
 #include "image/kernels/Means.h"
+#include "image/kernels/Shuffles512.h"
 #include "image/kernels/Triples.h"
 
 namespace Ko {
@@ -19,13 +20,13 @@ const RowKernels avx512Kernels = {
     mapRange<LumaToFull>,
     jfifToYcc,
     yccToJfif,
-    chromaToStudioDoubled,
+    shuffleChromaToStudioDoubled,
     meanOfBlocks<2>,
     meanOfBlocks<0>,
-    doubled,
-    yuy2ToYcc,
-    yccToYuy2,
-    mirrorBytes,
+    shuffleDoubled,
+    shuffleYuy2ToYcc,
+    shuffleYccToYuy2,
+    shuffleMirrorBytes,
     mirrorTriples,
     mirrorBytesInPlace,
     mirrorTriplesInPlace,

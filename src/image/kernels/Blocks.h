@@ -8,9 +8,9 @@ namespace {
 
 /// The start of the block after the one at i, in n pixels that are no fewer than a block; n after the last. The last
 /// block overlaps its neighbour if need be, which does no harm: it computes the same again.
-inline std::size_t nextBlock(std::size_t i, std::size_t n) {
-    const std::size_t next = i + vectorBytes;
-    return next == n || next + vectorBytes <= n ? next : n - vectorBytes;
+inline std::size_t nextBlock(std::size_t i, std::size_t n, std::size_t block = vectorBytes) {
+    const std::size_t next = i + block;
+    return next == n || next + block <= n ? next : n - block;
 }
 
 } // namespace
