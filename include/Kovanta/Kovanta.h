@@ -6,8 +6,10 @@
 
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Draw.h"
+#include "Kovanta/Font.h"
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
+#include "Kovanta/ImageFile.h"
 #include "Kovanta/Timer.h"
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"

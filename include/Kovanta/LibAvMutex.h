@@ -3,6 +3,7 @@
 
 #include "Kovanta/Export.h"
 
+#include <boost/thread/lock_guard.hpp>
 #include <boost/thread/mutex.hpp>
 
 /// The one lock under which the library opens and closes every libav context of the process. An application that

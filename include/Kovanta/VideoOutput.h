@@ -4,6 +4,9 @@
 /// @file
 /// All sinks of frames.
 
+#include "Kovanta/ThreadedBuffer.h"
 #include "Kovanta/VideoOutputBase.h"
+#include "Kovanta/VideoOutputVideoFile.h"
+#include "Kovanta/VideoOutputDisplay.h"
 
 #endif

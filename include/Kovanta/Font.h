@@ -1,0 +1,81 @@
+#ifndef KOVANTA_FONT_H
+#define KOVANTA_FONT_H
+
+#include "Kovanta/Draw.h"
+#include "Kovanta/Export.h"
+#include "Kovanta/Image.h"
+
+#include <string>
+#include <vector>
+
+struct FT_LibraryRec_;
+struct FT_FaceRec_;
+struct FT_BitmapGlyphRec_;
+
+/// The built-in font: the TrueType file of Luxi Mono Regular.
+extern KOVANTA_API const unsigned char luximr_ttf[];
+/// Its length in bytes, 71784.
+extern KOVANTA_API const unsigned long luximr_ttf_size;
+
+namespace Ko {
+
+/// Draws 7-bit text into planar Y'CbCr images.
+///
+/// init() rasterises the characters 0 to 127 of a font once, at one size; drawText() then only blends the stored
+/// glyphs, without allocating. A font that was not initialised draws nothing.
+///
+/// Fonts move but do not copy; a moved-from font is as default-constructed. drawText() may run in several threads on
+/// one font for different images; everything else is one thread at a time per object. Different fonts are independent.
+class KOVANTA_API Font {
+public:
+    Font();
+    Font(const Font&) = delete;
+    Font(Font&& other) noexcept;
+    Font& operator=(const Font&) = delete;
+    Font& operator=(Font&& other) noexcept;
+    ~Font();
+
+    /// Loads a font file in any format that FreeType reads.
+    /// @param pixelSize the nominal size in pixels, also the distance of two lines
+    /// @throws std::runtime_error "[Font::init]: FT_Init_FreeType failed.", "[Font::init]: Cannot load font file.",
+    ///         "[Font::init]: FT_Set_Pixel_Sizes failed.", and what renderChar() throws; std::bad_alloc
+    ///
+    /// A font may be initialised again. When the new font cannot be loaded or sized, the earlier glyphs stay (only the
+    /// distance of lines is the new one already); when one of its characters fails, those before it are there.
+    void init(const std::string& file, unsigned int pixelSize);
+
+    /// Loads a font from memory, which is needed during the call only. A null @p data with a @p size of 0 selects the
+    /// built-in font.
+    /// @param size in bytes
+    /// @throws as the first, with "[Font::init]: Cannot load font from memory." for a block that is no font
+    void init(const void* data, unsigned long size, unsigned int pixelSize);
+
+    /// Loads a font from memory, or from the file when @p data is null.
+    /// @throws as the others
+    void init(const std::string& file, const void* data, unsigned long size, unsigned int pixelSize);
+
+    /// Renders one character of a sized face and appends it to the cache, whose index is the character code; init()
+    /// does so for all of them. The glyph belongs to the library of @p face, which must outlive this font. A character
+    /// that the font lacks becomes its missing-glyph shape.
+    /// @throws std::runtime_error "[Font::renderChar]: FT_Load_Glyph failed.", "[Font::renderChar]: FT_Get_Glyph
+    ///         failed.", "[Font::renderChar]: FT_Glyph_To_Bitmap failed."; std::bad_alloc
+    void renderChar(FT_FaceRec_* face, unsigned char code);
+
+    /// Draws text, clipped to the image: a glyph that crosses the right or bottom edge leaves the last column or row
+    /// untouched. A line feed moves the pen down by the pixel size and back to the starting x. Bytes of 128 and above
+    /// draw nothing and do not advance the pen.
+    /// @param im PF_YCC444P or PF_YCCA4444P (alpha is left alone); the format is not checked
+    /// @param pen left end of the baseline, in pixels
+    void drawText(Image<unsigned char>& im, const std::string& text, Point<int> pen, YCCColor color) const;
+
+private:
+    KOVANTA_LOCAL void release() noexcept;
+
+    std::vector<FT_BitmapGlyphRec_*> glyphs; // owned; the index is the character code
+    unsigned int pixelSize = 0;
+    FT_LibraryRec_* library = nullptr; // owned; outlives the glyphs
+};
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,95 @@
+#ifndef KOVANTA_IMAGEFILE_H
+#define KOVANTA_IMAGEFILE_H
+
+#include "Kovanta/Export.h"
+#include "Kovanta/Image.h"
+
+#include <iosfwd>
+#include <string>
+
+namespace Ko {
+
+/// @name Still-image files
+///
+/// Readers fill the caller's image in the pixel format that it has, and size it; writers take any source that
+/// convertIm() turns into the file's format. Files hold 8-bit samples. PF_YCC444P goes in and out everywhere:
+///
+/// | file | read from it | written as |
+/// |---|---|---|
+/// | PPM | PF_RGB | PF_RGB |
+/// | PGM | PF_Y | PF_Y |
+/// | JPEG | PF_JFIF, or PF_Y when it is grey | PF_JFIF, quality 100 |
+/// | PNG | PF_RGB, PF_RGBA or PF_Y | PF_RGB |
+///
+/// Thread-safe as long as no two calls share an image, or a file that one of them writes.
+///
+/// Errors of all of them:
+/// - std::runtime_error "[function]: Cannot open NAME: REASON." with the system's reason, also for a directory;
+/// - std::runtime_error "[readPpmImage]: Image too large." (or its like) for a file whose picture passes 2^32 - 1 bytes
+///   or 2^28 rows, before any memory is taken for it;
+/// - std::logic_error of convertIm() where there is no conversion between the file's format and the image's;
+/// - std::bad_alloc.
+///
+/// An image to be read into stays as it was on every exception, except that a refused conversion leaves it resized.
+/// @{
+
+/// Reads a still, by the file name's extension: .pgm, .ppm, .png, .jpeg or .jpg in any case. Contents are not looked
+/// at.
+/// @throws std::logic_error "[readImage]: Cannot read NAME: extension not recognized.", std::out_of_range for a name
+///         without a dot; otherwise as the reader of the format
+KOVANTA_API void readImage(Image<unsigned char>& im, const std::string& name);
+/// Writes a still in the format that the file name's extension says; the extensions are those of readImage().
+/// @throws std::logic_error "[writeImage]: Cannot write NAME: extension not recognized.", std::out_of_range for a name
+///         without a dot; otherwise as the writer of the format
+KOVANTA_API void writeImage(const std::string& name, const Image<unsigned char>& im);
+
+/// Reads a binary PPM ("P6", maximum value 255). Samples that a short file does not hold become 0.
+/// @throws as parseHeader()
+KOVANTA_API void readPpmImage(Image<unsigned char>& im, const std::string& name);
+/// Reads a binary PGM ("P5", maximum value 255). Samples that a short file does not hold become 0.
+/// @throws as parseHeader()
+KOVANTA_API void readPgmImage(Image<unsigned char>& im, const std::string& name);
+/// Writes a binary PPM. A refused conversion leaves a file with the header only; write errors (a full disk, say) are
+/// not reported.
+KOVANTA_API void writePpmImage(const std::string& name, const Image<unsigned char>& im);
+/// Writes a binary PGM; otherwise as writePpmImage().
+KOVANTA_API void writePgmImage(const std::string& name, const Image<unsigned char>& im);
+
+/// Reads a JPEG file, colour as full-range Y'CbCr. What libjpeg can repair (a file that ends early, say) is a picture,
+/// with libjpeg's warning on standard error. The image owns its pixels afterwards.
+/// @throws std::runtime_error "[readJpegImage]: Unsupported color space." for CMYK and the like,
+///         "[readJpegImage]: libjpeg failed. (REASON)", also for files coded in RGB and for more than 500 scans
+KOVANTA_API void readJpegImage(Image<unsigned char>& im, const std::string& name);
+/// Writes a colour JPEG of quality 100 with libjpeg's default chroma sampling (4:2:0).
+/// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)"; the file may then hold its beginning
+KOVANTA_API void writeJpegImage(const std::string& name, const Image<unsigned char>& im);
+
+/// Reads a PNG file of any kind: 16-bit samples lose their low byte, palettes and 1, 2 and 4-bit greys are expanded,
+/// transparency of a palette is dropped. Alpha beside grey is dropped with a line on standard output. The image owns
+/// its pixels afterwards.
+/// @throws std::runtime_error "[readPngImage]: png_error called." when libpng gives up (its message goes to standard
+///         error), "[readPngImage]: Error creating PNG read structure.", "[readPngImage]: Error creating PNG info
+///         structure.", "[readPngImage]: Do not know how to decode this PNG."
+KOVANTA_API void readPngImage(Image<unsigned char>& im, const std::string& name);
+/// Writes an 8-bit RGB PNG, not interlaced.
+/// @throws std::runtime_error "writePngImage: png_error called." when libpng gives up or the disk is full,
+///         "[writePngImage]: Error creating PNG write structure.", "[writePngImage]: Error creating PNG info
+///         structure."; the file may then hold its beginning
+KOVANTA_API void writePngImage(const std::string& name, const Image<unsigned char>& im);
+/// @}
+
+} // namespace Ko
+
+/// Consumes the header of a binary PPM or PGM file and leaves the stream at the first pixel byte.
+///
+/// After the magic, tokens separated by whitespace give width, height and maximum value; a token that starts with '#'
+/// is a comment up to the next line feed. One byte after the maximum value ends the header. Numbers are read in the
+/// classic locale, as `boost::lexical_cast<unsigned int>` reads them. A comment without a line feed never ends.
+/// One thread at a time per stream.
+/// @param width, height in pixels, set on success only; not checked
+/// @param type the digit after the 'P' that the file must have: '6' for PPM, '5' for PGM
+/// @throws std::runtime_error "[ConvertIm::parseHeader]: Incorrect PPM/PGM header.",
+///         "[ConvertIm::parseHeader]: Only a maximum color value of 255 is supported now.", boost::bad_lexical_cast
+KOVANTA_API void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream, char type);
+
+#endif

@@ -1,0 +1,130 @@
+#ifndef KOVANTA_VIDEOINPUTVIDEOFILE_H
+#define KOVANTA_VIDEOINPUTVIDEOFILE_H
+
+#include "Kovanta/Export.h"
+#include "Kovanta/Frac.h"
+#include "Kovanta/Image.h"
+#include "Kovanta/VideoInputBase.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+struct AVInputFormat;
+
+namespace Ko {
+
+class VideoFileDecoder;
+
+/// The first video stream of a file, in any container and codec that the installed libav reads, as long as it decodes
+/// to planar 4:2:0 or to full-range planar 4:2:2.
+///
+/// Positions, lengths and seek targets count ticks of the stream's time base; where a tick is the frame period (AVI,
+/// and what VideoOutputVideoFile writes into mp4 and mov at whole rates) they count frames. The position is the time
+/// stamp of the picture delivered last plus one tick, so what tell() returned is what seek() takes to get the same
+/// picture next. Time stamps are the file's own and need not begin at 0 (MPEG program and transport streams).
+///
+/// One thread at a time per object. Opening and closing hold libAvMutex, so different objects may be used by different
+/// threads at will. Every operation but setFormat(), setLoop(), open(), close() and tell() needs an opened source and
+/// throws std::logic_error "[VideoInputVideoFile::...]: Not opened." without one.
+class KOVANTA_API VideoInputVideoFile : public VideoInput {
+public:
+    /// An unopened source.
+    VideoInputVideoFile();
+    /// As the default constructor and open(); releases everything when that throws.
+    explicit VideoInputVideoFile(const std::string& filename);
+    VideoInputVideoFile(const VideoInputVideoFile&) = delete;
+    VideoInputVideoFile& operator=(const VideoInputVideoFile&) = delete;
+    /// Closes.
+    ~VideoInputVideoFile() override;
+
+    /// Forces the container format, by libav's name for it ("avi", "matroska"), from the next open() on. An empty name
+    /// restores detection.
+    /// @throws std::logic_error "[VideoInputVideoFile::setFormat]: av_find_input_format failed."; detection is then
+    ///         restored as well
+    void setFormat(const std::string& name);
+
+    /// Opens a file and its first video stream; what the object had open is closed first.
+    ///
+    /// What was opened before a failure stays in the object, unusable, until close(), the next open() or the end of
+    /// the object.
+    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to open FILENAME."
+    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find stream information in
+    ///         FILENAME."
+    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find video stream in
+    /// FILENAME."
+    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_find_decoder failed."
+    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_open failed."
+    /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."
+    /// @throws std::bad_alloc
+    void open(const std::string& filename);
+
+    /// Closes the file. Harmless on an unopened source; open() may follow.
+    void close();
+
+    /// The frame rate in frames per second, reduced; {1, 0} when the file does not tell.
+    Frac<unsigned int> getFrameRate() const;
+
+    /// Delivers the next picture in display order, converted by convertIm() into the format that @p frame has: the one
+    /// copy that is made of it. Damaged packets are skipped. A picture that differs in size from the one before is
+    /// delivered in its own size.
+    /// @return false at the end of the file, where @p frame has been sized but holds nothing new; with looping on, the
+    ///         first picture is delivered instead, unless the file gave none since the last rewind
+    /// @throws std::logic_error as convertIm(), when it cannot convert into the format of @p frame; the picture is then
+    ///         spent
+    /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported." when
+    ///         the stream changes to such a format midway
+    /// @throws std::bad_alloc
+    bool read(Image<unsigned char>& frame) override;
+
+    /// Moves to a position in ticks, by decoding forward from the key frame before it: the next read() delivers the
+    /// first picture whose time stamp is not below the position returned. A target below 0 is the beginning, one past
+    /// the length is the length. Where the length is unknown nothing limits the target, and VP_END rewinds.
+    ///
+    /// AVI files hold no presentation times. If theirs is a stream with reordered (B) pictures, positions count
+    /// pictures in display order from the key frame on; in one with open groups of pictures they can be off by the
+    /// reordering after a seek.
+    /// @return the new position; below the target when the file ends before it
+    /// @throws std::logic_error "[VideoInputVideoFile::seek]: Erroneous position indicator given!"
+    /// @throws std::runtime_error "[VideoInputVideoFile::seek]: FILENAME: error while seeking."
+    /// @throws whatever read() throws
+    long seek(long offset, VideoPosId origin) override;
+
+    /// The position in ticks; 0 when unopened.
+    long tell() const override;
+
+    /// Whether the position is the length, or a read() has met the end of the file since the last seek.
+    bool eof() const override;
+
+    /// Size in pixels of the picture delivered last; before the first, as the file tells.
+    unsigned int getWidth() const override;
+    unsigned int getHeight() const override;
+
+    /// The duration of the stream in ticks, or that of the file when the stream's is not known. When neither is:
+    /// libav's mark for that, which is negative.
+    long getLength() const override;
+
+    /// Makes the source start again at its end: the read() that reaches the length leaves the position at 0. Off until
+    /// set; kept over close() and open().
+    void setLoop(bool loop) override;
+
+private:
+    KOVANTA_LOCAL VideoFileDecoder& opened(const char* operation) const;
+    KOVANTA_LOCAL void release() noexcept;
+    KOVANTA_LOCAL long rewind(VideoFileDecoder& source);
+    KOVANTA_LOCAL bool decodeForward(std::int64_t target);
+
+    std::unique_ptr<VideoFileDecoder> decoder; ///< Set from the start of an open, also of a failed one.
+    const AVInputFormat* forcedFormat = nullptr;
+    Image<unsigned char> wrapper; ///< Its rows point into the decoder's current picture.
+    std::int64_t position = 0;
+    bool looping = false;
+    bool ready = false;               ///< Whether an open went through.
+    bool endMet = false;              ///< The packets ran out since the last seek.
+    bool deliveredSinceStart = false; ///< Keeps a file without pictures from looping for ever.
+    bool seeking = false;             ///< A seek's forward decode must not wrap around.
+};
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,109 @@
+#ifndef KOVANTA_VIDEOOUTPUTVIDEOFILE_H
+#define KOVANTA_VIDEOOUTPUTVIDEOFILE_H
+
+#include "Kovanta/Export.h"
+#include "Kovanta/Frac.h"
+#include "Kovanta/Image.h"
+#include "Kovanta/VideoOutputBase.h"
+
+#include <boost/thread/mutex.hpp>
+
+#include <memory>
+#include <string>
+
+struct AVCodec;
+
+namespace Ko {
+
+/// Encodes frames into a video file on a thread of its own.
+///
+/// The container follows from the file name's extension; the encoder is the container's default one or one chosen by
+/// name. write() copies the frame into a short queue and returns; the writer thread encodes. A full queue holds write()
+/// up, no frame is ever dropped. Every file opened here is opened and closed under libAvMutex.
+///
+/// When the writer meets an error (a frame of another size, a full disk) it writes one line to standard error,
+/// "Thread ID: Error: REASON", and ends; its normal end at close() leaves "Thread ID: Interrupted." there. After an
+/// error write() goes on queueing until the queue is full and then waits for ever: see getError().
+///
+/// One thread at a time per object; getError() may be called from any.
+class KOVANTA_API VideoOutputVideoFile : public VideoOutput {
+public:
+    /// A closed output, with a queue of 5 frames and no encoder chosen.
+    VideoOutputVideoFile();
+    /// Opens at once. @throws as open(); nothing is left behind then
+    VideoOutputVideoFile(unsigned int width, unsigned int height, const std::string& filename,
+                         Frac<unsigned int> frameRate, unsigned int bitRate);
+    VideoOutputVideoFile(const VideoOutputVideoFile&) = delete;
+    VideoOutputVideoFile& operator=(const VideoOutputVideoFile&) = delete;
+    /// Closes.
+    ~VideoOutputVideoFile() override;
+
+    /// Creates the file, over an existing one, and starts the writer. An open output is closed first. The encoder that
+    /// is used stays chosen for later calls. libavcodec's defaults hold for all that is not said here.
+    /// @param width,height of the frames in pixels
+    /// @param filename its extension (avi, mp4, mov, mkv, webm, mpg, ts, flv, ogv, ...) names the container
+    /// @param frameRate frames per second, {25, 1} or {30000, 1001}
+    /// @param bitRate bits per second
+    /// @throws std::runtime_error "[VideoOutputVideoFile::open]: guess_format failed." (unknown extension),
+    ///         "... avcodec_find_encoder failed." (no default encoder), "... url_fopen failed to open FILENAME.",
+    ///         "... av_write_header failed." (the container refuses the encoder),
+    ///         "[VideoOutputVideoFile::openVideo]: avcodec_open failed." (the encoder refuses size, rate or bit rate);
+    ///         without memory also "[VideoOutputVideoFile::open]: avformat_alloc_context failed.",
+    ///         "... av_set_parameters failed.", "[VideoOutputVideoFile::addVideoStream]: av_new_stream failed.",
+    ///         "[allocPicture]: avcodec_alloc_frame failed." and "[allocPicture]: av_malloc failed."
+    /// @throws std::logic_error "[VideoOutputVideoFile::openVideo]: Can only convert to 4:2:0 Planar YUV." for an
+    /// encoder
+    ///         whose first choice is another pixel format
+    /// @throws boost::thread_resource_error, std::bad_alloc
+    /// After a failure isOpened() is true, and close() releases what was begun.
+    void open(unsigned int width, unsigned int height, const std::string& filename, Frac<unsigned int> frameRate,
+              unsigned int bitRate);
+
+    /// Queues a copy of the frame; waits while the queue is full (an interruption point of Boost).
+    /// @param image of the size given to open(), in PF_YCC420P or a format that convertIm() turns into it (PF_YCC444P,
+    ///        PF_Y). Whether it fits is found out by the writer.
+    /// @return true
+    /// @throws std::logic_error "[VideoOutputVideoFile::write]: Not opened." when closed, and after a failed open()
+    /// @throws boost::thread_interrupted, std::bad_alloc; the frame is not queued then
+    bool write(const Image<unsigned char>& image) override;
+
+    /// Lets the writer encode every queued frame, ends it, and finishes the file. Does nothing when not open. A failure
+    /// to finish the file is not thrown: getError() tells.
+    void close();
+
+    /// Whether there is something for close() to do: true after open(), also after a failed one.
+    bool isOpened() const;
+
+    /// Chooses the encoder for the next open(), by libavcodec's name for it ("mpeg4", "libx264").
+    /// @throws std::logic_error "[VideoOutputVideoFile::setEncoder]: avcodec_find_encoder_by_name failed."; the next
+    /// open()
+    ///         then uses the container's default encoder
+    VideoOutputVideoFile& setEncoder(const std::string& name);
+    /// Asks for interlaced coding from the next open() on.
+    VideoOutputVideoFile& setInterlace(bool on);
+    /// Sets how many frames the queue holds from the next open() on. With 0 every write() would wait for ever.
+    VideoOutputVideoFile& setQueueSize(unsigned int n);
+
+    /// What went wrong since the last open(): the reason the writer ended with, or why close() could not finish the
+    /// file. Empty while all is well. Thread-safe.
+    std::string getError() const;
+
+private:
+    struct Output;
+
+    KOVANTA_LOCAL void release();
+    KOVANTA_LOCAL void writerThread(Output& to);
+    KOVANTA_LOCAL void setError(const char* reason);
+
+    const AVCodec* codec = nullptr;
+    int codecFlags = 0;
+    unsigned int queueSize = 5;
+    std::unique_ptr<Output> output; // All that exists between open() and close().
+    boost::mutex writerGate;        // Whoever holds it holds the writer before its next frame.
+    mutable boost::mutex errorMutex;
+    std::string error;
+};
+
+} // namespace Ko
+
+#endif

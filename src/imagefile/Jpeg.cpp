@@ -1,0 +1,73 @@
+#include "Kovanta/ImageFile.h"
+
+#include "imagefile/File.h"
+#include "imagefile/JpegObjects.h"
+#include "imagefile/Picture.h"
+
+#include <utility>
+
+namespace Ko {
+
+void writeJpegImage(const std::string& name, const Image<unsigned char>& im) {
+    constexpr const char* function = "writeJpegImage";
+    const FilePtr owner = openFile(function, name, "wb");
+    const StoredPicture picture(im, PF_JFIF);
+
+    std::FILE* const file = owner.get();
+    const JDIMENSION width = im.width;
+    const JDIMENSION height = im.height;
+    JSAMPARRAY const rows = picture.rows();
+    JpegCompressor jpeg(function);
+    jpeg.run([=](j_compress_ptr info) {
+        jpeg_create_compress(info);
+        jpeg_stdio_dest(info, file);
+        info->image_width = width;
+        info->image_height = height;
+        info->input_components = 3;
+        info->in_color_space = JCS_YCbCr;
+        jpeg_set_defaults(info);
+        jpeg_set_quality(info, 100, TRUE);
+        jpeg_start_compress(info, TRUE);
+        jpeg_write_scanlines(info, rows, height);
+        jpeg_finish_compress(info);
+    });
+}
+
+void readJpegImage(Image<unsigned char>& im, const std::string& name) {
+    constexpr const char* function = "readJpegImage";
+    const FilePtr owner = openFile(function, name, "rb");
+
+    std::FILE* const file = owner.get();
+    JpegScanLimit limit{};
+    jpeg_progress_mgr* const monitor = limit.install();
+    JpegDecompressor jpeg(function);
+    jpeg.run([=](j_decompress_ptr info) {
+        jpeg_create_decompress(info);
+        info->progress = monitor;
+        jpeg_stdio_src(info, file);
+        jpeg_read_header(info, TRUE);
+    });
+    requireFits(function, jpeg->image_width, jpeg->image_height, static_cast<std::uint32_t>(jpeg->num_components));
+
+    const J_COLOR_SPACE coding = jpeg->jpeg_color_space;
+    if (coding != JCS_GRAYSCALE && coding != JCS_RGB && coding != JCS_YCbCr)
+        throw std::runtime_error(errorText(function, "Unsupported color space."));
+    // libjpeg has no way from RGB to Y'CbCr: such a file ends in its error.
+    const J_COLOR_SPACE wanted = coding == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_YCbCr;
+    jpeg.run([=](j_decompress_ptr info) {
+        info->out_color_space = wanted;
+        jpeg_start_decompress(info);
+    });
+
+    Image<unsigned char> picture(wanted == JCS_GRAYSCALE ? PF_Y : PF_JFIF);
+    picture.size(jpeg->output_width, jpeg->output_height, true);
+    JSAMPARRAY const rows = picture.plane[0].view;
+    jpeg.run([=](j_decompress_ptr info) {
+        while (info->output_scanline < info->output_height)
+            jpeg_read_scanlines(info, rows + info->output_scanline, 1);
+        jpeg_finish_decompress(info);
+    });
+    deliver(im, std::move(picture));
+}
+
+} // namespace Ko

@@ -1,0 +1,69 @@
+#ifndef KOVANTA_SRC_IMAGEFILE_JPEGOBJECTS_H
+#define KOVANTA_SRC_IMAGEFILE_JPEGOBJECTS_H
+
+#include "imagefile/GuardedStep.h"
+#include "util/ErrorText.h"
+
+#include <cstdio>
+// jpeglib.h needs stdio.h before it.
+#include <jpeglib.h>
+
+#include <csetjmp>
+#include <stdexcept>
+
+namespace Ko {
+
+/// libjpeg's standard error manager, with a jump in place of the end of the process. Warnings print as ever.
+struct JpegErrors {
+    jpeg_error_mgr manager; // first, since libjpeg hands its address back
+    std::jmp_buf jump;
+    char message[JMSG_LENGTH_MAX];
+
+    /// Sets the manager up and returns it.
+    jpeg_error_mgr* install();
+};
+
+/// Stops a file whose many scans would each pass over a huge picture that it hardly pays for.
+struct JpegScanLimit {
+    jpeg_progress_mgr monitor; // first, as above
+    static constexpr int mostScans = 500;
+
+    jpeg_progress_mgr* install();
+};
+
+/// A libjpeg object, jpeg_compress_struct or jpeg_decompress_struct, destroyed with this.
+template <class Object, void (*destroy)(Object*)>
+class JpegObject {
+public:
+    /// @param function named in the exceptions of run()
+    explicit JpegObject(const char* function)
+        : name(function) {
+        object.err = errors.install();
+    }
+    ~JpegObject() { destroy(&object); }
+    JpegObject(const JpegObject&) = delete;
+    JpegObject& operator=(const JpegObject&) = delete;
+
+    Object* operator->() { return &object; }
+
+    /// Runs libjpeg calls (see guarded()) on the object.
+    /// @throws std::runtime_error "[function]: libjpeg failed. (REASON)"
+    template <class Step>
+    void run(Step step) {
+        Object* const target = &object;
+        if (!guarded(errors.jump, [target, step] { step(target); }))
+            throw std::runtime_error(errorText(name, "libjpeg failed.", errors.message));
+    }
+
+private:
+    const char* name;
+    Object object{};
+    JpegErrors errors{};
+};
+
+using JpegCompressor = JpegObject<jpeg_compress_struct, jpeg_destroy_compress>;
+using JpegDecompressor = JpegObject<jpeg_decompress_struct, jpeg_destroy_decompress>;
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,45 @@
+#include "imagefile/PngObjects.h"
+
+namespace Ko {
+
+namespace {
+
+png_structp createReader() {
+    return png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+}
+
+png_structp createWriter() {
+    return png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+}
+
+void destroyReader(png_structpp png, png_infopp info) {
+    png_destroy_read_struct(png, info, nullptr);
+}
+
+} // namespace
+
+const PngKind pngReading = {createReader, destroyReader, "[readPngImage]: Error creating PNG read structure.",
+                            "[readPngImage]: Error creating PNG info structure.", "[readPngImage]: png_error called."};
+
+// The last text has no brackets; programs know it so.
+const PngKind pngWriting = {createWriter, png_destroy_write_struct,
+                            "[writePngImage]: Error creating PNG write structure.",
+                            "[writePngImage]: Error creating PNG info structure.", "writePngImage: png_error called."};
+
+PngObject::PngObject(const PngKind& kind)
+    : ofKind(kind)
+    , png(kind.create()) {
+    if (!png)
+        throw std::runtime_error(kind.structureText);
+    info = png_create_info_struct(png);
+    if (!info) {
+        kind.destroy(&png, nullptr);
+        throw std::runtime_error(kind.infoText);
+    }
+}
+
+PngObject::~PngObject() {
+    ofKind.destroy(&png, &info);
+}
+
+} // namespace Ko

@@ -1,0 +1,190 @@
+#include "videoin/VideoFileDecoder.h"
+
+#include <algorithm>
+#include <new>
+#include <numeric>
+#include <stdexcept>
+
+extern "C" {
+#include <libavutil/avutil.h>
+#include <libavutil/error.h>
+#include <libavutil/mathematics.h>
+}
+
+namespace Ko {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& reason) {
+    throw std::runtime_error("[VideoInputVideoFile::VideoInputVideoFile]: " + reason + ".");
+}
+
+bool known(std::int64_t time) {
+    return time != AV_NOPTS_VALUE;
+}
+
+} // namespace
+
+void VideoFileDecoder::open(const std::string& filename, const AVInputFormat* forcedFormat) {
+    AVFormatContext* opened = nullptr;
+    if (avformat_open_input(&opened, filename.c_str(), forcedFormat, nullptr) != 0)
+        fail("Failed to open " + filename);
+    container.reset(opened);
+    if (avformat_find_stream_info(opened, nullptr) < 0)
+        fail("Failed to find stream information in " + filename);
+
+    // Spares the demuxer the work on packets that nobody wants.
+    for (unsigned int i = 0; i < opened->nb_streams; ++i) {
+        AVStream* candidate = opened->streams[i];
+        if (!stream && candidate->codecpar->codec_type == AVMEDIA_TYPE_VIDEO)
+            stream = candidate;
+        else
+            candidate->discard = AVDISCARD_ALL;
+    }
+    if (!stream)
+        fail("Failed to find video stream in " + filename);
+
+    openDecoder();
+
+    const AVRational guess = av_guess_frame_rate(opened, stream, nullptr);
+    if (guess.num > 0 && guess.den > 0) {
+        rate = guess;
+        period = std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), stream->time_base));
+    }
+    packet.reset(av_packet_alloc());
+    picture.reset(av_frame_alloc());
+    if (!packet || !picture)
+        throw std::bad_alloc();
+}
+
+void VideoFileDecoder::openDecoder() {
+    const AVCodec* decoder = avcodec_find_decoder(stream->codecpar->codec_id);
+    if (!decoder)
+        fail("avcodec_find_decoder failed");
+    codec.reset(avcodec_alloc_context3(decoder));
+    if (!codec)
+        throw std::bad_alloc();
+    if (avcodec_parameters_to_context(codec.get(), stream->codecpar) < 0)
+        fail("avcodec_open failed");
+    codec->pkt_timebase = stream->time_base;
+    codec->thread_count = 0; // as many as there are processors
+    if (avcodec_open2(codec.get(), decoder, nullptr) < 0)
+        fail("avcodec_open failed");
+}
+
+const AVFrame* VideoFileDecoder::next() {
+    for (;;) {
+        const int result = avcodec_receive_frame(codec.get(), picture.get());
+        if (result == 0) {
+            lastTimeStamp = stamp(*picture);
+            shownSinceFlush = true;
+            return picture.get();
+        }
+        if (result == AVERROR_EOF)
+            return nullptr;
+        // Anything but EAGAIN is the error of one packet; the stream goes on behind it. A draining decoder has no more
+        // packets to be fed with and comes to its end by being asked again.
+        if (!draining)
+            feed();
+    }
+}
+
+/// Gives the decoder one packet of the stream, or the news that there are no more.
+void VideoFileDecoder::feed() {
+    if (!resend)
+        for (;;) {
+            if (av_read_frame(container.get(), packet.get()) < 0) {
+                draining = true;
+                // After a seek into the last open group of pictures the H.264 decoder takes its last picture for one
+                // that lacks references and keeps it, good as those before it were.
+                if (keySinceFlush)
+                    codec->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
+                avcodec_send_packet(codec.get(), nullptr);
+                return;
+            }
+            // An empty packet (a frame that an AVI dropped) would be taken for the end of the stream.
+            if (packet->stream_index == stream->index && (packet->size > 0 || packet->side_data_elems > 0))
+                break;
+            av_packet_unref(packet.get());
+        }
+    // An edit list may cut off the file's last pictures; they are in the file and not lost on the way here.
+    if (known(stream->duration) && packet->pts >= stream->duration)
+        packet->flags &= ~AV_PKT_FLAG_DISCARD;
+    noteTimes(*packet);
+    const bool refused = avcodec_send_packet(codec.get(), packet.get()) == AVERROR(EAGAIN);
+    resend = refused && !resend;
+    if (!resend)
+        av_packet_unref(packet.get());
+}
+
+void VideoFileDecoder::noteTimes(const AVPacket& fed) {
+    if (!countsPictures)
+        countsPictures = !known(fed.pts) && known(fed.dts);
+    const bool key = (fed.flags & AV_PKT_FLAG_KEY) != 0;
+    if (!shownSinceFlush && !keySinceFlush && known(fed.dts) && (key || firstPacketDts == 0))
+        firstPacketDts = fed.dts;
+    keySinceFlush = keySinceFlush || key;
+}
+
+/// Containers that give even their first key frame no presentation time have none at all. What libav makes up there
+/// for some of the pictures is late by the reordering, so those pictures are counted.
+std::int64_t VideoFileDecoder::stamp(const AVFrame& shown) const {
+    const bool counted = countsPictures.value_or(false);
+    if (known(shown.pts) && !counted)
+        return shown.pts;
+    if (shownSinceFlush)
+        return lastTimeStamp > INT64_MAX - period ? lastTimeStamp : lastTimeStamp + period;
+    if (counted || !known(shown.pkt_dts))
+        return firstPacketDts;
+    return shown.pkt_dts;
+}
+
+bool VideoFileDecoder::seek(std::int64_t target) {
+    if (av_seek_frame(container.get(), stream->index, target, AVSEEK_FLAG_BACKWARD) < 0)
+        return false;
+    flush();
+    return true;
+}
+
+bool VideoFileDecoder::rewind() {
+    if (seek(0))
+        return true;
+    // A stream without a container has no time stamps to look for, but its beginning is known.
+    if (av_seek_frame(container.get(), stream->index, 0, AVSEEK_FLAG_BYTE) < 0)
+        return false;
+    flush();
+    return true;
+}
+
+/// Only ever right after the container has moved: a flush takes the decoder's reference pictures away.
+void VideoFileDecoder::flush() {
+    avcodec_flush_buffers(codec.get());
+    codec->flags &= ~AV_CODEC_FLAG_OUTPUT_CORRUPT;
+    av_packet_unref(packet.get());
+    resend = false;
+    draining = false;
+    shownSinceFlush = false;
+    keySinceFlush = false;
+    firstPacketDts = 0;
+}
+
+Frac<unsigned int> VideoFileDecoder::frameRate() const {
+    if (rate.num == 0)
+        return {1, 0};
+    const int divisor = std::gcd(rate.num, rate.den);
+    return {static_cast<unsigned int>(rate.num / divisor), static_cast<unsigned int>(rate.den / divisor)};
+}
+
+std::optional<std::int64_t> VideoFileDecoder::length() const {
+    if (known(stream->duration))
+        return stream->duration;
+    if (known(container->duration))
+        return av_rescale_q(container->duration, AVRational{1, AV_TIME_BASE}, stream->time_base);
+    return std::nullopt;
+}
+
+std::int64_t VideoFileDecoder::second() const {
+    return std::max<std::int64_t>(1, av_rescale_q(1, AVRational{1, 1}, stream->time_base));
+}
+
+} // namespace Ko

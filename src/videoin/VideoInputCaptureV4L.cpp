@@ -1,0 +1,356 @@
+#include "Kovanta/VideoInputCaptureV4L.h"
+
+#include "Kovanta/ConvertIm.h"
+#include "videoin/V4LBuffer.h"
+#include "videoin/V4LHandles.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+
+namespace Ko {
+
+namespace {
+
+constexpr std::uint32_t captureType = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+
+struct FormatPreference {
+    std::uint32_t fourcc;
+    PIXEL_FORMAT format;
+};
+
+constexpr FormatPreference fmtPrefs[] = {
+    {V4L2_PIX_FMT_YUV420, PF_YCC420P},
+    {V4L2_PIX_FMT_YUYV, PF_YUY2},
+    {0, PF_UNKNOWN},
+};
+
+/// Enumerations end with the driver's refusal; a driver that never refuses must not hang the caller.
+constexpr std::uint32_t enumerationLimit = 4096;
+
+/// Numbers that listDevs() probes.
+constexpr unsigned int deviceNumbers = 64;
+
+/// @param prefix the message up to the reason of the system
+[[noreturn]] void throwSystemError(const std::string& prefix) {
+    throw std::runtime_error(prefix + std::strerror(errno) + ".");
+}
+
+void request(const Descriptor& device, unsigned long code, void* record, const char* prefix) {
+    if (device.ioctl(code, record) == -1)
+        throwSystemError(prefix);
+}
+
+/// Texts of drivers need not be terminated.
+template <std::size_t N>
+std::string text(const __u8 (&field)[N]) {
+    const auto* const begin = reinterpret_cast<const char*>(field);
+    return {begin, ::strnlen(begin, N)};
+}
+
+std::string devicePath(unsigned int device) {
+    return "/dev/video" + std::to_string(device);
+}
+
+/// Calls visit(record) for index 0, 1, ... until the driver refuses or visit returns false.
+template <class Record, class Visitor>
+void enumerate(const Descriptor& device, unsigned long code, Record record, Visitor visit) {
+    for (std::uint32_t index = 0; index < enumerationLimit; ++index) {
+        record.index = index;
+        if (device.ioctl(code, &record) == -1 || !visit(static_cast<const Record&>(record)))
+            return;
+    }
+}
+
+v4l2_input cameraInput() {
+    v4l2_input record{};
+    record.type = V4L2_INPUT_TYPE_CAMERA;
+    return record;
+}
+
+v4l2_fmtdesc captureFormat() {
+    v4l2_fmtdesc record{};
+    record.type = captureType;
+    return record;
+}
+
+v4l2_buffer mappedBuffer(std::uint32_t index) {
+    v4l2_buffer record{};
+    record.index = index;
+    record.type = captureType;
+    record.memory = V4L2_MEMORY_MMAP;
+    return record;
+}
+
+/// Gives a dequeued buffer back to the driver, at the latest when the scope is left: without it the stream would
+/// starve.
+class Dequeued {
+public:
+    Dequeued(const Descriptor& d, const v4l2_buffer& r)
+        : device(d)
+        , record(r) {}
+    Dequeued(const Dequeued&) = delete;
+    Dequeued& operator=(const Dequeued&) = delete;
+    ~Dequeued() {
+        if (!queued)
+            queue();
+    }
+    int queue() {
+        queued = true;
+        return device.ioctl(VIDIOC_QBUF, &record);
+    }
+
+private:
+    const Descriptor& device;
+    v4l2_buffer record;
+    bool queued = false;
+};
+
+} // namespace
+
+struct VideoInputCaptureV4L::State {
+    Descriptor device;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    bool isInit = false;
+    std::uint64_t frameCount = 0;
+    v4l2_requestbuffers bufferRequest{};
+    std::uint32_t field = V4L2_FIELD_ANY;
+    std::vector<V4LBuffer> buffers;
+    PIXEL_FORMAT pixelFormat = PF_UNKNOWN;
+};
+
+VideoInputCaptureV4L::VideoInputCaptureV4L()
+    : state(std::make_unique<State>()) {
+    state->bufferRequest.count = 2;
+    state->bufferRequest.type = captureType;
+    state->bufferRequest.memory = V4L2_MEMORY_MMAP;
+}
+
+VideoInputCaptureV4L::~VideoInputCaptureV4L() {
+    try {
+        VideoInputCaptureV4L::close();
+    } catch (const std::exception& e) {
+        std::cerr << "[VideoInputCaptureV4L::~VideoInputCaptureV4L]: Exception caught: " << e.what() << std::endl;
+    }
+}
+
+void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigned int height, unsigned int) {
+    if (state->isInit)
+        VideoInputCaptureV4L::close();
+    state->frameCount = 0;
+
+    /// Until the stream runs, whatever was set up is released again.
+    struct Undo {
+        State* s;
+        ~Undo() {
+            if (s->isInit)
+                return;
+            s->buffers.clear();
+            s->device.close();
+        }
+    } const undo{state.get()};
+
+    openDevice(device);
+    v4l2_format format = getFormat();
+    format.fmt.pix.width = width;
+    format.fmt.pix.height = height;
+    format.fmt.pix.field = state->field;
+    setFormat(format);
+    format = getFormat();
+    int input = 0;
+    state->device.ioctl(VIDIOC_S_INPUT, &input);
+    mapBuffers(format.fmt.pix);
+    int type = captureType;
+    request(state->device, VIDIOC_STREAMON, &type, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_STREAMON failed: ");
+    state->width = format.fmt.pix.width;
+    state->height = format.fmt.pix.height;
+    state->bufferRequest.count = static_cast<std::uint32_t>(state->buffers.size());
+    state->isInit = true;
+}
+
+void VideoInputCaptureV4L::openDevice(unsigned int device) {
+    const std::string path = devicePath(device);
+    state->device = Descriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (!state->device.isOpen())
+        throwSystemError("[VideoInputCaptureV4L::init]: Cannot open " + path + ": ");
+
+    v4l2_capability capability{};
+    request(state->device, VIDIOC_QUERYCAP, &capability,
+            "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_QUERYCAP failed: ");
+    // The first field speaks for all nodes of the driver together, as far as the second one exists.
+    const std::uint32_t capabilities =
+        (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps : capability.capabilities;
+    constexpr std::uint32_t needed = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+    if ((capabilities & needed) != needed)
+        throw std::runtime_error("[VideoInputCaptureV4L::init]: Device does not support V4L2_CAP_VIDEO_CAPTURE and "
+                                 "V4L2_CAP_STREAMING.");
+}
+
+v4l2_format VideoInputCaptureV4L::getFormat() const {
+    v4l2_format format{};
+    format.type = captureType;
+    request(state->device, VIDIOC_G_FMT, &format, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_G_FMT failed: ");
+    return format;
+}
+
+void VideoInputCaptureV4L::setFormat(v4l2_format format) {
+    // Many drivers do not refuse a format that they lack but answer with one that they have.
+    const auto accepts = [&](const FormatPreference& preference) {
+        format.fmt.pix.pixelformat = preference.fourcc;
+        return state->device.ioctl(VIDIOC_TRY_FMT, &format) != -1 && format.fmt.pix.pixelformat == preference.fourcc;
+    };
+    const FormatPreference* preference = fmtPrefs;
+    while (preference->fourcc != 0 && !accepts(*preference))
+        ++preference;
+    if (preference->fourcc == 0)
+        throw std::runtime_error(
+            "[VideoInputCaptureV4L::setFormat]: Pixel format of camera is not supported. Uncle Brom "
+            "wants YOU to implement it.");
+    state->pixelFormat = preference->format;
+    request(state->device, VIDIOC_S_FMT, &format, "[VideoInputCaptureV4L::setFormat]: Ioctl VIDIOC_S_FMT failed: ");
+}
+
+void VideoInputCaptureV4L::mapBuffers(const v4l2_pix_format& format) {
+    v4l2_requestbuffers granted = state->bufferRequest;
+    request(state->device, VIDIOC_REQBUFS, &granted, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_REQBUFS failed: ");
+    for (std::uint32_t i = 0; i < granted.count; ++i) {
+        v4l2_buffer record = mappedBuffer(i);
+        request(state->device, VIDIOC_QUERYBUF, &record,
+                "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_QUERYBUF failed: ");
+        V4LBuffer& buffer = state->buffers.emplace_back(state->pixelFormat);
+        if (buffer.mapping.map(state->device, static_cast<off_t>(record.m.offset), record.length) == -1)
+            throwSystemError("[VideoInputCaptureV4L::init]: mmap failed: ");
+        if (!buffer.wrap(format))
+            throw std::runtime_error("[VideoInputCaptureV4L::init]: Driver's buffer is smaller than a frame.");
+        request(state->device, VIDIOC_QBUF, &record, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_QBUF failed: ");
+    }
+}
+
+bool VideoInputCaptureV4L::read(Image<unsigned char>& frame) {
+    frame.size(state->width, state->height, true);
+    v4l2_buffer record = mappedBuffer(0);
+    request(state->device, VIDIOC_DQBUF, &record, "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ");
+    if (record.index >= state->buffers.size())
+        throw std::runtime_error("[VideoInputCaptureV4L::read]: Driver returned an unknown buffer.");
+    Dequeued dequeued(state->device, record);
+    convertIm(frame, state->buffers[record.index].image);
+    if (dequeued.queue() == -1)
+        throwSystemError("[VideoInputCaptureV4L::read]: Ioctl VIDIOC_QBUF failed: ");
+    frame.sequenceNumber = state->frameCount++;
+    return true;
+}
+
+void VideoInputCaptureV4L::close() {
+    if (!state->isInit)
+        return;
+    // Closing the descriptor ends the stream. All is released and the object closed before the first failure is told.
+    state->isInit = false;
+    std::string failure;
+    const auto note = [&failure](int result, const char* call) {
+        if (result == -1 && failure.empty())
+            failure = std::string("[VideoInputCaptureV4L::close]: ") + call + " failed: " + std::strerror(errno) + ".";
+    };
+    for (V4LBuffer& buffer : state->buffers)
+        note(buffer.mapping.unmap(), "munmap");
+    state->buffers.clear();
+    note(state->device.close(), "close");
+    if (!failure.empty())
+        throw std::runtime_error(failure);
+}
+
+long VideoInputCaptureV4L::seek(long, VideoPosId) {
+    return tell();
+}
+
+long VideoInputCaptureV4L::tell() const {
+    return static_cast<long>(state->frameCount);
+}
+
+unsigned int VideoInputCaptureV4L::getWidth() const {
+    return state->width;
+}
+
+unsigned int VideoInputCaptureV4L::getHeight() const {
+    return state->height;
+}
+
+long VideoInputCaptureV4L::getLength() const {
+    return -1;
+}
+
+void VideoInputCaptureV4L::setBufferCount(unsigned int count) {
+    state->bufferRequest.count = count;
+}
+
+void VideoInputCaptureV4L::setFieldOrder(FIELD_ORDER order) {
+    switch (order) {
+    case FO_ANY:
+        state->field = V4L2_FIELD_ANY;
+        return;
+    case FO_TOP:
+        state->field = V4L2_FIELD_TOP;
+        return;
+    }
+    throw std::logic_error("[VideoInputCaptureV4L::setFieldOrder]: Unknown field order.");
+}
+
+std::vector<std::string> VideoInputCaptureV4L::listDevs() {
+    std::vector<std::string> entries;
+    std::size_t wanted = 0;
+    for (unsigned int number = 0; number < deviceNumbers; ++number) {
+        const Descriptor device(::open(devicePath(number).c_str(), O_RDONLY | O_CLOEXEC));
+        v4l2_capability capability{};
+        if (!device.isOpen()) {
+            entries.emplace_back("none");
+        } else if (device.ioctl(VIDIOC_QUERYCAP, &capability) != -1) {
+            entries.push_back(text(capability.card) + " " + text(capability.bus_info));
+            wanted = number + 1;
+        }
+    }
+    entries.resize(std::min(entries.size(), wanted));
+    return entries;
+}
+
+void VideoInputCaptureV4L::enumInputs() const {
+    enumerate(state->device, VIDIOC_ENUMINPUT, cameraInput(), [](const v4l2_input& input) {
+        std::cout << "VideoInputCaptureV4L::enumInputs: Input: " << input.index << ": " << text(input.name)
+                  << std::endl;
+        return true;
+    });
+}
+
+void VideoInputCaptureV4L::enumFmts() const {
+    enumerate(state->device, VIDIOC_ENUM_FMT, captureFormat(), [](const v4l2_fmtdesc& format) {
+        std::cout << "[VideoInputCaptureV4L::enumFmts]: " << text(format.description) << std::endl;
+        return true;
+    });
+}
+
+std::string VideoInputCaptureV4L::fmt2string(unsigned int fourcc) const {
+    std::string description = "unknown";
+    enumerate(state->device, VIDIOC_ENUM_FMT, captureFormat(), [&](const v4l2_fmtdesc& format) {
+        if (format.pixelformat != fourcc)
+            return true;
+        description = text(format.description);
+        return false;
+    });
+    return description;
+}
+
+std::string VideoInputCaptureV4L::std2string(unsigned long long standard) const {
+    std::string names;
+    enumerate(state->device, VIDIOC_ENUMSTD, v4l2_standard{}, [&](const v4l2_standard& candidate) {
+        if ((candidate.id & standard) != 0)
+            names += text(candidate.name) + " ";
+        return true;
+    });
+    return names;
+}
+
+} // namespace Ko

@@ -1,0 +1,57 @@
+#include "videoout/EncoderPictures.h"
+
+#include <cstring>
+#include <stdexcept>
+
+namespace Ko {
+
+namespace {
+
+libav::FrameHandle allocPicture(int width, int height) {
+    libav::FrameHandle frame(av_frame_alloc());
+    if (!frame)
+        throw std::runtime_error("[allocPicture]: avcodec_alloc_frame failed.");
+    frame->format = AV_PIX_FMT_YUV420P;
+    frame->width = width;
+    frame->height = height;
+    if (av_frame_get_buffer(frame.get(), 0) < 0)
+        throw std::runtime_error("[allocPicture]: av_malloc failed.");
+    // The encoder's planes round odd sizes up, ours down: the last column and row of chroma are never written.
+    for (const AVBufferRef* buffer : frame->buf)
+        if (buffer)
+            std::memset(buffer->data, 128, buffer->size);
+    return frame;
+}
+
+std::unique_ptr<EncoderPicture> makePicture(unsigned int width, unsigned int height) {
+    auto picture = std::make_unique<EncoderPicture>();
+    picture->frame = allocPicture(static_cast<int>(width), static_cast<int>(height));
+    picture->image.size(width, height, false);
+    for (int p = 0; p < 3; ++p) {
+        const Array2D<unsigned char>& plane = picture->image.plane[p];
+        if (!plane.rows)
+            continue;
+        unsigned char* row = picture->frame->data[p];
+        for (unsigned int y = 0; y < plane.height; ++y, row += picture->frame->linesize[p])
+            plane.rows[y] = row;
+    }
+    return picture;
+}
+
+} // namespace
+
+EncoderPictures::EncoderPictures(unsigned int w, unsigned int h)
+    : width(w)
+    , height(h) {
+    pictures.push_back(makePicture(width, height));
+}
+
+EncoderPicture& EncoderPictures::writable() {
+    for (const auto& picture : pictures)
+        if (av_frame_is_writable(picture->frame.get()) > 0)
+            return *picture;
+    pictures.push_back(makePicture(width, height));
+    return *pictures.back();
+}
+
+} // namespace Ko

@@ -1,0 +1,31 @@
+#ifndef KOVANTA_SRC_VIDEOOUT_SDLDRIVER_H
+#define KOVANTA_SRC_VIDEOOUT_SDLDRIVER_H
+
+#include <cstdlib>
+
+namespace Ko {
+
+/// Makes SDL use its X11 driver while it starts, unless the user has chosen one. Left alone, SDL goes on without an X
+/// server to drivers that draw with letters in the terminal, and one of them ends the process when there is none.
+class SdlDriver {
+public:
+    SdlDriver()
+        : chosen(std::getenv(variable) == nullptr) {
+        if (chosen)
+            setenv(variable, "x11", 0);
+    }
+    SdlDriver(const SdlDriver&) = delete;
+    SdlDriver& operator=(const SdlDriver&) = delete;
+    ~SdlDriver() {
+        if (chosen)
+            unsetenv(variable);
+    }
+
+private:
+    static constexpr char variable[] = "SDL_VIDEODRIVER";
+    bool chosen;
+};
+
+} // namespace Ko
+
+#endif

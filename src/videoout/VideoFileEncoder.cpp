@@ -1,0 +1,172 @@
+#include "videoout/VideoFileEncoder.h"
+
+#include "Kovanta/ConvertIm.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+#include <climits>
+#include <cstring>
+#include <new>
+#include <numeric>
+#include <stdexcept>
+
+namespace Ko {
+
+namespace {
+
+/// Frames per second in lowest terms; {0, 1}, which no encoder accepts, for what is no rate.
+AVRational reducedRate(Frac<unsigned int> rate) {
+    if (rate.num == 0 || rate.den == 0)
+        return {0, 1};
+    const unsigned int divisor = std::gcd(rate.num, rate.den);
+    const unsigned int num = rate.num / divisor;
+    const unsigned int den = rate.den / divisor;
+    if (num > INT_MAX || den > INT_MAX)
+        return {0, 1};
+    return {static_cast<int>(num), static_cast<int>(den)};
+}
+
+bool wantsGlobalHeader(const AVOutputFormat& container) {
+    for (const char* name : {"mp4", "mov", "3gp"})
+        if (std::strcmp(container.name, name) == 0)
+            return true;
+    return (container.flags & AVFMT_GLOBALHEADER) != 0;
+}
+
+/// Sizes beyond int become negative, which the encoder refuses as it does 0.
+int toInt(unsigned int size) {
+    return size > INT_MAX ? -1 : static_cast<int>(size);
+}
+
+/// A transport stream of less than eleven packets is taken for something else by libav's own readers; null packets,
+/// which every reader skips, make it long enough.
+void padTransportStream(AVIOContext* file) {
+    constexpr std::int64_t packetSize = 188;
+    constexpr std::int64_t recognised = 11 * packetSize;
+    unsigned char null[packetSize];
+    std::memset(null, 0xFF, sizeof null);
+    std::memcpy(null, "\x47\x1F\xFF\x10", 4);
+    for (std::int64_t size = avio_tell(file); size >= 0 && size < recognised; size += packetSize)
+        avio_write(file, null, packetSize);
+}
+
+} // namespace
+
+VideoFileEncoder::VideoFileEncoder()
+    : formatContext(avformat_alloc_context()) {
+    if (!formatContext)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: avformat_alloc_context failed.");
+}
+
+void VideoFileEncoder::open(const std::string& filename, const Settings& settings, const AVCodec*& codec) {
+    const AVOutputFormat* container = av_guess_format(nullptr, filename.c_str(), nullptr);
+    if (!container)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: guess_format failed.");
+    AVFormatContext* context = nullptr;
+    if (avformat_alloc_output_context2(&context, container, nullptr, filename.c_str()) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: avformat_alloc_context failed.");
+    formatContext.reset(context);
+
+    if (!codec)
+        codec = avcodec_find_encoder(container->video_codec);
+    if (!codec)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: avcodec_find_encoder failed.");
+    addVideoStream(settings, *codec);
+    openVideo(*codec);
+    if (avcodec_parameters_from_context(stream->codecpar, codecContext.get()) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: av_set_parameters failed.");
+
+    if (!(container->flags & AVFMT_NOFILE) && avio_open(&formatContext->pb, filename.c_str(), AVIO_FLAG_WRITE) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: url_fopen failed to open " + filename + ".");
+    // The muxers of this family would multiply a small time base up, and positions would no longer count frames. The
+    // others do not know the option.
+    if (container->priv_class)
+        av_opt_set_int(formatContext->priv_data, "video_track_timescale", codecContext->time_base.den, 0);
+    if (avformat_write_header(formatContext.get(), nullptr) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::open]: av_write_header failed.");
+}
+
+void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& codec) {
+    stream = avformat_new_stream(formatContext.get(), nullptr);
+    if (!stream)
+        throw std::runtime_error("[VideoOutputVideoFile::addVideoStream]: av_new_stream failed.");
+    stream->id = 0;
+    codecContext.reset(avcodec_alloc_context3(&codec));
+    packet.reset(av_packet_alloc());
+    if (!codecContext || !packet)
+        throw std::bad_alloc();
+
+    // An encoder's chatter on standard error is nobody's wish; its warnings and errors stay.
+    codecContext->log_level_offset = AV_LOG_VERBOSE - AV_LOG_INFO;
+    codecContext->flags |= settings.codecFlags;
+    if (wantsGlobalHeader(*formatContext->oformat))
+        codecContext->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    codecContext->codec_type = AVMEDIA_TYPE_VIDEO;
+    codecContext->framerate = reducedRate(settings.frameRate);
+    codecContext->time_base = av_inv_q(codecContext->framerate);
+    codecContext->bit_rate = settings.bitRate;
+    codecContext->width = toInt(settings.width);
+    codecContext->height = toInt(settings.height);
+    codecContext->pix_fmt = codec.pix_fmts ? codec.pix_fmts[0] : AV_PIX_FMT_YUV444P;
+    stream->time_base = codecContext->time_base;
+    stream->avg_frame_rate = codecContext->framerate;
+}
+
+void VideoFileEncoder::openVideo(const AVCodec& codec) {
+    if (codecContext->pix_fmt != AV_PIX_FMT_YUV420P)
+        throw std::logic_error("[VideoOutputVideoFile::openVideo]: Can only convert to 4:2:0 Planar YUV.");
+    if (avcodec_open2(codecContext.get(), &codec, nullptr) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::openVideo]: avcodec_open failed.");
+    pictures.emplace(static_cast<unsigned int>(codecContext->width), static_cast<unsigned int>(codecContext->height));
+}
+
+void VideoFileEncoder::frameWrite(const Image<unsigned char>& image) {
+    if (image.width != static_cast<unsigned int>(codecContext->width) ||
+        image.height != static_cast<unsigned int>(codecContext->height))
+        throw std::logic_error(
+            "[VideoOutputVideoFile::frameWrite]: Image size is not equal to the output file image size.");
+    EncoderPicture& picture = pictures->writable();
+    convertIm(picture.image, image);
+    picture.frame->pts = frameCount;
+    if (avcodec_send_frame(codecContext.get(), picture.frame.get()) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: avcodec_encode_video failed.");
+    writePackets();
+    ++frameCount;
+}
+
+void VideoFileEncoder::drain() {
+    if (avcodec_send_frame(codecContext.get(), nullptr) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: avcodec_encode_video failed.");
+    writePackets();
+}
+
+void VideoFileEncoder::writePackets() {
+    for (;;) {
+        const int result = avcodec_receive_packet(codecContext.get(), packet.get());
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
+            return;
+        if (result < 0)
+            throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: avcodec_encode_video failed.");
+        packet->stream_index = stream->index;
+        packet->duration = 1; // Without it the last frame of some containers is not shown.
+        av_packet_rescale_ts(packet.get(), codecContext->time_base, stream->time_base);
+        if (av_write_frame(formatContext.get(), packet.get()) < 0)
+            throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: av_write_frame failed.");
+    }
+}
+
+void VideoFileEncoder::writeTrailer() {
+    if (av_write_trailer(formatContext.get()) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::close]: av_write_trailer failed.");
+}
+
+void VideoFileEncoder::closeFile() {
+    if (formatContext->pb && std::strcmp(formatContext->oformat->name, "mpegts") == 0)
+        padTransportStream(formatContext->pb);
+    if (!(formatContext->oformat->flags & AVFMT_NOFILE) && avio_closep(&formatContext->pb) < 0)
+        throw std::runtime_error("[VideoOutputVideoFile::close]: url_fclose failed.");
+}
+
+} // namespace Ko

@@ -1,0 +1,59 @@
+#ifndef KOVANTA_SRC_VIDEOOUT_VIDEOFILEENCODER_H
+#define KOVANTA_SRC_VIDEOOUT_VIDEOFILEENCODER_H
+
+#include "Kovanta/Frac.h"
+#include "Kovanta/Image.h"
+#include "libav/Handles.h"
+#include "videoout/EncoderPictures.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace Ko {
+
+/// One video file being written: container, encoder and the pictures between them. The steps of VideoOutputVideoFile,
+/// which names them in its messages and sees to threads and locks: everything but frameWrite() runs under libAvMutex.
+///
+/// A failed open() leaves what it had made to the destructor.
+class VideoFileEncoder {
+public:
+    struct Settings {
+        unsigned int width;
+        unsigned int height;
+        Frac<unsigned int> frameRate;
+        unsigned int bitRate; ///< In bits per second.
+        int codecFlags;       ///< Added to the encoder's own.
+    };
+
+    /// @throws std::runtime_error when there is no memory for a container
+    VideoFileEncoder();
+
+    /// Creates the file and writes its header.
+    /// @param codec the encoder; null is replaced by the container's default one
+    void open(const std::string& filename, const Settings& settings, const AVCodec*& codec);
+
+    /// Encodes one frame and writes what the encoder gives for it.
+    void frameWrite(const Image<unsigned char>& image);
+
+    /// Writes what the encoder still holds.
+    void drain();
+    void writeTrailer();
+    void closeFile();
+
+private:
+    void addVideoStream(const Settings& settings, const AVCodec& codec);
+    void openVideo(const AVCodec& codec);
+    void writePackets();
+
+    libav::OutputContextHandle formatContext;
+    libav::CodecContextHandle codecContext;
+    libav::PacketHandle packet;
+    AVStream* stream = nullptr; ///< The one stream; belongs to the container.
+    std::optional<EncoderPictures> pictures;
+    std::uint32_t frameCount = 0;
+};
+
+} // namespace Ko
+
+#endif

@@ -1,0 +1,165 @@
+#include "Kovanta/VideoOutputVideoFile.h"
+
+#include "Kovanta/LibAvMutex.h"
+#include "Kovanta/ThreadedBuffer.h"
+#include "libav/Log.h"
+#include "videoout/FramePool.h"
+#include "videoout/VideoFileEncoder.h"
+
+#include <boost/thread/lock_guard.hpp>
+#include <boost/thread/thread.hpp>
+
+#include <exception>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace Ko {
+
+namespace {
+
+using Guard = boost::lock_guard<boost::mutex>;
+
+/// Composed first and handed over in one piece, so that the lines of two writers do not mix. Where even that fails,
+/// the writer ends without a line.
+void reportEnd(const char* how, const char* reason = "") noexcept {
+    try {
+        std::ostringstream line;
+        line << "Thread " << boost::this_thread::get_id() << ": " << how << reason << "\n";
+        std::cerr << line.str() << std::flush;
+    } catch (const std::exception&) {
+    }
+}
+
+} // namespace
+
+struct VideoOutputVideoFile::Output {
+    VideoFileEncoder encoder;
+    ThreadedBuffer<Image<unsigned char>> buffer;
+    FramePool pool;
+    boost::thread writer; ///< Not a thread while open() has not got that far.
+};
+
+VideoOutputVideoFile::VideoOutputVideoFile() {
+    libav::quietByDefault();
+}
+
+VideoOutputVideoFile::VideoOutputVideoFile(unsigned int width, unsigned int height, const std::string& filename,
+                                           Frac<unsigned int> frameRate, unsigned int bitRate)
+    : VideoOutputVideoFile() {
+    open(width, height, filename, frameRate, bitRate);
+}
+
+VideoOutputVideoFile::~VideoOutputVideoFile() {
+    try {
+        close();
+    } catch (const std::exception& e) {
+        std::cerr << "[VideoOutputVideoFile::~VideoOutputVideoFile]: " << e.what() << std::endl;
+    }
+}
+
+void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const std::string& filename,
+                                Frac<unsigned int> frameRate, unsigned int bitRate) {
+    const Guard lock(libAvMutex);
+    release();
+    {
+        const Guard errorLock(errorMutex);
+        error.clear();
+    }
+    output = std::make_unique<Output>();
+    output->encoder.open(filename, {width, height, frameRate, bitRate, codecFlags}, codec);
+    output->buffer.setCapacity(queueSize);
+    output->buffer.setDropOldest(false);
+    output->writer = boost::thread([this, &to = *output] { writerThread(to); });
+}
+
+bool VideoOutputVideoFile::write(const Image<unsigned char>& image) {
+    if (!output || !output->writer.joinable())
+        throw std::logic_error("[VideoOutputVideoFile::write]: Not opened.");
+    Image<unsigned char> copy = output->pool.take();
+    copy = image;
+    output->buffer.put(std::move(copy));
+    return true;
+}
+
+void VideoOutputVideoFile::close() {
+    const Guard lock(libAvMutex);
+    release();
+}
+
+/// What close() does once it holds libAvMutex.
+void VideoOutputVideoFile::release() {
+    if (!output)
+        return;
+    if (output->writer.joinable()) {
+        {
+            // Interrupted here, the join would leave a writer behind that works on released objects.
+            const boost::this_thread::disable_interruption uninterrupted;
+            output->writer.interrupt();
+            output->writer.join();
+        }
+        // Each step is tried, whatever became of the one before: the file shall hold all it can.
+        VideoFileEncoder& encoder = output->encoder;
+        for (const auto step :
+             {&VideoFileEncoder::drain, &VideoFileEncoder::writeTrailer, &VideoFileEncoder::closeFile})
+            try {
+                (encoder.*step)();
+            } catch (const std::exception& e) {
+                setError(e.what());
+            }
+    }
+    output.reset();
+}
+
+bool VideoOutputVideoFile::isOpened() const {
+    return output != nullptr;
+}
+
+void VideoOutputVideoFile::writerThread(Output& to) {
+    try {
+        for (;;) {
+            { const Guard gate(writerGate); }
+            Image<unsigned char> frame = to.buffer.get();
+            to.encoder.frameWrite(frame);
+            to.pool.give(std::move(frame));
+        }
+    } catch (const boost::thread_interrupted&) {
+        reportEnd("Interrupted.");
+    } catch (const std::exception& e) {
+        setError(e.what());
+        reportEnd("Error: ", e.what());
+    }
+}
+
+/// The first reason stays: what follows from it says less.
+void VideoOutputVideoFile::setError(const char* reason) {
+    const Guard lock(errorMutex);
+    if (error.empty())
+        error = reason;
+}
+
+std::string VideoOutputVideoFile::getError() const {
+    const Guard lock(errorMutex);
+    return error;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setEncoder(const std::string& name) {
+    codec = avcodec_find_encoder_by_name(name.c_str());
+    if (!codec)
+        throw std::logic_error("[VideoOutputVideoFile::setEncoder]: avcodec_find_encoder_by_name failed.");
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setInterlace(bool on) {
+    constexpr int interlaced = AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
+    codecFlags = on ? codecFlags | interlaced : codecFlags & ~interlaced;
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setQueueSize(unsigned int n) {
+    queueSize = n;
+    return *this;
+}
+
+} // namespace Ko

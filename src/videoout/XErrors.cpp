@@ -1,0 +1,74 @@
+#include "videoout/XErrors.h"
+
+#include <X11/Xlib.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace Ko {
+namespace XErrors {
+
+namespace {
+
+thread_local const char* operation = nullptr;
+thread_local char lastError[128] = ""; // the first since the last check
+
+bool installed = false;
+::XErrorHandler earlierHandler = nullptr;
+::XIOErrorHandler earlierIOHandler = nullptr;
+
+std::string message(const std::string& reason) {
+    return std::string("[VideoOutputDisplay::") + operation + "]: " + reason;
+}
+
+int onError(::Display* display, ::XErrorEvent* event) {
+    if (!operation)
+        return earlierHandler ? earlierHandler(display, event) : 0;
+    if (lastError[0] == '\0')
+        XGetErrorText(display, event->error_code, lastError, sizeof lastError);
+    return 0;
+}
+
+int onIOError(::Display* display) {
+    if (!operation)
+        return earlierIOHandler ? earlierIOHandler(display) : 0;
+    throw std::runtime_error(message("Lost the connection to the X server."));
+}
+
+} // namespace
+
+void install() {
+    if (installed)
+        return;
+    earlierHandler = XSetErrorHandler(onError);
+    earlierIOHandler = XSetIOErrorHandler(onIOError);
+    installed = true;
+}
+
+void remove() noexcept {
+    if (!installed)
+        return;
+    XSetErrorHandler(earlierHandler);
+    XSetIOErrorHandler(earlierIOHandler);
+    installed = false;
+}
+
+Operation::Operation(const char* name) noexcept
+    : outer(operation) {
+    operation = name;
+}
+
+Operation::~Operation() {
+    operation = outer;
+}
+
+void Operation::check() const {
+    if (lastError[0] == '\0')
+        return;
+    const std::string text = lastError;
+    lastError[0] = '\0';
+    throw std::runtime_error(message("X error: " + text + "."));
+}
+
+} // namespace XErrors
+} // namespace Ko

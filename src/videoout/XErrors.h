@@ -1,0 +1,34 @@
+#ifndef KOVANTA_SRC_VIDEOOUT_XERRORS_H
+#define KOVANTA_SRC_VIDEOOUT_XERRORS_H
+
+namespace Ko {
+
+/// Xlib ends the process at any error unless its handlers are replaced. SDL puts its own before them and passes on
+/// what it does not know, so ours must be there before SDL starts.
+namespace XErrors {
+
+void install();
+/// Puts the handlers back that install() found; after SDL has ended.
+void remove() noexcept;
+
+/// While one lives, X errors of this thread belong to the named operation; otherwise they go to the earlier handlers.
+/// A lost connection throws from inside Xlib, because Xlib cannot go on: "[VideoOutputDisplay::<name>]: Lost the
+/// connection to the X server.".
+class Operation {
+public:
+    explicit Operation(const char* name) noexcept;
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+    ~Operation();
+
+    /// @throws std::runtime_error "[VideoOutputDisplay::<name>]: X error: <text>." if one arrived
+    void check() const;
+
+private:
+    const char* outer;
+};
+
+} // namespace XErrors
+} // namespace Ko
+
+#endif

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# track: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
+# Ctrl-C.
+set -euo pipefail
+track=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+fail() { echo "FAILED: $*"; cat ./*.log; exit 1; }
+frames() { ffprobe -v error -select_streams v -count_frames -show_entries stream=nb_read_frames -of csv=p=0 "$1" | head -n 1; }
+
+ffmpeg -v error -f lavfi -i "color=gray:size=160x120:rate=25:duration=2[bg];color=white:size=24x24:rate=25[box];
+  [bg][box]overlay=x='20+50*t':y='30+20*t':shortest=1" -f lavfi -i "sine=duration=2" \
+  -c:v libx264 -bf 2 -g 20 -pix_fmt yuv420p in.mp4
+
+for output in out.mp4 out.avi out.mkv; do
+  "$track" in.mp4 $output >run.log 2>err.log || fail "$output"
+  grep -q '^50 frames in ' run.log || fail "$output: no totals"
+  [ "$(frames $output)" = 50 ] || fail "$output: $(frames $output) frames"
+  complaints=$(ffmpeg -v warning -i $output -f null - 2>&1)
+  [ -z "$complaints" ] || fail "$output: $complaints"
+done
+"$track" in.mp4 out.webm --encoder libvpx --bitrate 300000 >run.log 2>err.log || fail "--encoder"
+[ "$(frames out.webm)" = 50 ] || fail "webm: $(frames out.webm) frames"
+
+# The box is green: somewhere its chroma must be far from the grey and white of the scene.
+green=$(ffmpeg -v error -i out.mp4 -vf "select='eq(n,30)',extractplanes=v" -frames:v 1 -f rawvideo - | od -An -v -tu1 -w1 |
+  awk '$1 < 80 { n++ } END { print n + 0 }')
+[ "$green" -gt 40 ] || fail "no box was drawn ($green samples)"
+
+# expect_error TEXT ARGUMENTS...
+expect_error() {
+  local text=$1 code=0
+  shift
+  "$track" "$@" >run.log 2>err.log || code=$?
+  [ $code -eq 1 ] || fail "exit code $code for: $*"
+  [ "$(grep -vc '^Thread ' err.log)" -eq 1 ] || fail "not one line for: $*"
+  grep -qF -- "$text" err.log || fail "no '$text' for: $*"
+}
+expect_error "Failed to open missing.mp4." missing.mp4 out.mp4
+head -c 3000 /dev/urandom >garbage.mp4
+expect_error "track: [VideoInputVideoFile::VideoInputVideoFile]: " garbage.mp4 out.mp4
+expect_error "guess_format failed." in.mp4 out.nonsense
+expect_error "url_fopen failed to open no/such/place.mp4." in.mp4 no/such/place.mp4
+expect_error "avcodec_find_encoder_by_name failed." in.mp4 out.mp4 --encoder nonsense
+
+# Interrupted in the middle of a long file: what was written stays readable.
+ffmpeg -v error -f lavfi -i "testsrc2=size=640x480:rate=25:duration=80" -c:v mpeg4 -q:v 8 long.avi
+"$track" long.avi cut.mp4 >run.log 2>err.log &
+pid=$!
+sleep 1
+kill -INT $pid
+code=0
+wait $pid || code=$?
+[ $code -eq 130 ] || fail "exit code $code after an interrupt"
+written=$(sed -n 's/ frames in .*//p' run.log)
+[ "$written" -gt 0 ] && [ "$written" -lt 2000 ] || fail "interrupted after '$written' frames"
+[ "$(frames cut.mp4)" = "$written" ] || fail "$(frames cut.mp4) of $written frames kept"

@@ -1,0 +1,179 @@
+#include "support/TestImages.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+using Array = Ko::Array2D<unsigned char>;
+using testing_support::thrownText;
+
+constexpr const char* resizeText = "[Array2D<T>::resize]: Noalloc and trying to resize.";
+constexpr const char* assignText = "[Array2D<T>::operator=]: Noalloc and trying to resize.";
+
+/// A noalloc array over memory of its own, with the sample at (x, y) being 10 * y + x.
+struct Wrapped {
+    Wrapped(unsigned w, unsigned h)
+        : memory(std::size_t{w} * h) {
+        array.newData(w, h, false);
+        array.subarrays = {{w, h, 0, 0}};
+        array.view = array.rows;
+        for (unsigned y = 0; y < h; ++y)
+            array.rows[y] = memory.data() + y * w;
+        for (unsigned i = 0; i < w * h; ++i)
+            memory[i] = static_cast<unsigned char>(10 * (i / w) + i % w);
+    }
+    std::vector<unsigned char> memory;
+    Array array;
+};
+
+void expectDefault(const Array& a) {
+    EXPECT_EQ(a.width, 0u);
+    EXPECT_EQ(a.height, 0u);
+    EXPECT_EQ(a.rows, nullptr);
+    EXPECT_EQ(a.view, nullptr);
+    EXPECT_EQ(a.data, nullptr);
+    EXPECT_TRUE(a.alloc);
+    ASSERT_EQ(a.subarrays.size(), 1u);
+    EXPECT_EQ(a.subarrays[0].width + a.subarrays[0].height + a.subarrays[0].x0 + a.subarrays[0].y0, 0u);
+}
+
+TEST(Array2D, RowsAreDenseAndTheViewIsWhole) {
+    Array a;
+    expectDefault(a);
+    a.resize(5, 3);
+    ASSERT_NE(a.data, nullptr);
+    for (unsigned y = 0; y < 3; ++y)
+        EXPECT_EQ(a.view[y], a.data + y * 5);
+    EXPECT_EQ(a.view, a.rows);
+    ASSERT_EQ(a.subarrays.size(), 1u);
+    EXPECT_EQ(a.subarrays[0].width, 5u);
+    EXPECT_EQ(a.subarrays[0].height, 3u);
+}
+
+TEST(Array2D, ZeroDimensionReleasesAndKeepsTheRecordedSize) {
+    Array a;
+    a.resize(5, 3);
+    a.newData(0, 9, false);
+    EXPECT_EQ(a.rows, nullptr);
+    EXPECT_EQ(a.data, nullptr);
+    EXPECT_EQ(a.width, 5u);
+    EXPECT_EQ(a.height, 3u);
+    EXPECT_TRUE(a.alloc);
+    a.resize(7, 0);
+    EXPECT_EQ(a.view, nullptr);
+    EXPECT_EQ(a.subarrays[0].width, 5u);
+
+    const Array copy(a); // has a size but no rows to copy from
+    EXPECT_EQ(copy.width, 5u);
+    Array assigned;
+    assigned = a;
+    EXPECT_EQ(assigned.height, 3u);
+}
+
+TEST(Array2D, NoallocResizeRefusesOnlyWhenBothDimensionsDiffer) {
+    Wrapped w(8, 6);
+    unsigned char* const* rows = w.array.rows;
+    w.array.resize(8, 3);
+    w.array.resize(4, 6);
+    w.array.resize(8, 6);
+    EXPECT_EQ(w.array.rows, rows);
+    EXPECT_EQ(w.array.width, 8u);
+    EXPECT_EQ(thrownText<std::logic_error>([&] { w.array.resize(4, 3); }), resizeText);
+    EXPECT_EQ(thrownText<std::logic_error>([&] { w.array.resize(0xFFFFFFFF, 0xFFFFFFFF); }), resizeText);
+    EXPECT_EQ(w.array.view[2], w.memory.data() + 16);
+}
+
+TEST(Array2D, CopiesOwnTheirSamplesAndKeepTheView) {
+    Wrapped w(8, 6);
+    w.array.subarrays.push_back({4, 3, 2, 1});
+    for (unsigned y = 0; y < 6; ++y)
+        w.array.rows[y] += 2;
+    w.array.view = w.array.rows + 1;
+
+    const Array copy(w.array);
+    EXPECT_TRUE(copy.alloc);
+    ASSERT_EQ(copy.subarrays.size(), 2u);
+    EXPECT_EQ(copy.view[0][0], 12); // row 1, column 2
+    EXPECT_EQ(copy.view[2][5], 37);
+    EXPECT_EQ(copy.data[0], 0); // what lies left of the view is copied too
+    EXPECT_EQ(copy.rows[0], copy.data + 2);
+
+    Array assigned;
+    assigned.resize(100, 100);
+    assigned = w.array;
+    EXPECT_EQ(assigned.view[1][1], 23);
+    EXPECT_EQ(assigned.width, 8u);
+
+    // Into wrapped memory of the same size, again and again: the shift must not add up.
+    Wrapped target(8, 6);
+    std::fill(target.memory.begin(), target.memory.end(), static_cast<unsigned char>(0));
+    for (int i = 0; i < 3; ++i)
+        target.array = assigned;
+    EXPECT_FALSE(target.array.alloc);
+    EXPECT_EQ(target.memory, w.memory);
+    EXPECT_EQ(target.array.view[0][0], 12);
+    EXPECT_EQ(target.array.rows[0], target.memory.data() + 2);
+
+    Wrapped other(8, 5);
+    EXPECT_EQ(thrownText<std::logic_error>([&] { other.array = assigned; }), assignText);
+    EXPECT_EQ(other.array.subarrays.size(), 1u);
+    EXPECT_EQ(other.array.height, 5u);
+
+    auto& self = assigned;
+    assigned = self;
+    EXPECT_EQ(assigned.view[1][1], 23);
+}
+
+TEST(Array2D, MovesHandOverStorageOrWrapping) {
+    Wrapped w(8, 6);
+    Array owning(w.array);
+    const unsigned char* samples = owning.data;
+    Array taken(std::move(owning));
+    EXPECT_EQ(taken.data, samples);
+    expectDefault(owning); // NOLINT(bugprone-use-after-move)
+
+    Array wrapping(std::move(w.array));
+    EXPECT_FALSE(wrapping.alloc);
+    EXPECT_EQ(wrapping.rows[1], w.memory.data() + 8);
+
+    Array target;
+    target.resize(2, 2);
+    target = std::move(taken);
+    EXPECT_EQ(target.data, samples);
+    expectDefault(taken); // NOLINT(bugprone-use-after-move)
+
+    // A wrapping target keeps its memory and takes the samples.
+    Wrapped window(8, 6);
+    target.view[0][0] = 99;
+    window.array = std::move(target);
+    EXPECT_EQ(window.memory[0], 99);
+    EXPECT_FALSE(window.array.alloc);
+}
+
+TEST(Array2D, SameSizeKeepsTheBuffer) {
+    Array a;
+    a.resize(640, 480);
+    const unsigned char* before = a.data;
+    a.resize(640, 480);
+    EXPECT_EQ(a.data, before);
+    a.resize(480, 640);
+    EXPECT_EQ(a.rows[639], a.data + 639 * 480);
+}
+
+TEST(Array2D, WhatDoesNotFitIsRefusedUnchanged) {
+    Array a;
+    a.resize(3, 2);
+    const unsigned char* before = a.data;
+    EXPECT_EQ(thrownText<std::runtime_error>([&] { a.resize(65536, 65536); }),
+              "[Array2D<T>::resize]: Image too large.");
+    EXPECT_EQ(thrownText<std::runtime_error>([&] { a.newData(0xFFFFFFFF, 2, false); }),
+              "[Array2D<T>::newData]: Image too large.");
+    EXPECT_EQ(a.data, before);
+    EXPECT_EQ(a.width, 3u);
+}
+
+} // namespace

@@ -1,0 +1,128 @@
+// Reads PNG and JPEG files that others made, and compares every sample with what bare libpng and libjpeg deliver and
+// with the conversion's formulas. Usage: check_real_stills [--most FILES_OF_A_KIND] DIRECTORY...
+
+#include "Kovanta/ImageFile.h"
+
+#include "imagefile/StillOracle.h"
+#include "support/ConversionOracle.h"
+#include "support/TempDirectory.h"
+#include "support/TestImages.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing_support::Image;
+using testing_support::samples;
+
+constexpr int nothingToDo = 77;
+
+struct Counts {
+    int png = 0;
+    int jpeg = 0;
+    int refused = 0; // by the bare library and by us
+    int failures = 0;
+    unsigned long long pixels = 0;
+};
+
+std::string lowerExtension(const std::filesystem::path& path) {
+    std::string extension = path.extension().string();
+    for (char& c : extension)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return extension;
+}
+
+std::vector<std::string> findStills(const std::string& directory) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> found;
+    for (const auto& entry :
+         fs::recursive_directory_iterator(directory, fs::directory_options::skip_permission_denied)) {
+        const std::string extension = lowerExtension(entry.path());
+        if (entry.is_regular_file() && !entry.is_symlink() &&
+            (extension == ".png" || extension == ".jpg" || extension == ".jpeg"))
+            found.push_back(entry.path().string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+bool reads(Image& im, const std::string& path, std::string& reason) {
+    try {
+        Ko::readImage(im, path);
+        return true;
+    } catch (const std::exception& e) {
+        reason = e.what();
+        return false;
+    }
+}
+
+std::string compare(const std::string& path, Counts& counts) {
+    const std::string bytes = testing_support::fileBytes(path);
+    const bool png = lowerExtension(path) == ".png";
+    const auto decoded = png ? testing_support::decodePng(bytes) : testing_support::decodeJpeg(bytes);
+    std::string reason;
+    Image hub(Ko::PF_YCC444P);
+    const bool read = reads(hub, path, reason);
+    if (!decoded) {
+        ++counts.refused;
+        return read ? "read, although the bare library refuses it" : "";
+    }
+    if (!read)
+        return reason;
+    ++(png ? counts.png : counts.jpeg);
+    counts.pixels += static_cast<unsigned long long>(decoded->width) * decoded->height;
+
+    Image same(decoded->format);
+    if (!reads(same, path, reason))
+        return reason;
+    if (same.width != decoded->width || same.height != decoded->height || samples(same, 0) != samples(*decoded, 0))
+        return "samples differ from the library's";
+    Image expected(Ko::PF_YCC444P);
+    expected.size(decoded->width, decoded->height);
+    if (!testing_support::expectedConversion(expected, *decoded))
+        return "no such conversion";
+    for (int p = 0; p < 3; ++p)
+        if (samples(hub, p) != samples(expected, p))
+            return "converted samples differ from the formulas";
+    return "";
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::size_t most = static_cast<std::size_t>(-1);
+    std::vector<std::string> pngs;
+    std::vector<std::string> jpegs;
+    for (int i = 1; i < argc; ++i) {
+        if (std::string(argv[i]) == "--most" && i + 1 < argc) {
+            most = std::strtoul(argv[++i], nullptr, 10);
+            continue;
+        }
+        for (const std::string& path : findStills(argv[i]))
+            (lowerExtension(path) == ".png" ? pngs : jpegs).push_back(path);
+    }
+    if (pngs.empty() && jpegs.empty()) {
+        std::puts("No PNG or JPEG files here.");
+        return nothingToDo;
+    }
+    Counts counts;
+    for (const auto* files : {&pngs, &jpegs}) {
+        // Every so many, so that a few hundred stand for all places.
+        const std::size_t step = most == 0 || files->size() <= most ? 1 : (files->size() + most - 1) / most;
+        for (std::size_t i = 0; i < files->size(); i += step) {
+            const std::string failure = compare((*files)[i], counts);
+            if (!failure.empty()) {
+                std::printf("FAILED: %s: %s\n", (*files)[i].c_str(), failure.c_str());
+                ++counts.failures;
+            }
+        }
+    }
+    std::printf("%d PNG and %d JPEG files compared (%.1f million pixels), %d refused by both, %d failures\n",
+                counts.png, counts.jpeg, static_cast<double>(counts.pixels) / 1e6, counts.refused, counts.failures);
+    return counts.failures == 0 && counts.png + counts.jpeg > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}

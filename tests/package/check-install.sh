@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Installs the library into an empty prefix and builds and runs a small program against it: through find_package and
+# through pkg-config.
+set -euo pipefail
+source_dir=$1 build_dir=$2 compiler=$4
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# A fresh configuration, since the prefix is part of kovanta.pc; the objects come from this build.
+DESTDIR='' cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
+libdir=$(dirname "$(find "$work/prefix" -name libKovanta.so)")
+
+cmake -S "$here/consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_COMPILER="$compiler" \
+  -DCMAKE_BUILD_TYPE=Release >"$work/log" 2>&1 && cmake --build "$work/build" >>"$work/log" 2>&1 ||
+  { cat "$work/log"; echo "FAILED: find_package"; exit 1; }
+LD_LIBRARY_PATH=$libdir "$work/build/consumer"
+
+export PKG_CONFIG_PATH=$libdir/pkgconfig
+# shellcheck disable=SC2046
+"$compiler" -std=c++17 "$here/consumer/main.cpp" -o "$work/by-pkg-config" $(pkg-config --cflags --libs kovanta)
+LD_LIBRARY_PATH=$libdir "$work/by-pkg-config"

@@ -1,0 +1,24 @@
+#ifndef KOVANTA_TESTS_SUPPORT_CONVERSIONORACLE_H
+#define KOVANTA_TESTS_SUPPORT_CONVERSIONORACLE_H
+
+#include "support/TestImages.h"
+
+#include <array>
+
+namespace testing_support {
+
+using Triple = std::array<unsigned char, 3>;
+
+/// The conversions' arithmetic, pixel by pixel, in 64 bits with explicit floors, away from the library's kernels.
+Triple studioFromRgb(int r, int g, int b);
+Triple rgbFromStudio(int y, int cb, int cr);
+Triple studioFromFull(int y, int cb, int cr);
+Triple fullFromStudio(int y, int cb, int cr);
+
+/// What a pair's conversion has to give for an image of even size; the target must be sized.
+/// @return false when there is no conversion for the pair
+bool expectedConversion(Image& dst, const Image& src);
+
+} // namespace testing_support
+
+#endif

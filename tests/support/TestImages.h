@@ -1,0 +1,57 @@
+#ifndef KOVANTA_TESTS_SUPPORT_TESTIMAGES_H
+#define KOVANTA_TESTS_SUPPORT_TESTIMAGES_H
+
+#include "Kovanta/Image.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace testing_support {
+
+using Image = Ko::Image<unsigned char>;
+
+/// An image of random samples (the same for the same seed).
+Image randomImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, unsigned seed = 1);
+
+/// Fills every sample of every plane.
+void fill(Image& im, unsigned char value);
+
+/// The rows of a plane, copied.
+std::vector<std::vector<unsigned char>> samples(const Image& im, int plane);
+
+/// The text of the exception of the given type that the call throws; fails the test when it does not.
+template <class Exception, class Call>
+std::string thrownText(Call&& call) {
+    try {
+        call();
+    } catch (const Exception& e) {
+        return e.what();
+    } catch (const std::exception& e) {
+        return std::string("another exception: ") + e.what();
+    }
+    return "nothing thrown";
+}
+
+/// Memory laid out as one plane's rows with guard bytes around every row, for a noalloc image to point into.
+class GuardedRows {
+public:
+    GuardedRows(std::size_t width, std::size_t height, std::size_t offset = 0, unsigned char poison = 0xA5);
+
+    void pointRows(Ko::Array2D<unsigned char>& plane);
+    unsigned char* row(std::size_t y);
+    /// Whether a write went past either end of any row.
+    bool intact() const;
+
+private:
+    static constexpr std::size_t guard = 64;
+    std::size_t width;
+    std::size_t height;
+    std::size_t offset;
+    std::size_t pitch;
+    std::vector<unsigned char> memory;
+};
+
+} // namespace testing_support
+
+#endif

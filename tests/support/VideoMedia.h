@@ -1,0 +1,52 @@
+#ifndef KOVANTA_TESTS_SUPPORT_VIDEOMEDIA_H
+#define KOVANTA_TESTS_SUPPORT_VIDEOMEDIA_H
+
+#include "Kovanta/Image.h"
+
+#include <filesystem>
+#include <string>
+
+namespace test {
+
+/// A directory of its own that goes away with the object.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    ~TemporaryDirectory();
+    std::string operator/(const std::string& name) const { return (path / name).string(); }
+
+private:
+    std::filesystem::path path;
+};
+
+/// Frames that carry their index as eight dark or bright fields, 4 by 2, coarse enough for any codec, with a fine
+/// pattern on top; the chroma is about Cb 90, Cr 170 all over.
+struct NumberedFrames {
+    int width = 64;
+    int height = 48;
+    int count = 40; ///< at most 256
+    std::string rate = "25";
+    int firstIndex = 0;
+};
+
+/// The index that a frame carries, in planar 4:4:4, studio range; -1 when it carries none or its chroma is wrong.
+int frameIndex(const Ko::Image<unsigned char>& frame);
+
+/// The numbered frame as planar 4:2:0, exactly as it is encoded.
+Ko::Image<unsigned char> numberedFrame(int index, int width, int height);
+
+/// Encodes numbered frames with the ffmpeg program.
+/// @param options between the raw input and the file's name, such as "-c:v mpeg4 -bf 2"
+/// @param inputs placed before the raw input, such as a generator of sound
+/// @throws std::runtime_error when ffmpeg fails
+void encodeNumbered(const std::string& file, const NumberedFrames& frames, const std::string& options,
+                    const std::string& inputs = "");
+
+/// Runs the ffmpeg program, quietly. @throws std::runtime_error when it fails
+void runFfmpeg(const std::string& arguments);
+
+} // namespace test
+
+#endif

@@ -1,0 +1,54 @@
+#ifndef KOVANTA_TESTS_VIDEOIN_FAKECAMERA_H
+#define KOVANTA_TESTS_VIDEOIN_FAKECAMERA_H
+
+#include "videoin/CameraOracle.h"
+
+#include <linux/videodev2.h>
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+/// Cameras behind this program's own open, ioctl, mmap, munmap and close, which the library's calls reach too. A
+/// memory file stands behind each opened device, so that descriptors and mappings are real and can be counted.
+namespace fake {
+
+struct Camera {
+    std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+    std::uint32_t deviceCapabilities = 0;
+    std::string card = "Fake", bus = "platform:fake"; ///< 32 characters leave no room for the terminating zero.
+    std::vector<std::uint32_t> formats = {V4L2_PIX_FMT_YUYV, V4L2_PIX_FMT_YUV420};
+    bool substitutes = false; ///< A format that it lacks is answered with the first that it has.
+    std::uint32_t maxWidth = 4096, maxHeight = 4096;
+    std::uint32_t padding = 0;       ///< Bytes after each row.
+    bool tellsStride = true;         ///< bytesperline is not 0.
+    std::uint32_t missingBytes = 0;  ///< What the buffers are too short by.
+    std::uint32_t maxBuffers = 32;   ///< 0 grants none.
+    std::uint32_t reportedIndex = 0; ///< Added to the index of a dequeued buffer.
+    bool endless = false;            ///< Enumerations never end.
+};
+
+struct Fault {
+    const char* call; ///< "open", "QUERYCAP", ..., "mmap", "munmap", "close".
+    int nth;          ///< Which call of this name fails, from 1.
+    int error;        ///< munmap and close take effect all the same, as the system's do.
+};
+
+/// Everything, by device number; reset() between tests.
+extern std::map<unsigned int, Camera> cameras;
+extern std::vector<Fault> faults;
+extern std::vector<std::string> calls; ///< In order, since the last reset().
+extern v4l2_format lastFormat;         ///< As last given to S_FMT.
+
+void reset();
+/// The frame that the n-th DQBUF of a stream brings, n from 0.
+camera::Frame frameNumber(unsigned int n);
+/// Descriptors and mappings of this process that belong to cameras, as the system lists them.
+int openDescriptors();
+int liveMappings();
+
+} // namespace fake
+
+#endif

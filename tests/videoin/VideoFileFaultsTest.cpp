@@ -1,0 +1,198 @@
+#include "Kovanta/VideoInput.h"
+#include "support/VideoMedia.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+
+namespace {
+
+using Ko::Image;
+using Ko::VideoInputVideoFile;
+
+class VideoFileFaults : public testing::Test {
+protected:
+    test::TemporaryDirectory directory;
+    std::string good = directory / "good.avi";
+
+    void SetUp() override { test::encodeNumbered(good, {64, 48, 10}, "-c:v mpeg4"); }
+
+    std::string make(const std::string& name, const std::string& options, test::NumberedFrames frames = {64, 48, 10}) {
+        std::string file = directory / name;
+        test::encodeNumbered(file, frames, options);
+        return file;
+    }
+    static std::string contents(const std::string& file) {
+        std::ifstream in(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+    std::string save(const std::string& name, const std::string& bytes) {
+        std::ofstream(directory / name, std::ios::binary) << bytes;
+        return directory / name;
+    }
+};
+
+template <class Error>
+std::string messageOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Error& e) {
+        return e.what();
+    }
+    return "no such exception";
+}
+
+std::ptrdiff_t openFiles() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return std::distance(begin(descriptors), end(descriptors));
+}
+
+int countFrames(Ko::VideoInput& in) {
+    Image<unsigned char> frame(Ko::PF_YCC444P);
+    int count = 0;
+    while (in.read(frame))
+        EXPECT_EQ(test::frameIndex(frame), count++);
+    return count;
+}
+
+TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing) {
+    const std::string constructor = "[VideoInputVideoFile::VideoInputVideoFile]: ";
+    const std::string format = "[VideoInputVideoFile::open]: Input pixel format of stream is not supported.";
+    std::string noise(5000, '\0');
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<char>(i * i * 2654435761u >> 13);
+    std::string unknownCodec = contents(good);
+    for (std::size_t at = 0; (at = unknownCodec.find("FMP4", at)) != std::string::npos;)
+        unknownCodec.replace(at, 4, "ZQZQ");
+    const std::string soundOnly = directory / "sound.wav";
+    test::runFfmpeg("-f lavfi -i sine=d=0.2 '" + soundOnly + "'");
+    const std::string missing = directory / "missing.avi";
+    const std::string noiseFile = save("noise.avi", noise);
+    const struct {
+        std::string file;
+        std::string message;
+    } refusals[] = {
+        {missing, constructor + "Failed to open " + missing + "."},
+        {"", constructor + "Failed to open ."},
+        {directory / "", constructor + "Failed to open " + directory / "" + "."},
+        {noiseFile, constructor + "Failed to open " + noiseFile + "."},
+        {soundOnly, constructor + "Failed to find video stream in " + soundOnly + "."},
+        {save("unknown.avi", unknownCodec), constructor + "avcodec_find_decoder failed."},
+        {make("rgb.mkv", "-c:v ffv1 -pix_fmt bgr0"), format},
+        {make("444.mkv", "-c:v libx264 -pix_fmt yuv444p"), format},
+        {make("422.mkv", "-c:v ffv1 -pix_fmt yuv422p"), format},
+        {make("full.avi", "-c:v mjpeg -pix_fmt yuvj420p"), format},
+    };
+    const auto before = openFiles();
+    VideoInputVideoFile used;
+    for (const auto& refusal : refusals) {
+        EXPECT_EQ(messageOf<std::runtime_error>([&] { VideoInputVideoFile in(refusal.file); }), refusal.message);
+        EXPECT_EQ(openFiles(), before);
+        EXPECT_EQ(messageOf<std::runtime_error>([&] { used.open(refusal.file); }), refusal.message);
+        Image<unsigned char> frame(Ko::PF_YCC444P);
+        EXPECT_EQ(messageOf<std::logic_error>([&] { used.read(frame); }), "[VideoInputVideoFile::read]: Not opened.");
+        used.open(good);
+        EXPECT_EQ(countFrames(used), 10);
+        used.close();
+        EXPECT_EQ(openFiles(), before);
+    }
+}
+
+TEST_F(VideoFileFaults, OpensAndClosesRepeatedly) {
+    VideoInputVideoFile in;
+    in.close();
+    for (int round = 0; round < 3; ++round) {
+        in.open(good);
+        EXPECT_EQ(in.tell(), 0);
+        EXPECT_EQ(countFrames(in), 10);
+        if (round == 1)
+            continue; // the next open closes it
+        in.close();
+        in.close();
+        EXPECT_EQ(in.tell(), 0);
+        const std::function<void()> uses[] = {
+            [&] { in.seek(0, Ko::VP_BEGIN); }, [&] { in.getWidth(); },     [&] { in.getHeight(); },
+            [&] { in.getLength(); },           [&] { in.getFrameRate(); }, [&] { in.eof(); },
+        };
+        for (const auto& use : uses)
+            EXPECT_THROW(use(), std::logic_error);
+    }
+}
+
+TEST_F(VideoFileFaults, AForcedContainerHoldsUntilItIsLifted) {
+    VideoInputVideoFile in;
+    in.setFormat("matroska");
+    EXPECT_THROW(in.open(good), std::runtime_error);
+    in.setFormat("");
+    in.open(good);
+    in.setFormat("matroska");
+    EXPECT_EQ(messageOf<std::logic_error>([&] { in.setFormat("no such format"); }),
+              "[VideoInputVideoFile::setFormat]: av_find_input_format failed.");
+    in.open(good);
+    in.setFormat("avi");
+    in.open(good);
+    EXPECT_EQ(countFrames(in), 10);
+}
+
+TEST_F(VideoFileFaults, ATruncatedFileDeliversWhatIsThereAndEnds) {
+    for (const char* name : {"cut.avi", "cut.mkv", "cut.ts", "cut.ogv"}) {
+        SCOPED_TRACE(name);
+        const std::string codec = std::string(name) == "cut.ogv" ? "-c:v libtheora -q:v 10" : "-c:v mpeg4 -q:v 2";
+        const std::string bytes = contents(make("whole" + std::string(name).substr(3), codec, {128, 96, 60}));
+        VideoInputVideoFile in(save(name, bytes.substr(0, bytes.size() / 2)));
+        const int count = [&] {
+            Image<unsigned char> frame(Ko::PF_YCC444P);
+            int frames = 0;
+            for (; in.read(frame); ++frames) // the last one may be half a picture
+                EXPECT_TRUE(test::frameIndex(frame) == frames || frames > 10);
+            return frames;
+        }();
+        EXPECT_GT(count, 10);
+        EXPECT_LT(count, 59);
+        const long last = in.tell();
+        EXPECT_LE(in.seek(0, Ko::VP_END), last);
+        in.setLoop(true);
+        in.seek(0, Ko::VP_BEGIN);
+        Image<unsigned char> frame(Ko::PF_YCC444P);
+        for (int i = 0; i < count; ++i)
+            ASSERT_TRUE(in.read(frame));
+        ASSERT_TRUE(in.read(frame));
+        EXPECT_EQ(test::frameIndex(frame), 0);
+    }
+}
+
+TEST_F(VideoFileFaults, DamagedPacketsAreSkipped) {
+    std::string bytes = contents(make("vp8.avi", "-c:v libvpx -g 1", {64, 48, 20}));
+    int packets = 0;
+    auto spoil = [&](bool all) {
+        packets = 0;
+        for (std::size_t at = bytes.find("movi"); (at = bytes.find("00dc", at)) < bytes.find("idx1"); at += 16)
+            if (all || packets++ % 4 == 1)
+                bytes.replace(at + 8, 8, 8, '\0');
+    };
+    spoil(false);
+    VideoInputVideoFile in(save("spoilt.avi", bytes));
+    Image<unsigned char> frame(Ko::PF_YCC444P);
+    for (int i = 0; i < packets; ++i)
+        if (i % 4 != 1) {
+            ASSERT_TRUE(in.read(frame));
+            EXPECT_EQ(test::frameIndex(frame), i);
+            EXPECT_EQ(in.tell(), i + 1);
+        }
+    EXPECT_FALSE(in.read(frame));
+    EXPECT_EQ(packets, 20);
+
+    // Nothing at all to show: neither a loop nor a seek may search for ever.
+    spoil(true);
+    in.open(save("spoilt.avi", bytes));
+    in.setLoop(true);
+    EXPECT_FALSE(in.read(frame));
+    EXPECT_EQ(in.seek(7, Ko::VP_BEGIN), 0);
+    EXPECT_FALSE(in.read(frame));
+    EXPECT_TRUE(in.eof());
+}
+
+} // namespace

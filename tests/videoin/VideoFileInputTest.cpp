@@ -1,0 +1,263 @@
+#include "Kovanta/VideoInput.h"
+#include "support/VideoMedia.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Ko::Image;
+using Ko::VideoInputVideoFile;
+
+/// What one file is made of, and what it must look like when it is read.
+struct Case {
+    const char* name;
+    const char* options;
+    bool ticksAreFrames = false;
+    const char* rate = "25";
+    int width = 64;
+    int height = 48;
+    const char* inputs = "";
+};
+
+constexpr const char* sound = "-f lavfi -i sine=d=1 ";
+
+const Case cases[] = {
+    {"mpeg4.avi", "-c:v mpeg4 -g 8", true, "24"},
+    {"mpeg4-b.avi", "-c:v mpeg4 -g 8 -bf 2 -flags +cgop -sc_threshold 1000000000", true},
+    {"h264-b.avi", "-c:v libx264 -g 9 -bf 3", true, "30000/1001"},
+    {"h264-b.mp4", "-c:v libx264 -g 9 -bf 3", false, "30000/1001"},
+    {"h264-b-frames.mp4", "-c:v libx264 -g 9 -bf 3 -video_track_timescale 25", true},
+    {"h264-fragments.mp4", "-c:v libx264 -g 9 -bf 3 -movflags frag_keyframe+empty_moov"},
+    {"h264-b.mkv", "-c:v libx264 -g 9 -bf 3", false, "24"},
+    {"h264-b-one-key.mkv", "-c:v libx264 -g 999 -keyint_min 999 -sc_threshold 0 -bf 3", false, "30000/1001"},
+    {"h264-open-gop.mkv", "-c:v libx264 -g 9 -bf 3 -x264-params open-gop=1"},
+    {"h264-b.ts", "-c:v libx264 -g 9 -bf 3"},
+    {"mpeg2-b.mpg", "-c:v mpeg2video -bf 2"},
+    {"mpeg2-b.ts", "-c:v mpeg2video -bf 2 -g 9", false, "30000/1001"},
+    {"mjpeg422.avi", "-c:v mjpeg -pix_fmt yuvj422p -q:v 2", true},
+    {"vp8.webm", "-c:v libvpx -g 9"},
+    {"vp9.webm", "-c:v libvpx-vp9 -g 9 -speed 8", false, "30000/1001"},
+    {"theora.ogv", "-c:v libtheora -g 9 -q:v 9", true},
+    {"ffv1.mkv", "-c:v ffv1", false, "15/2"},
+    {"ffv1-odd.avi", "-c:v ffv1", true, "25", 67, 49},
+    {"flv1.flv", "-c:v flv -g 9"},
+    {"h264-b.flv", "-c:v libx264 -g 9 -bf 3"},
+    {"sound-first.mkv", "-map 0:a -map 1:v -c:a mp2 -c:v libx264 -g 9 -bf 3", false, "25", 64, 48, sound},
+    {"sound-first.avi", "-map 0:a -map 1:v -c:a mp2 -c:v mpeg4 -g 8", true, "25", 64, 48, sound},
+};
+constexpr int frameCount = 33;
+
+class VideoFile : public testing::TestWithParam<Case> {
+protected:
+    static void SetUpTestSuite() { directory = new test::TemporaryDirectory; }
+    static void TearDownTestSuite() {
+        delete directory;
+        directory = nullptr;
+    }
+    /// The file, made when it is first asked for.
+    static std::string media(const Case& c) {
+        std::string file = *directory / c.name;
+        if (!std::filesystem::exists(file))
+            test::encodeNumbered(file, {c.width, c.height, frameCount, c.rate}, c.options, c.inputs);
+        return file;
+    }
+    static test::TemporaryDirectory* directory;
+};
+test::TemporaryDirectory* VideoFile::directory = nullptr;
+
+/// The index of the next frame, or -2 at the end.
+int nextIndex(Ko::VideoInput& in) {
+    Image<unsigned char> frame(Ko::PF_YCC444P);
+    return in.read(frame) ? test::frameIndex(frame) : -2;
+}
+
+/// The position after each frame, which must all come, in order.
+std::vector<long> positions(Ko::VideoInput& in) {
+    std::vector<long> after;
+    for (int i = 0; i < frameCount; ++i) {
+        EXPECT_EQ(nextIndex(in), i);
+        EXPECT_GT(in.tell(), after.empty() ? 0 : after.back());
+        after.push_back(in.tell());
+    }
+    return after;
+}
+
+TEST_P(VideoFile, DeliversEveryFrameOnceInOrderAndThenEnds) {
+    const Case& c = GetParam();
+    VideoInputVideoFile in(media(c));
+    EXPECT_EQ(in.getWidth(), static_cast<unsigned int>(c.width));
+    EXPECT_EQ(in.getHeight(), static_cast<unsigned int>(c.height));
+    EXPECT_EQ(in.tell(), 0);
+    EXPECT_FALSE(in.eof());
+    const Ko::Frac<unsigned int> rate = in.getFrameRate();
+    EXPECT_EQ(std::to_string(rate.num) + (rate.den == 1 ? "" : "/" + std::to_string(rate.den)), c.rate);
+    const std::vector<long> after = positions(in);
+    if (c.ticksAreFrames) {
+        EXPECT_EQ(in.getLength(), frameCount);
+        for (int i = 0; i < frameCount; ++i)
+            EXPECT_EQ(after[static_cast<std::size_t>(i)], i + 1);
+        EXPECT_TRUE(in.eof());
+    }
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_EQ(nextIndex(in), -2);
+        EXPECT_TRUE(in.eof());
+        EXPECT_EQ(in.tell(), after.back());
+    }
+}
+
+TEST_P(VideoFile, AfterASeekTheNextFrameIsTheOneThatTellNames) {
+    const Case& c = GetParam();
+    VideoInputVideoFile in(media(c));
+    const std::vector<long> after = positions(in);
+    const long length = in.getLength();
+    auto check = [&](long target, long offset, Ko::VideoPosId origin) {
+        SCOPED_TRACE(testing::Message() << "to " << target << " of " << length << " by origin " << origin);
+        const auto reached = std::lower_bound(after.begin(), after.end(), std::min(target, length));
+        const long named = target <= 0 ? 0 : reached == after.end() ? after.back() : *reached;
+        EXPECT_EQ(in.seek(offset, origin), named);
+        EXPECT_EQ(in.tell(), named);
+        const int next = static_cast<int>(std::upper_bound(after.begin(), after.end(), named) - after.begin());
+        EXPECT_EQ(nextIndex(in), next < frameCount ? next : -2);
+    };
+    // Forward and backward, at, before and behind every position.
+    for (int i = -1; i < 2 * frameCount; ++i) {
+        const long at = i < 0 ? 0 : after[static_cast<std::size_t>(i < frameCount ? i : 2 * frameCount - 1 - i)];
+        check(at, at, Ko::VP_BEGIN);
+        check(at + 1, at + 1 - in.tell(), Ko::VP_CURRENT);
+        check(at - 1, length - at + 1, Ko::VP_END);
+    }
+    EXPECT_LE(in.seek(length + 1, Ko::VP_BEGIN), after.back());
+    for (const Ko::VideoPosId origin : {Ko::VP_BEGIN, Ko::VP_CURRENT}) {
+        check(LONG_MAX, LONG_MAX, origin);
+        check(LONG_MIN, LONG_MIN, origin);
+    }
+    check(LONG_MAX, LONG_MIN, Ko::VP_END);
+    check(-1, length + 1, Ko::VP_END);
+    const long before = in.tell();
+    try {
+        in.seek(1, static_cast<Ko::VideoPosId>(3));
+        ADD_FAILURE();
+    } catch (const std::logic_error& e) {
+        EXPECT_STREQ(e.what(), "[VideoInputVideoFile::seek]: Erroneous position indicator given!");
+    }
+    EXPECT_EQ(in.tell(), before);
+}
+
+TEST_P(VideoFile, LoopsOverEveryFrameAndEndsWhenLoopingIsOff) {
+    VideoInputVideoFile in(media(GetParam()));
+    in.setLoop(true);
+    for (int i = 0; i < 3 * frameCount; ++i) {
+        ASSERT_EQ(nextIndex(in), i % frameCount);
+        EXPECT_FALSE(GetParam().ticksAreFrames && in.tell() != (i + 1) % frameCount);
+    }
+    in.setLoop(false);
+    if (!GetParam().ticksAreFrames) // these find out about the end only by reading on
+        EXPECT_EQ(nextIndex(in), -2);
+    else
+        EXPECT_EQ(nextIndex(in), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Containers, VideoFile, testing::ValuesIn(cases), [](const auto& each) {
+    std::string name = each.param.name;
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c == '-' || c == '.'; }, '_');
+    return name;
+});
+
+TEST_F(VideoFile, PixelsArriveExactlyInTheCallersOwnMemory) {
+    for (const Case& c : {cases[16], cases[17]}) { // the lossless ones, of even and of odd size
+        VideoInputVideoFile in(media(c));
+        // Planes that wrap foreign memory stay there.
+        const test::NumberedFrames size{c.width, c.height};
+        Image<unsigned char> memory = test::numberedFrame(0, size.width, size.height);
+        Image<unsigned char> wrapping(Ko::PF_YCC420P);
+        wrapping.size(memory.width, memory.height, false);
+        for (int p = 0; p < 3; ++p)
+            std::copy(memory.plane[p].rows, memory.plane[p].rows + memory.plane[p].height, wrapping.plane[p].rows);
+        Image<unsigned char> owning(Ko::PF_YCC420P);
+        const unsigned char* data = nullptr;
+        for (int i = 0; i < 6; i += 2) {
+            ASSERT_TRUE(in.read(owning));
+            ASSERT_TRUE(in.read(wrapping));
+            const Image<unsigned char> wanted[] = {test::numberedFrame(i, c.width, c.height),
+                                                   test::numberedFrame(i + 1, c.width, c.height)};
+            for (int p = 0; p < 3; ++p)
+                for (std::size_t y = 0; y < wanted[0].plane[p].height; ++y) {
+                    const std::size_t n = wanted[0].plane[p].width;
+                    ASSERT_TRUE(
+                        std::equal(owning.plane[p].view[y], owning.plane[p].view[y] + n, wanted[0].plane[p].view[y]));
+                    ASSERT_TRUE(
+                        std::equal(memory.plane[p].view[y], memory.plane[p].view[y] + n, wanted[1].plane[p].view[y]));
+                }
+            EXPECT_TRUE(!data || data == owning.plane[0].data) << "a frame costs no new memory";
+            data = owning.plane[0].data;
+        }
+    }
+}
+
+TEST_F(VideoFile, AStreamWithoutTimeStampsIsOnlyRewound) {
+    const std::string file = media({"raw.h264", "-c:v libx264 -g 9"});
+    VideoInputVideoFile in(file);
+    positions(in);
+    EXPECT_LT(in.getLength(), 0);
+    EXPECT_EQ(in.seek(5, Ko::VP_END), 0);
+    EXPECT_FALSE(in.eof());
+    in.setLoop(true);
+    for (int i = 0; i <= frameCount; ++i)
+        EXPECT_EQ(nextIndex(in), i % frameCount);
+    try {
+        in.seek(1, Ko::VP_BEGIN);
+        ADD_FAILURE();
+    } catch (const std::runtime_error& e) {
+        EXPECT_EQ(e.what(), "[VideoInputVideoFile::seek]: " + file + ": error while seeking.");
+    }
+    EXPECT_EQ(nextIndex(in), 1);
+}
+
+TEST_F(VideoFile, AFormatThatCannotBeConvertedIntoCostsThePicture) {
+    VideoInputVideoFile in(media(cases[0]));
+    Image<unsigned char> rgb(Ko::PF_RGB);
+    EXPECT_THROW(in.read(rgb), std::logic_error);
+    EXPECT_EQ(rgb.width, 64u);
+    EXPECT_EQ(in.tell(), 1);
+    EXPECT_EQ(nextIndex(in), 1);
+}
+
+TEST_F(VideoFile, PicturesOfAnotherSizeOrFormatMidway) {
+    const std::string small = *directory / "small.ts";
+    const std::string big = *directory / "big.ts";
+    const std::string other = *directory / "other.ts";
+    // The decoder drops what it holds back when the size changes; here it holds back nothing.
+    const std::string options = "-c:v mpeg2video -q:v 2 -flags +low_delay";
+    test::encodeNumbered(small, {64, 48, 12}, options);
+    test::encodeNumbered(big, {96, 80, 12, "25", 12}, options);
+    test::encodeNumbered(other, {128, 96, 12}, options + " -pix_fmt yuv422p");
+    const std::string joined = *directory / "joined.ts";
+    ASSERT_EQ(std::system(("cat '" + small + "' '" + big + "' '" + other + "' > '" + joined + "'").c_str()), 0);
+    VideoInputVideoFile in(joined);
+    Image<unsigned char> frame(Ko::PF_YCC444P);
+    for (int i = 0; i < 24; ++i) {
+        EXPECT_EQ(in.getWidth(), i <= 12 ? 64u : 96u);
+        ASSERT_TRUE(in.read(frame));
+        EXPECT_EQ(test::frameIndex(frame), i);
+        EXPECT_EQ(frame.height, i < 12 ? 48u : 80u);
+    }
+    int refused = 0;
+    for (bool more = true; more;)
+        try {
+            more = in.read(frame);
+            EXPECT_FALSE(more);
+        } catch (const std::runtime_error& e) {
+            EXPECT_STREQ(e.what(), "[VideoInputVideoFile::open]: Input pixel format of stream is not supported.");
+            ASSERT_LE(++refused, 12);
+        }
+    EXPECT_EQ(refused, 12);
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+#include "videoin/VirtualCamera.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <system_error>
+
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (request == VIDIOC_TRY_FMT && camera::hidePlanar) {
+        auto& format = static_cast<v4l2_format*>(argument)->fmt.pix;
+        if (format.pixelformat == V4L2_PIX_FMT_YUV420)
+            format.pixelformat = V4L2_PIX_FMT_MJPEG;
+    }
+    return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
+}
+
+namespace camera {
+
+bool hidePlanar = false;
+
+namespace {
+
+void check(long result, const std::string& what) {
+    if (result == -1)
+        throw std::system_error(errno, std::generic_category(), what);
+}
+
+std::string path(unsigned int device) {
+    return "/dev/video" + std::to_string(device);
+}
+
+} // namespace
+
+Driver::Driver(const std::string& moduleName, const std::string& parameters)
+    : name(moduleName) {
+    const char* folder = std::getenv("KOVANTA_VM_MODULES");
+    if (!folder)
+        throw std::runtime_error("KOVANTA_VM_MODULES is not set: run this program through scripts/camera-vm.sh");
+    const std::string file = std::string(folder) + "/" + name + ".ko";
+    const int fd = ::open(file.c_str(), O_RDONLY);
+    check(fd, file);
+    const long result = ::syscall(SYS_finit_module, fd, parameters.c_str(), 0);
+    const int error = errno;
+    ::close(fd);
+    errno = error;
+    check(result, "loading " + name);
+}
+
+Driver::~Driver() {
+    if (::syscall(SYS_delete_module, name.c_str(), O_NONBLOCK) == -1) {
+        std::cerr << "Cannot unload " << name << ": something still has it open\n";
+        std::abort();
+    }
+}
+
+Node::Node(unsigned int device)
+    : fd(::open(path(device).c_str(), O_RDWR)) {
+    check(fd, path(device));
+}
+
+Node::~Node() {
+    ::close(fd);
+}
+
+void Node::request(unsigned long code, void* record, const char* what) {
+    check(::ioctl(fd, code, record), what);
+}
+
+void Node::set(Control control, int value) {
+    v4l2_control record{control, value};
+    request(VIDIOC_S_CTRL, &record, "S_CTRL");
+}
+
+void Node::setPattern(const std::string& menuName) {
+    set(textMode, 2);
+    v4l2_querymenu item{};
+    item.id = testPattern;
+    for (item.index = 0;; ++item.index) {
+        request(VIDIOC_QUERYMENU, &item, menuName.c_str());
+        if (menuName == reinterpret_cast<const char*>(item.name))
+            return set(testPattern, static_cast<int>(item.index));
+    }
+}
+
+void Node::setRate(unsigned int framesPerSecond) {
+    v4l2_streamparm record{};
+    record.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    record.parm.capture.timeperframe = {1, framesPerSecond};
+    request(VIDIOC_S_PARM, &record, "S_PARM");
+}
+
+v4l2_pix_format Node::format() {
+    v4l2_format record{};
+    record.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    request(VIDIOC_G_FMT, &record, "G_FMT");
+    return record.fmt.pix;
+}
+
+v4l2_pix_format Node::setFormat(unsigned int fourcc, unsigned int width, unsigned int height, v4l2_buf_type type) {
+    v4l2_format record{};
+    record.type = type;
+    record.fmt.pix.pixelformat = fourcc;
+    record.fmt.pix.width = width;
+    record.fmt.pix.height = height;
+    request(VIDIOC_S_FMT, &record, "S_FMT");
+    return record.fmt.pix;
+}
+
+Frame Node::readFrame() {
+    const v4l2_pix_format pix = format();
+    Frame frame(pix.pixelformat, pix.width, pix.height, pix.bytesperline);
+    check(::read(fd, frame.bytes.data(), frame.bytes.size()), "read");
+    return frame;
+}
+
+void Node::writeFrame(const Frame& frame) {
+    check(::write(fd, frame.bytes.data(), frame.bytes.size()), "write");
+}
+
+int openDescriptors() {
+    int count = 0;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        count += std::filesystem::read_symlink(entry, ignored).string().rfind("/dev/video", 0) == 0;
+    return count;
+}
+
+int liveMappings() {
+    int count = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        count += line.find("/dev/video") != std::string::npos;
+    return count;
+}
+
+} // namespace camera

@@ -1,0 +1,75 @@
+#ifndef KOVANTA_TESTS_VIDEOIN_VIRTUALCAMERA_H
+#define KOVANTA_TESTS_VIDEOIN_VIRTUALCAMERA_H
+
+#include "videoin/CameraOracle.h"
+
+#include <linux/videodev2.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// The kernel's virtual camera drivers, for tests that run as root in a machine that has them.
+namespace camera {
+
+/// A loaded driver (vivid, v4l2loopback), unloaded at the end. Loading and unloading that fail throw.
+class Driver {
+public:
+    Driver(const std::string& moduleName, const std::string& parameters);
+    Driver(const Driver&) = delete;
+    Driver& operator=(const Driver&) = delete;
+    ~Driver();
+
+private:
+    std::string name;
+};
+
+/// Controls of vivid.
+enum Control : unsigned int {
+    testPattern = 0x00f0f000,
+    textMode = 0x00f0f001, ///< 2: no text in the picture.
+    dropPercentage = 0x00f0f040,
+    disconnect = 0x00f0f041, ///< Until all that have the device open have closed it.
+    errorInBuffer = 0x00f0f042,
+    errorInReqbufs = 0x00f0f043,
+    errorInQbuf = 0x00f0f044,
+    errorInStreamon = 0x00f0f045,
+    errorInDqbuf = 0x00f0f046
+};
+
+/// A handle of the test's own on a device node, beside the library's. Calls that fail throw.
+class Node {
+public:
+    explicit Node(unsigned int device);
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+    ~Node();
+
+    void set(Control control, int value);
+    /// A solid colour or another pattern of vivid, by its name in the menu; switches the text off.
+    void setPattern(const std::string& menuName);
+    void setRate(unsigned int framesPerSecond);
+    v4l2_pix_format format();
+    v4l2_pix_format setFormat(unsigned int fourcc, unsigned int width, unsigned int height,
+                              v4l2_buf_type type = V4L2_BUF_TYPE_VIDEO_CAPTURE);
+    /// One frame as the driver gives it to read(), not mapped.
+    Frame readFrame();
+    /// Feeds a frame to a loopback device.
+    void writeFrame(const Frame& frame);
+
+private:
+    void request(unsigned long code, void* record, const char* what);
+    int fd;
+};
+
+/// Descriptors and mappings of this process that belong to video devices.
+int openDescriptors();
+int liveMappings();
+
+/// While true, TRY_FMT with planar 4:2:0 reaches the driver as a format that it does not have, so that the driver does
+/// with it what drivers do with formats that they lack.
+extern bool hidePlanar;
+
+} // namespace camera
+
+#endif
