@@ -7,7 +7,7 @@ namespace bench {
 
 namespace {
 
-cv::Mat mat(const Frames& f, const std::vector<Byte>& bytes, int type) {
+cv::Mat mat(const Frames& f, const Bytes& bytes, int type) {
     return {static_cast<int>(f.h), static_cast<int>(f.w), type, const_cast<Byte*>(bytes.data())};
 }
 
