@@ -110,8 +110,12 @@ void Array2D<T>::adopt(Storage&& storage, unsigned int w, unsigned int h, bool o
     }
     if (w == 0 || h == 0)
         return;
+    // Through locals: a row pointer could alias the members, and every conversion comes by here.
+    T* const first = owning ? data : nullptr;
+    const std::size_t step = owning ? w : 0;
+    T** const table = rows;
     for (std::size_t y = 0; y < h; ++y)
-        rows[y] = owning ? data + y * w : nullptr;
+        table[y] = first + y * step;
     width = w;
     height = h;
     alloc = owning;

@@ -10,7 +10,9 @@ namespace {
 /// block overlaps its neighbour if need be, which does no harm: it computes the same again.
 inline std::size_t nextBlock(std::size_t i, std::size_t n, std::size_t block = vectorBytes) {
     const std::size_t next = i + block;
-    return next == n || next + block <= n ? next : n - block;
+    if (__builtin_expect(next + block > n && next != n, 0)) // a jump: a selection would be in every block's way
+        return n - block;
+    return next;
 }
 
 } // namespace
