@@ -16,8 +16,8 @@ using Byte = unsigned char;
 template <class T>
 struct LineAllocator {
     using value_type = T;
-    T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), std::align_val_t{64})); }
-    void deallocate(T* memory, std::size_t) { ::operator delete(memory, std::align_val_t{64}); }
+    T* allocate(std::size_t n) { return static_cast<T*>(::operator new (n * sizeof(T), std::align_val_t{64})); }
+    void deallocate(T* memory, std::size_t) { ::operator delete (memory, std::align_val_t{64}); }
     bool operator==(const LineAllocator&) const { return true; }
     bool operator!=(const LineAllocator&) const { return false; }
 };
