@@ -44,7 +44,10 @@ template <int step, int r, int b>
 
     const Vec pixels = loadPixels<step>(src, quarter);
     const Vec green = pick(pixels, pixelIndex<step, 1, -1, 1, -1>());
-    const Vec pq = subtractWords(pick(pixels, pixelIndex<step, r, -1, b, -1>()), green);
+    constexpr bool inPlace = step == 4 && r == 0 && b == 2;
+    const Vec redBlue =
+        inPlace ? commonBits(pixels, allDwords(0x00FF00FF)) : pick(pixels, pixelIndex<step, r, -1, b, -1>());
+    const Vec pq = subtractWords(redBlue, green);
     const Vec pq128 = shiftWordsUp<7>(pq);
     // (G, (G - 128) * 256): the difference is the flipped sign.
     const Vec greenPair = flipBits(pick(pixels, pixelIndex<step, 1, -1, -1, 1>()), allDwords(INT32_MIN));

@@ -34,6 +34,9 @@ inline Vec allBytes(int v) {
 inline Vec zero() {
     return _mm256_setzero_si256();
 }
+inline Vec commonBits(Vec a, Vec b) {
+    return _mm256_and_si256(a, b);
+}
 inline Vec flipBits(Vec a, Vec b) {
     return _mm256_xor_si256(a, b);
 }

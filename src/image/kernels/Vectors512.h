@@ -34,6 +34,9 @@ inline Vec allBytes(int v) {
 inline Vec zero() {
     return _mm512_setzero_si512();
 }
+inline Vec commonBits(Vec a, Vec b) {
+    return _mm512_and_si512(a, b);
+}
 inline Vec flipBits(Vec a, Vec b) {
     return _mm512_xor_si512(a, b);
 }
