@@ -14,7 +14,7 @@ namespace {
 /// The bytes of a (0..63) and b (64..127) that index(i) names.
 template <std::size_t (*index)(std::size_t)>
 inline Vec choose(Vec a, Vec b) {
-    constexpr auto indices = table(index);
+    static constexpr auto indices = table(index);
     return _mm512_permutex2var_epi8(a, loadVector(indices.data()), b);
 }
 

@@ -113,7 +113,7 @@ constexpr std::array<unsigned char, vectorBytes> table(Function f) {
 
 template <int step, int b0, int b1, int b2, int b3>
 inline Vec pixelIndex() {
-    constexpr auto index = table([](std::size_t i) {
+    static constexpr auto index = table([](std::size_t i) {
         constexpr int offsets[4] = {b0, b1, b2, b3};
         return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4 % 4) + offsets[i % 4];
     });
@@ -154,7 +154,7 @@ constexpr std::size_t inOrder(std::size_t i) {
 
 template <std::size_t remainder>
 inline Vec everyThird() {
-    constexpr auto mask = table([](std::size_t i) { return i % 16 % 3 == remainder ? 0xFF : 0; });
+    static constexpr auto mask = table([](std::size_t i) { return i % 16 % 3 == remainder ? 0xFF : 0; });
     return loadVector(mask.data());
 }
 /// Byte j from the one of three vectors with number (shift - j) mod 3.
@@ -167,7 +167,7 @@ inline Vec chooseInTurn(Vec v0, Vec v1, Vec v2) {
 /// The samples of a component, pixel i of a run at place(i), where the parts of the triples have them.
 template <std::size_t component, std::size_t (*place)(std::size_t)>
 inline Vec spread(Vec v) {
-    constexpr auto index = table([](std::size_t i) {
+    static constexpr auto index = table([](std::size_t i) {
         const std::size_t j = i % 16;
         const std::size_t part = (component + 15 - j) % 3;
         return place((16 * part + j) / 3);
@@ -195,7 +195,7 @@ inline Vec loadComponent(const unsigned char* src) {
     const Vec v0 = loadVector(src);
     const Vec v1 = loadVector(src + 32);
     const Vec v2 = loadVector(src + 64);
-    constexpr auto index = table([](std::size_t i) { return (i % 16 * 3 + component) % 16; });
+    static constexpr auto index = table([](std::size_t i) { return (i % 16 * 3 + component) % 16; });
     const Vec together = chooseInTurn<component>(
         _mm256_blend_epi32(v0, v1, 0xF0), _mm256_permute2x128_si256(v0, v2, 0x21), _mm256_blend_epi32(v1, v2, 0xF0));
     return pick(together, loadVector(index.data()));

@@ -118,7 +118,7 @@ constexpr std::array<unsigned char, vectorBytes> table(Function f) {
 /// Bytes b0..b3 of each pixel, as indices for pick(loadPixels()); zero for a negative one.
 template <int step, int b0, int b1, int b2, int b3>
 inline Vec pixelIndex() {
-    constexpr auto index = table([](std::size_t i) {
+    static constexpr auto index = table([](std::size_t i) {
         constexpr int offsets[4] = {b0, b1, b2, b3};
         return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4) + offsets[i % 4];
     });
@@ -136,7 +136,7 @@ inline Vec loadPixels(const unsigned char* src, int q) {
 
 /// The upper halves of the 32-bit lanes of two vectors, in turn.
 inline Vec upperWords(Vec a, Vec b) {
-    constexpr auto up = table([](std::size_t i) { return i % 16 + 2; });
+    static constexpr auto up = table([](std::size_t i) { return i % 16 + 2; });
     return _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, loadVector(up.data()));
 }
 
@@ -145,7 +145,7 @@ inline Vec resultsOf(Vec first, Vec second) {
     return shiftWordsDown<7>(upperWords(first, second));
 }
 inline Vec packResults(Vec first, Vec second) {
-    constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
+    static constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
     return _mm512_permutex2var_epi8(first, loadVector(order.data()), second);
 }
 
@@ -163,8 +163,8 @@ constexpr std::size_t inOrder(std::size_t i) {
 /// One of the three vectors of 64 interleaved triples, starting at byte `first`; pixel i lies at place(i).
 template <std::size_t first, std::size_t (*place)(std::size_t)>
 inline Vec triples(Vec a, Vec b, Vec c) {
-    constexpr auto fromAB = table([](std::size_t i) { return place((first + i) / 3) + (first + i) % 3 * 64; });
-    constexpr auto fromC = table([](std::size_t i) { return place((first + i) / 3); });
+    static constexpr auto fromAB = table([](std::size_t i) { return place((first + i) / 3) + (first + i) % 3 * 64; });
+    static constexpr auto fromC = table([](std::size_t i) { return place((first + i) / 3); });
     constexpr std::uint64_t everyThird = 0x9249249249249249;
     constexpr std::uint64_t isC = everyThird << (2 - first % 3); // 64 % 3 == 1
     const Vec ab = _mm512_permutex2var_epi8(a, loadVector(fromAB.data()), b);
@@ -181,7 +181,7 @@ inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
 /// One component of a block of triples.
 template <std::size_t component>
 inline Vec loadComponent(const unsigned char* src) {
-    constexpr auto index = table([](std::size_t i) { return (3 * i + component) % 128; });
+    static constexpr auto index = table([](std::size_t i) { return (3 * i + component) % 128; });
     constexpr std::size_t inTwo = (128 - component + 2) / 3; // so many lie in the first two vectors
     const Vec most = _mm512_permutex2var_epi8(loadVector(src), loadVector(index.data()), loadVector(src + 64));
     return _mm512_mask_permutexvar_epi8(most, ~std::uint64_t{0} << inTwo, loadVector(index.data()),
@@ -191,7 +191,7 @@ inline Vec loadComponent(const unsigned char* src) {
 /// Triples in reverse; one byte after them is read, and one after the target overwritten.
 constexpr std::size_t mirroredAtOnce = 21;
 inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
-    constexpr auto order = table([](std::size_t i) { return i == 63 ? 63 : 60 - i / 3 * 3 + i % 3; });
+    static constexpr auto order = table([](std::size_t i) { return i == 63 ? 63 : 60 - i / 3 * 3 + i % 3; });
     storeVector(dst, _mm512_permutexvar_epi8(loadVector(order.data()), loadVector(src)));
 }
 
