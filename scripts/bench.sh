@@ -23,7 +23,7 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOVANTA_BUILD_BENCH
   -DKOVANTA_BUILD_EXAMPLES=OFF >/dev/null
 cmake --build "$build" >/dev/null
 
-for program in conversions stills text road; do
+for program in conversions stills text videoread road; do
   [ -x "$build/bench/bench_$program" ] || continue
   printf '\n== %s\n' "$program"
   # Whatever a peer or a writer has to say stays out of the tables.

@@ -60,19 +60,24 @@ dependency() { # PACKAGE PATTERN: the first dependency whose name matches
     apt-cache depends "$1" 2>/dev/null | sed -n 's/^ *Depends: *//p' | grep -m1 -E "$2"
 }
 
-fetchPackages() { # FOLDER: unpacks everything below it
-    command -v apt-get >/dev/null || unavailable "packages come from apt-get, which is not here"
-    dependency linux-image-amd64 '^linux-image-' >/dev/null || apt-get update -qq >/dev/null 2>&1 || true
+downloadPackages() { # FOLDER: on failure says why in the variable reason
     local image headers common kbuild
-    image=$(dependency linux-image-amd64 '^linux-image-') || unavailable "apt-get knows no package linux-image-amd64"
+    image=$(dependency linux-image-amd64 '^linux-image-') ||
+        { reason="apt-get knows no package linux-image-amd64"; return 1; }
     release=${image#linux-image-}
     headers=linux-headers-$release
-    common=$(dependency "$headers" '^linux-headers-.*-common$') || unavailable "apt-get knows no package $headers"
-    kbuild=$(dependency "$headers" '^linux-kbuild-') || unavailable "apt-get knows no build tools for $headers"
+    common=$(dependency "$headers" '^linux-headers-.*-common$') && kbuild=$(dependency "$headers" '^linux-kbuild-') ||
+        { reason="apt-get knows no package $headers"; return 1; }
+    (cd "$1" && apt-get download -q "$image" "$headers" "$common" "$kbuild" busybox-static v4l2loopback-dkms) \
+        >"$1/log" 2>&1 || { reason="apt-get download failed: $(tail -n1 "$1/log")"; return 1; }
+}
+
+fetchPackages() { # FOLDER: unpacks everything below it
+    command -v apt-get >/dev/null || unavailable "packages come from apt-get, which is not here"
     mkdir -p "$1/packages"
-    (cd "$1/packages" &&
-        apt-get download -q "$image" "$headers" "$common" "$kbuild" busybox-static v4l2loopback-dkms >log 2>&1) ||
-        unavailable "apt-get download failed: $(tail -n1 "$1/packages/log")"
+    # What apt-get knows may be nothing, or out of date.
+    downloadPackages "$1/packages" || { apt-get update -qq >/dev/null 2>&1 && downloadPackages "$1/packages"; } ||
+        unavailable "$reason"
     local package
     for package in "$1"/packages/*.deb; do
         dpkg -x "$package" "$1/tree" || unavailable "cannot unpack $package"
@@ -86,12 +91,12 @@ buildLoopback() { # FOLDER
     cp -r "$1"/tree/usr/src/v4l2loopback-* "$1/v4l2loopback"
     make -s -C "$kernelHeaders" M="$1/v4l2loopback" modules >"$1/make.log" 2>&1 || {
         cat "$1/make.log" >&2
-        unavailable "v4l2loopback does not build here (packages gcc-12, make and libelf1)"
+        unavailable "v4l2loopback does not build here (it takes make, libelf1 and the compiler of the kernel)"
     }
 }
 
 moduleFile() { # NAME
-    find "$work/tree/lib/modules/$release" -name "${1//[-_]/[-_]}.ko" | grep -m1 .
+    find "$work/tree/lib/modules/$release" -name "${1//[-_]/[-_]}.ko*" | grep -m1 .
 }
 
 inOrder=""
@@ -99,11 +104,15 @@ addModule() { # NAME: appends it after all that it depends on
     case " $inOrder " in *" $1 "*) return ;; esac
     local file wanted
     file=$(moduleFile "$1") || return 0 # built into the kernel
-    for wanted in $(grep -a -z -m1 '^depends=' "$file" | tr -d '\0' | cut -d= -f2 | tr ',' ' '); do
+    case $file in
+        *.xz) xz -dc "$file" ;;
+        *.zst) zstd -dcq "$file" ;;
+        *) cat "$file" ;;
+    esac >"$work/root/modules/$1.ko"
+    for wanted in $(grep -a -z -m1 '^depends=' "$work/root/modules/$1.ko" | tr -d '\0' | cut -d= -f2 | tr ',' ' '); do
         addModule "$wanted"
     done
     inOrder="$inOrder $1"
-    cp "$file" "$work/root/modules/$1.ko"
 }
 
 writeInit() {
@@ -167,10 +176,7 @@ finish $?
 INIT
 }
 
-prepare() {
-    exec 9>"$cache/lock"
-    flock 9 # another run may be at it
-    [ -e "$guest/ready" ] && return
+buildGuest() {
     work=$(mktemp -d "$cache/work.XXXXXX")
     trap 'rm -rf "$work"' EXIT
     fetchPackages "$work"
@@ -193,6 +199,13 @@ prepare() {
     mv "$work/guest" "$guest"
     rm -rf "$work"
     trap - EXIT
+}
+
+prepare() {
+    exec 9>"$cache/lock"
+    flock 9 # another run may be at it
+    [ -e "$guest/ready" ] || buildGuest
+    exec 9>&-
 }
 
 [ -e "$guest/ready" ] || prepare
@@ -230,15 +243,19 @@ if [ -n "$writable" ]; then
     share=(-fsdev "local,id=writable,path=$writable,security_model=none,multidevs=remap"
            -device virtio-9p-pci,fsdev=writable,mount_tag=writable)
 fi
-# Always plain emulation: a /dev/kvm that opens does not mean that it works.
+# Always plain emulation: a /dev/kvm that opens does not mean that it works. The kernel's guards against faults of real
+# processors, and page tables of five levels, make an emulated one several times slower.
 status=0
-timeout --foreground "$limit" qemu-system-x86_64 \
+timeout "$limit" qemu-system-x86_64 \
     -accel tcg -machine pc -cpu max -smp 2 -m 768 -nodefaults -no-user-config -display none -no-reboot -monitor none \
     -serial "file:$run/console" -serial stdio -device isa-debug-exit,iobase=0xf4,iosize=0x04 \
-    -kernel "$guest/vmlinuz" -initrd "$run/initramfs" -append "console=ttyS0 quiet panic=-1" \
+    -kernel "$guest/vmlinuz" -initrd "$run/initramfs" -append "console=ttyS0 quiet panic=-1 mitigations=off no5lvl" \
     -fsdev local,id=host,path=/,security_model=none,readonly=on,multidevs=remap \
     -device virtio-9p-pci,fsdev=host,mount_tag=host \
-    "${share[@]}" </dev/null || status=$?
+    "${share[@]}" </dev/null &
+machine=$!
+trap 'kill "$machine"; exit 143' INT TERM
+wait "$machine" || status=$?
 
 if [ "$status" -eq 124 ]; then
     tr -d '\r' <"$run/console" >&2

@@ -7,11 +7,11 @@ packages=(
   ca-certificates cmake g++ ninja-build pkg-config
   # what the library is built on
   libavcodec-dev libavformat-dev libavutil-dev libboost-date-time-dev libboost-filesystem-dev libboost-system-dev
-  libboost-thread-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libsdl1.2-dev
+  libboost-thread-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libsdl1.2-dev libx11-dev
   # examples and tests
-  ffmpeg imagemagick libcli11-dev libgmock-dev libgtest-dev xauth xdotool xvfb
-  # the virtual machine that the camera is tested in
-  qemu-system-x86
+  ffmpeg imagemagick libcli11-dev libgmock-dev libgtest-dev libxtst-dev xauth xdotool xvfb
+  # the virtual machine that the camera is tested in, and what its modules are built with
+  libelf1 make qemu-system-x86 xz-utils
 )
 
 missing=()

@@ -38,7 +38,8 @@ public:
     /// @throws std::logic_error as fmt()
     Image(PIXEL_FORMAT f); // NOLINT(google-explicit-constructor)
     Image(const Image& src) = default;
-    Image(Image&& src) = default; // NOLINT(performance-noexcept-move-constructor)
+    /// Takes the source's planes. @throws std::bad_alloc; the source is then as it was
+    Image(Image&& src); // NOLINT(performance-noexcept-move-constructor)
     Image& operator=(const Image& src) = default;
     Image& operator=(Image&& src) = default; // NOLINT(performance-noexcept-move-constructor)
     ~Image() = default;

@@ -58,7 +58,8 @@ KOVANTA_API void writePgmImage(const std::string& name, const Image<unsigned cha
 /// Reads a JPEG file, colour as full-range Y'CbCr. What libjpeg can repair (a file that ends early, say) is a picture,
 /// with libjpeg's warning on standard error. The image owns its pixels afterwards.
 /// @throws std::runtime_error "[readJpegImage]: Unsupported color space." for CMYK and the like,
-///         "[readJpegImage]: libjpeg failed. (REASON)", also for files coded in RGB and for more than 500 scans
+///         "[readJpegImage]: libjpeg failed. (REASON)", also for files coded in RGB and for those of more than
+///         500 scans (of 50, for huge pictures)
 KOVANTA_API void readJpegImage(Image<unsigned char>& im, const std::string& name);
 /// Writes a colour JPEG of quality 100 with libjpeg's default chroma sampling (4:2:0).
 /// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)"; the file may then hold its beginning

@@ -9,6 +9,8 @@
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/thread.hpp>
 
+#include <atomic>
+#include <cstdint>
 #include <deque>
 #include <type_traits>
 #include <utility>
@@ -58,6 +60,7 @@ private:
     using Lock = boost::unique_lock<boost::mutex>;
 
     static bool isSelfContained(const T& value);
+    static std::uint64_t threadNumber();
     void append(T& value);
     void waitForValue(Lock& lock);
 
@@ -66,7 +69,7 @@ private:
     unsigned int capacity = 100;
     std::deque<T> queue;
     bool dropOldest = false;
-    boost::thread::id interrupted; // The consumer, when it is owed an interruption.
+    std::uint64_t interrupted = 0; // The number of the consumer, when it is owed an interruption.
 };
 
 template <class T>
@@ -117,6 +120,14 @@ bool ThreadedBuffer<T>::isSelfContained(const T& value) {
     return true;
 }
 
+/// A number for each thread, from 1 on. Thread ids will not do: they are used again.
+template <class T>
+std::uint64_t ThreadedBuffer<T>::threadNumber() {
+    static std::atomic<std::uint64_t> last{0};
+    thread_local const std::uint64_t number = ++last;
+    return number;
+}
+
 template <class T>
 void ThreadedBuffer<T>::append(T& value) {
     if (isSelfContained(value))
@@ -129,9 +140,9 @@ void ThreadedBuffer<T>::append(T& value) {
 /// would never be fetched. So the interruption is kept back then until the queue has run dry.
 template <class T>
 void ThreadedBuffer<T>::waitForValue(Lock& lock) {
-    const boost::thread::id self = boost::this_thread::get_id();
+    const std::uint64_t self = threadNumber();
     if (interrupted == self && boost::this_thread::interruption_enabled()) {
-        interrupted = boost::thread::id();
+        interrupted = 0;
         boost::this_thread::interruption_point(); // takes a second request along, should there be one
         throw boost::thread_interrupted();
     }

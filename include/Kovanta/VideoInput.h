@@ -6,9 +6,9 @@
 
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/VideoInputBase.h"
-#include "Kovanta/VideoInputImageFile.h"
-#include "Kovanta/VideoInputVideoFile.h"
 #include "Kovanta/VideoInputCaptureABC.h"
 #include "Kovanta/VideoInputCaptureV4L.h"
+#include "Kovanta/VideoInputImageFile.h"
+#include "Kovanta/VideoInputVideoFile.h"
 
 #endif

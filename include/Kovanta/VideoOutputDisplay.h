@@ -27,10 +27,12 @@ namespace Ko {
 /// | space            | while pausing: lets one frame through                                      |
 /// | resize           | the new width holds; the height follows from the frames' aspect ratio      |
 ///
-/// Write a frame; stop if getQuit(); while getPaused() keep calling videoPollEvents(). Nothing here blocks.
+/// Write a frame; stop if getQuit(); while getPaused() keep calling videoPollEvents(). Nothing here blocks. While a
+/// window is open, SIGINT and SIGTERM count as closing it, unless the application handles them itself.
 ///
-/// The window needs an X server. Set the variable SDL_VIDEODRIVER to choose another of SDL's drivers; one without
-/// 16 or more bits a pixel cannot show frames.
+/// The window needs an X server. Set the variable SDL_VIDEODRIVER to choose another of SDL's drivers; one with less
+/// than 16 bits a pixel cannot show frames. When it is not set, the constructor sets it while SDL starts, so no other
+/// thread may use the environment meanwhile.
 ///
 /// Bound to one thread, the one that owns SDL's video (the main thread, in practice). One window at a time: the
 /// destructor ends SDL for the process. A broken connection to the X server, or a window that another program

@@ -119,7 +119,7 @@ void Font::init(const std::string& file, const void* data, unsigned long size, u
 void Font::renderChar(FT_FaceRec_* face, unsigned char code) {
     GlyphPtr glyph = renderGlyph(face, code);
     glyphs.push_back(reinterpret_cast<FT_BitmapGlyph>(glyph.get()));
-    glyph.release();
+    static_cast<void>(glyph.release()); // the cache owns it now
 }
 
 void Font::drawText(Image<unsigned char>& im, const std::string& text, Point<int> pen, YCCColor color) const {

@@ -1,5 +1,7 @@
 #include "draw/Line.h"
 
+#include "image/PlaneRows.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -63,12 +65,13 @@ void plot(const Canvas& canvas, std::int64_t x, std::int64_t y, YCCColor c) {
 } // namespace
 
 Canvas::Canvas(Image<unsigned char>& im)
-    : planes{im.plane[0].view, im.plane[1].view, im.plane[2].view}
-    , width(im.width)
+    : width(im.width)
     , height(im.height) {
     for (int p = 0; p < 3; ++p) {
-        width = im.plane[p].rows ? std::min<std::int64_t>(width, im.plane[p].width) : 0;
-        height = std::min<std::int64_t>(height, im.plane[p].height);
+        const auto rows = targetRows(im, p);
+        planes[p] = rows.row;
+        width = std::min(width, static_cast<std::int64_t>(rows.width));
+        height = std::min(height, static_cast<std::int64_t>(rows.height));
     }
 }
 

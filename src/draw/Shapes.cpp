@@ -22,7 +22,7 @@ int roundedToInt(float v) {
 
 void drawBbox(Image<unsigned char>& im, const Bbox<int>& b, const YCCColor& c, bool filled) {
     if (filled) {
-        const std::int64_t end = std::min<std::int64_t>(b.bottom, im.height);
+        const std::int64_t end = std::min<std::int64_t>(b.bottom, Canvas(im).height);
         for (std::int64_t y = std::max(b.top, 0); y < end; ++y)
             drawWideLine(im, b.left, y, b.right, y, c);
         return;

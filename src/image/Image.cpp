@@ -28,6 +28,23 @@ Image<T>::Image(PIXEL_FORMAT f)
     fmt(f);
 }
 
+// Not member by member: a plane whose fresh view stack is refused must not find the planes before it gone already.
+template <class T>
+Image<T>::Image(Image&& src) // NOLINT(performance-noexcept-move-constructor)
+    : format(src.format)
+    , width(src.width)
+    , height(src.height)
+    , bytesPerPixelNum(src.bytesPerPixelNum)
+    , bytesPerPixelDen(src.bytesPerPixelDen)
+    , planar(src.planar)
+    , sequenceNumber(src.sequenceNumber) {
+    for (int p = 0; p < planeCount; ++p) {
+        horDiv[p] = src.horDiv[p];
+        verDiv[p] = src.verDiv[p];
+    }
+    ImageLayout::swapPlanes(*this, src);
+}
+
 template <class T>
 void Image<T>::fmt(PIXEL_FORMAT f) {
     format = f;
@@ -48,6 +65,11 @@ void Image<T>::size(unsigned int w, unsigned int h, bool alloc) {
     if (!ImageLayout::fits(*this, w, h))
         throwTooLarge("Image<T>::size");
     ImageLayout::size(*this, w, h, alloc);
+}
+
+void ImageLayout::swapPlanes(Image<unsigned char>& a, Image<unsigned char>& b) noexcept {
+    for (int p = 0; p < planeCount; ++p)
+        a.plane[p].swap(b.plane[p]);
 }
 
 ImageLayout::PlaneSize ImageLayout::planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h) {

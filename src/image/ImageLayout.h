@@ -16,6 +16,8 @@ struct ImageLayout {
     };
     static PlaneSize planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h);
 
+    static void swapPlanes(Image<unsigned char>& a, Image<unsigned char>& b) noexcept;
+
     /// Whether every present plane of a w x h image fits 32-bit sizes.
     static bool fits(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h);
 

@@ -1,5 +1,7 @@
 #include "imagefile/JpegObjects.h"
 
+#include <algorithm>
+
 namespace Ko {
 
 namespace {
@@ -16,10 +18,12 @@ JpegErrors& errorsOf(j_common_ptr object) {
 
 void stopEndlessScans(j_common_ptr object) {
     // Installed on decompressors only.
-    if (reinterpret_cast<j_decompress_ptr>(object)->input_scan_number <= JpegScanLimit::mostScans)
+    const auto* jpeg = reinterpret_cast<j_decompress_ptr>(object);
+    const int most = JpegScanLimit::mostScans(jpeg->image_width, jpeg->image_height);
+    if (jpeg->input_scan_number <= most)
         return;
     JpegErrors& errors = errorsOf(object);
-    std::snprintf(errors.message, sizeof errors.message, "More than %d scans", JpegScanLimit::mostScans);
+    std::snprintf(errors.message, sizeof errors.message, "More than %d scans", most);
     std::longjmp(errors.jump, 1); // NOLINT(cert-err52-cpp)
 }
 
@@ -34,6 +38,12 @@ jpeg_error_mgr* JpegErrors::install() {
 jpeg_progress_mgr* JpegScanLimit::install() {
     monitor.progress_monitor = stopEndlessScans;
     return &monitor;
+}
+
+int JpegScanLimit::mostScans(std::uint32_t width, std::uint32_t height) {
+    constexpr std::uint64_t pixelsPassed = std::uint64_t{1} << 31;
+    const std::uint64_t pixels = std::max<std::uint64_t>(std::uint64_t{width} * height, 1);
+    return static_cast<int>(std::clamp<std::uint64_t>(pixelsPassed / pixels, 50, 500));
 }
 
 } // namespace Ko

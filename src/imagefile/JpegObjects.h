@@ -9,6 +9,7 @@
 #include <jpeglib.h>
 
 #include <csetjmp>
+#include <cstdint>
 #include <stdexcept>
 
 namespace Ko {
@@ -23,12 +24,13 @@ struct JpegErrors {
     jpeg_error_mgr* install();
 };
 
-/// Stops a file whose many scans would each pass over a huge picture that it hardly pays for.
+/// Stops a file of a few kilobytes whose many scans would each pass over a huge picture. Real files have 10 or so.
 struct JpegScanLimit {
-    jpeg_progress_mgr monitor; // first, as above
-    static constexpr int mostScans = 500;
+    jpeg_progress_mgr monitor;
 
     jpeg_progress_mgr* install();
+    /// 500 for pictures up to 4 million pixels, fewer for larger ones, never below 50.
+    static int mostScans(std::uint32_t width, std::uint32_t height);
 };
 
 /// A libjpeg object, jpeg_compress_struct or jpeg_decompress_struct, destroyed with this.

@@ -43,10 +43,14 @@ void forEachRun(unsigned char* const* rows, std::size_t rowBytes, std::size_t he
     }
 }
 
-/// Whether pixels can be read straight into the image: they need no conversion, and go to no foreign memory.
-bool takesPixelsOf(const Im& im, PIXEL_FORMAT format) {
-    return im.format == format && std::all_of(std::begin(im.plane), std::end(im.plane),
-                                              [](const Array2D<unsigned char>& plane) { return plane.alloc; });
+/// Whether pixels can be read straight into the image: it is laid out as the picture, and holds no foreign memory.
+bool takesPixelsOf(const Im& im, const Im& picture) {
+    return im.format == picture.format && im.planar == picture.planar &&
+           im.bytesPerPixelNum == picture.bytesPerPixelNum && im.bytesPerPixelDen == picture.bytesPerPixelDen &&
+           std::equal(std::begin(im.horDiv), std::end(im.horDiv), std::begin(picture.horDiv)) &&
+           std::equal(std::begin(im.verDiv), std::end(im.verDiv), std::begin(picture.verDiv)) &&
+           std::all_of(std::begin(im.plane), std::end(im.plane),
+                       [](const Array2D<unsigned char>& plane) { return plane.alloc; });
 }
 
 /// Fills plane 0 from the stream; what the file does not hold becomes 0, so that no stale memory shows.
@@ -74,7 +78,7 @@ void readPixmap(Im& im, const std::string& name, const PixmapKind& kind) {
     requireFits(kind.reader, width, height, kind.bytesPerPixel);
     const std::size_t rowBytes = std::size_t{width} * kind.bytesPerPixel;
     Im picture(kind.format);
-    if (takesPixelsOf(im, kind.format)) {
+    if (takesPixelsOf(im, picture)) {
         // Nothing fails from here on, so the pixels need no second place.
         ImageLayout::resizeTarget(im, width, height, "convertIm");
         im.sequenceNumber = picture.sequenceNumber;

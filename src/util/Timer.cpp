@@ -14,8 +14,8 @@ boost::posix_time::ptime now() {
 
 void print(const char* operation, const std::string& comment, std::uint32_t value) {
     if (!comment.empty())
-        std::cout << "[Timer::" << operation << "()]: Comment: " << comment << " Time: " << value << " usec."
-                  << std::endl;
+        std::cout << "[Timer::" << operation << "()]: Comment: " << comment << " Time: " << std::to_string(value)
+                  << " usec." << std::endl;
 }
 
 } // namespace

@@ -75,13 +75,15 @@ void VideoFileDecoder::openDecoder() {
 const AVFrame* VideoFileDecoder::next() {
     for (;;) {
         const int result = avcodec_receive_frame(codec.get(), picture.get());
-        if (result == 0) {
+        if (result == AVERROR_EOF || (draining && result == AVERROR(EAGAIN)))
+            return nullptr;
+        const bool lacksReferences =
+            (codec->flags & AV_CODEC_FLAG_OUTPUT_CORRUPT) != 0 && (picture->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+        if (result == 0 && !lacksReferences) {
             lastTimeStamp = stamp(*picture);
             shownSinceFlush = true;
             return picture.get();
         }
-        if (result == AVERROR_EOF)
-            return nullptr;
         // Anything but EAGAIN is the error of one packet; the stream goes on behind it. A draining decoder has no more
         // packets to be fed with and comes to its end by being asked again.
         if (!draining)
@@ -95,14 +97,15 @@ void VideoFileDecoder::feed() {
         for (;;) {
             if (av_read_frame(container.get(), packet.get()) < 0) {
                 draining = true;
-                // After a seek into the last open group of pictures the H.264 decoder takes its last picture for one
-                // that lacks references and keeps it, good as those before it were.
-                if (keySinceFlush)
+                // After a seek into the last open group of pictures the H.264 decoder takes its last pictures for
+                // ones that lack references, and keeps them. It has to be asked for those; what truly lacks references
+                // comes marked then.
+                if (codec->codec_id == AV_CODEC_ID_H264 && keySinceFlush)
                     codec->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
                 avcodec_send_packet(codec.get(), nullptr);
                 return;
             }
-            // An empty packet (a frame that an AVI dropped) would be taken for the end of the stream.
+            // The decoder would take an empty packet for the end of the stream.
             if (packet->stream_index == stream->index && (packet->size > 0 || packet->side_data_elems > 0))
                 break;
             av_packet_unref(packet.get());
@@ -121,8 +124,8 @@ void VideoFileDecoder::noteTimes(const AVPacket& fed) {
     if (!countsPictures)
         countsPictures = !known(fed.pts) && known(fed.dts);
     const bool key = (fed.flags & AV_PKT_FLAG_KEY) != 0;
-    if (!shownSinceFlush && !keySinceFlush && known(fed.dts) && (key || firstPacketDts == 0))
-        firstPacketDts = fed.dts;
+    if (key && !keySinceFlush && known(fed.dts))
+        firstKeyDts = fed.dts;
     keySinceFlush = keySinceFlush || key;
 }
 
@@ -135,7 +138,7 @@ std::int64_t VideoFileDecoder::stamp(const AVFrame& shown) const {
     if (shownSinceFlush)
         return lastTimeStamp > INT64_MAX - period ? lastTimeStamp : lastTimeStamp + period;
     if (counted || !known(shown.pkt_dts))
-        return firstPacketDts;
+        return firstKeyDts;
     return shown.pkt_dts;
 }
 
@@ -165,7 +168,7 @@ void VideoFileDecoder::flush() {
     draining = false;
     shownSinceFlush = false;
     keySinceFlush = false;
-    firstPacketDts = 0;
+    firstKeyDts = 0;
 }
 
 Frac<unsigned int> VideoFileDecoder::frameRate() const {

@@ -57,10 +57,10 @@ private:
     libav::FrameHandle picture;
     AVStream* stream = nullptr; ///< Belongs to the container.
 
-    AVRational rate{0, 1};           ///< {0, 1} when not known.
-    std::int64_t period = 1;         ///< Of one frame, in ticks.
-    std::int64_t lastTimeStamp = 0;  ///< Of the picture shown last.
-    std::int64_t firstPacketDts = 0; ///< Of the first key packet since a flush, as long as no picture came.
+    AVRational rate{0, 1};          ///< {0, 1} when not known.
+    std::int64_t period = 1;        ///< Of one frame, in ticks.
+    std::int64_t lastTimeStamp = 0; ///< Of the picture shown last.
+    std::int64_t firstKeyDts = 0;   ///< Decoding time of the first key packet since a flush.
     bool shownSinceFlush = false;
     bool keySinceFlush = false;
     bool draining = false;

@@ -1,6 +1,7 @@
 #include "Kovanta/VideoInputCaptureV4L.h"
 
 #include "Kovanta/ConvertIm.h"
+#include "util/ErrorText.h"
 #include "videoin/V4LBuffer.h"
 #include "videoin/V4LHandles.h"
 
@@ -36,14 +37,20 @@ constexpr std::uint32_t enumerationLimit = 4096;
 /// Numbers that listDevs() probes.
 constexpr unsigned int deviceNumbers = 64;
 
-/// @param prefix the message up to the reason of the system
-[[noreturn]] void throwSystemError(const std::string& prefix) {
-    throw std::runtime_error(prefix + std::strerror(errno) + ".");
+/// The name of init(), for messages.
+const char* const initName = "VideoInputCaptureV4L::init";
+
+/// The message is made of the parts and the reason of the system.
+template <class... Parts>
+[[noreturn]] void throwSystemError(const char* function, const Parts&... parts) {
+    const int error = errno; // before anything allocates
+    throw std::runtime_error(errorText(function, (std::string() + ... + parts), error));
 }
 
-void request(const Descriptor& device, unsigned long code, void* record, const char* prefix) {
+/// @param name of the request, for the message
+void request(const Descriptor& device, unsigned long code, void* record, const char* function, const char* name) {
     if (device.ioctl(code, record) == -1)
-        throwSystemError(prefix);
+        throwSystemError(function, "Ioctl ", name, " failed");
 }
 
 /// Texts of drivers need not be terminated.
@@ -167,7 +174,7 @@ void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigne
     state->device.ioctl(VIDIOC_S_INPUT, &input);
     mapBuffers(format.fmt.pix);
     int type = captureType;
-    request(state->device, VIDIOC_STREAMON, &type, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_STREAMON failed: ");
+    request(state->device, VIDIOC_STREAMON, &type, initName, "VIDIOC_STREAMON");
     state->width = format.fmt.pix.width;
     state->height = format.fmt.pix.height;
     state->bufferRequest.count = static_cast<std::uint32_t>(state->buffers.size());
@@ -178,24 +185,23 @@ void VideoInputCaptureV4L::openDevice(unsigned int device) {
     const std::string path = devicePath(device);
     state->device = Descriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC));
     if (!state->device.isOpen())
-        throwSystemError("[VideoInputCaptureV4L::init]: Cannot open " + path + ": ");
+        throwSystemError(initName, "Cannot open ", path);
 
     v4l2_capability capability{};
-    request(state->device, VIDIOC_QUERYCAP, &capability,
-            "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_QUERYCAP failed: ");
+    request(state->device, VIDIOC_QUERYCAP, &capability, initName, "VIDIOC_QUERYCAP");
     // The first field speaks for all nodes of the driver together, as far as the second one exists.
     const std::uint32_t capabilities =
         (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps : capability.capabilities;
     constexpr std::uint32_t needed = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     if ((capabilities & needed) != needed)
-        throw std::runtime_error("[VideoInputCaptureV4L::init]: Device does not support V4L2_CAP_VIDEO_CAPTURE and "
-                                 "V4L2_CAP_STREAMING.");
+        throw std::runtime_error(errorText(initName, "Device does not support V4L2_CAP_VIDEO_CAPTURE and "
+                                                     "V4L2_CAP_STREAMING."));
 }
 
 v4l2_format VideoInputCaptureV4L::getFormat() const {
     v4l2_format format{};
     format.type = captureType;
-    request(state->device, VIDIOC_G_FMT, &format, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_G_FMT failed: ");
+    request(state->device, VIDIOC_G_FMT, &format, initName, "VIDIOC_G_FMT");
     return format;
 }
 
@@ -210,38 +216,39 @@ void VideoInputCaptureV4L::setFormat(v4l2_format format) {
         ++preference;
     if (preference->fourcc == 0)
         throw std::runtime_error(
-            "[VideoInputCaptureV4L::setFormat]: Pixel format of camera is not supported. Uncle Brom "
-            "wants YOU to implement it.");
+            errorText("VideoInputCaptureV4L::setFormat",
+                      "Pixel format of camera is not supported. Uncle Brom wants YOU to implement it."));
     state->pixelFormat = preference->format;
-    request(state->device, VIDIOC_S_FMT, &format, "[VideoInputCaptureV4L::setFormat]: Ioctl VIDIOC_S_FMT failed: ");
+    request(state->device, VIDIOC_S_FMT, &format, "VideoInputCaptureV4L::setFormat", "VIDIOC_S_FMT");
 }
 
 void VideoInputCaptureV4L::mapBuffers(const v4l2_pix_format& format) {
     v4l2_requestbuffers granted = state->bufferRequest;
-    request(state->device, VIDIOC_REQBUFS, &granted, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_REQBUFS failed: ");
+    request(state->device, VIDIOC_REQBUFS, &granted, initName, "VIDIOC_REQBUFS");
     for (std::uint32_t i = 0; i < granted.count; ++i) {
         v4l2_buffer record = mappedBuffer(i);
-        request(state->device, VIDIOC_QUERYBUF, &record,
-                "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_QUERYBUF failed: ");
+        request(state->device, VIDIOC_QUERYBUF, &record, initName, "VIDIOC_QUERYBUF");
         V4LBuffer& buffer = state->buffers.emplace_back(state->pixelFormat);
         if (buffer.mapping.map(state->device, static_cast<off_t>(record.m.offset), record.length) == -1)
-            throwSystemError("[VideoInputCaptureV4L::init]: mmap failed: ");
+            throwSystemError(initName, "mmap failed");
         if (!buffer.wrap(format))
-            throw std::runtime_error("[VideoInputCaptureV4L::init]: Driver's buffer is smaller than a frame.");
-        request(state->device, VIDIOC_QBUF, &record, "[VideoInputCaptureV4L::init]: Ioctl VIDIOC_QBUF failed: ");
+            throw std::runtime_error(errorText(initName, "Driver's buffer is smaller than a frame."));
+        request(state->device, VIDIOC_QBUF, &record, initName, "VIDIOC_QBUF");
     }
 }
 
 bool VideoInputCaptureV4L::read(Image<unsigned char>& frame) {
     frame.size(state->width, state->height, true);
     v4l2_buffer record = mappedBuffer(0);
-    request(state->device, VIDIOC_DQBUF, &record, "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ");
+    if (state->device.ioctl(VIDIOC_DQBUF, &record) == -1) // this one text has its brackets elsewhere
+        throw std::runtime_error(std::string("[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ") +
+                                 std::strerror(errno) + ".");
     if (record.index >= state->buffers.size())
-        throw std::runtime_error("[VideoInputCaptureV4L::read]: Driver returned an unknown buffer.");
+        throw std::runtime_error(errorText("VideoInputCaptureV4L::read", "Driver returned an unknown buffer."));
     Dequeued dequeued(state->device, record);
     convertIm(frame, state->buffers[record.index].image);
     if (dequeued.queue() == -1)
-        throwSystemError("[VideoInputCaptureV4L::read]: Ioctl VIDIOC_QBUF failed: ");
+        throwSystemError("VideoInputCaptureV4L::read", "Ioctl VIDIOC_QBUF failed");
     frame.sequenceNumber = state->frameCount++;
     return true;
 }
@@ -253,8 +260,9 @@ void VideoInputCaptureV4L::close() {
     state->isInit = false;
     std::string failure;
     const auto note = [&failure](int result, const char* call) {
+        const int error = errno;
         if (result == -1 && failure.empty())
-            failure = std::string("[VideoInputCaptureV4L::close]: ") + call + " failed: " + std::strerror(errno) + ".";
+            failure = errorText("VideoInputCaptureV4L::close", std::string(call) + " failed", error);
     };
     for (V4LBuffer& buffer : state->buffers)
         note(buffer.mapping.unmap(), "munmap");
@@ -297,7 +305,7 @@ void VideoInputCaptureV4L::setFieldOrder(FIELD_ORDER order) {
         state->field = V4L2_FIELD_TOP;
         return;
     }
-    throw std::logic_error("[VideoInputCaptureV4L::setFieldOrder]: Unknown field order.");
+    throw std::logic_error(errorText("VideoInputCaptureV4L::setFieldOrder", "Unknown field order."));
 }
 
 std::vector<std::string> VideoInputCaptureV4L::listDevs() {

@@ -9,7 +9,6 @@
 #include <cctype>
 #include <iterator>
 #include <stdexcept>
-#include <utility>
 
 namespace Ko {
 
@@ -49,8 +48,8 @@ std::vector<std::string> listStills(const fs::path& directory) {
 
 } // namespace
 
-VideoInputImageFile::VideoInputImageFile(std::string directory) {
-    const fs::path path(std::move(directory));
+VideoInputImageFile::VideoInputImageFile(std::string directory) { // NOLINT(performance-unnecessary-value-param)
+    const fs::path path(directory);
     if (!isDirectory(path))
         throw std::runtime_error(errorText(constructorName, "Invalid image file directory given!"));
     paths = listStills(path);

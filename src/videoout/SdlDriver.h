@@ -10,9 +10,9 @@ namespace Ko {
 class SdlDriver {
 public:
     SdlDriver()
-        : chosen(std::getenv(variable) == nullptr) {
+        : chosen(isUnset()) {
         if (chosen)
-            setenv(variable, "x11", 0);
+            setenv(variable, "x11", 1);
     }
     SdlDriver(const SdlDriver&) = delete;
     SdlDriver& operator=(const SdlDriver&) = delete;
@@ -23,6 +23,12 @@ public:
 
 private:
     static constexpr char variable[] = "SDL_VIDEODRIVER";
+
+    static bool isUnset() {
+        const char* value = std::getenv(variable);
+        return value == nullptr || *value == '\0';
+    }
+
     bool chosen;
 };
 

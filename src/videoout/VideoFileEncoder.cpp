@@ -41,15 +41,20 @@ int toInt(unsigned int size) {
 }
 
 /// A transport stream of less than eleven packets is taken for something else by libav's own readers; null packets,
-/// which every reader skips, make it long enough.
+/// which every reader skips, make it long enough. Streams whose packets are longer (m2ts) are left alone.
 void padTransportStream(AVIOContext* file) {
     constexpr std::int64_t packetSize = 188;
     constexpr std::int64_t recognised = 11 * packetSize;
-    unsigned char null[packetSize];
-    std::memset(null, 0xFF, sizeof null);
-    std::memcpy(null, "\x47\x1F\xFF\x10", 4);
-    for (std::int64_t size = avio_tell(file); size >= 0 && size < recognised; size += packetSize)
-        avio_write(file, null, packetSize);
+    std::int64_t size = avio_tell(file);
+    if (size < 0 || size % packetSize != 0)
+        return;
+    unsigned char nullPacket[packetSize];
+    std::memset(nullPacket, 0xFF, sizeof nullPacket);
+    nullPacket[0] = 0x47;
+    nullPacket[1] = 0x1F;
+    nullPacket[3] = 0x10;
+    for (; size < recognised; size += packetSize)
+        avio_write(file, nullPacket, packetSize);
 }
 
 } // namespace
@@ -98,8 +103,6 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     if (!codecContext || !packet)
         throw std::bad_alloc();
 
-    // An encoder's chatter on standard error is nobody's wish; its warnings and errors stay.
-    codecContext->log_level_offset = AV_LOG_VERBOSE - AV_LOG_INFO;
     codecContext->flags |= settings.codecFlags;
     if (wantsGlobalHeader(*formatContext->oformat))
         codecContext->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

@@ -64,7 +64,7 @@ VideoOutputDisplay::VideoOutputDisplay(unsigned int windowW, unsigned int, unsig
 
     const XErrors::Operation operation(constructor);
     initVideo();
-    displayRect.reset(new SDL_Rect{0, 0, 0, 0});
+    displayRect = std::make_unique<SDL_Rect>(); // at 0, 0 for ever
     if (fullscreen)
         openScreen(1, 1, windowFlags, constructor);
     SDL_Delay(100);
@@ -89,7 +89,7 @@ void VideoOutputDisplay::initVideo() {
     fullscreenWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
     fullscreenHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
     SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
-    const auto anyMode = reinterpret_cast<SDL_Rect**>(-1);
+    const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
     if (!modes || (modes != anyMode && !modes[0]))
         throw std::runtime_error(message(constructor, "No modes available."));
     if (modes != anyMode) {

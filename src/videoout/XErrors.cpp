@@ -55,6 +55,8 @@ void remove() noexcept {
 
 Operation::Operation(const char* name) noexcept
     : outer(operation) {
+    if (!outer)
+        lastError[0] = '\0'; // of an operation that ended in another exception
     operation = name;
 }
 

@@ -154,6 +154,20 @@ TEST(DrawLine, StaysInsideWhatTheImageHolds) {
     subsampled.size(9, 7);
     Ko::drawLine(subsampled, 0, 0, 8, 6, ink);
 
+    // A view holds less than the size says; what lies past it must not be reached.
+    Image seen = blank(8, 8);
+    for (int p = 0; p < 3; ++p) {
+        auto& plane = seen.plane[p];
+        plane.subarrays.push_back({6, 6, 2, 2});
+        for (unsigned y = 0; y < 8; ++y)
+            plane.rows[y] += 2;
+        plane.view = plane.rows + 2;
+    }
+    Ko::drawLine(seen, 0, 0, 7, 7, ink);
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(seen.plane[0].data[8 * (i + 2) + i + 2], ink.y);
+    EXPECT_EQ(seen.plane[0].data[0], 7);
+
     Image withAlpha = blank(width, height, Ko::PF_YCCA4444P);
     Ko::drawLine(withAlpha, 0, 0, 10, 10, ink);
     EXPECT_EQ(drawn(withAlpha).size(), 11u);

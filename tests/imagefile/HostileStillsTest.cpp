@@ -170,8 +170,12 @@ std::string jpegHeader(unsigned width, unsigned height, char components) {
     return bytes + std::string("\xFF\xDA\0\x08\x01\x01\0\0\x3F\0", 10);
 }
 
-std::string withManyScans() {
-    std::string bytes = makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, false, 5, 5});
+/// A progressive JPEG that goes over its picture again and again; the picture is as large as it says.
+std::string withManyScans(unsigned width, unsigned height) {
+    std::string bytes = makeJpeg({1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true, false, 5, 5});
+    const std::size_t frame = bytes.find("\xFF\xC2");
+    for (std::size_t i = 0; i < 4; ++i)
+        bytes[frame + 5 + i] = static_cast<char>((height << 16 | width) >> (24 - 8 * i) & 255);
     const std::string scan = bytes.substr(bytes.rfind("\xFF\xDA"), bytes.size() - 2 - bytes.rfind("\xFF\xDA"));
     bytes.resize(bytes.size() - 2);
     for (int i = 0; i < 600; ++i)
@@ -193,7 +197,7 @@ TEST(HostileStills, HeadersThatLie) {
     } cases[] = {
         {Ko::readPngImage, "", pngError},
         {Ko::readPngImage, "P6 1 1 255 xxx, which is no PNG", pngError},
-        {Ko::readPngImage, pngStart(60000, 60000, 8, 2) + end, "[readPngImage]: Image too large."},
+        {Ko::readPngImage, pngStart(60000, 60000, 8, 2) + garbage + end, "[readPngImage]: Image too large."},
         {Ko::readPngImage, pngStart(60000, 60000, 16, 6) + garbage, "[readPngImage]: Image too large."},
         {Ko::readPngImage, pngStart(60000, 60000, 4, 3) + palette + garbage, "[readPngImage]: Image too large."},
         {Ko::readPngImage, pngStart(66000, 66000, 1, 0) + garbage, "[readPngImage]: Image too large."},
@@ -218,7 +222,8 @@ TEST(HostileStills, HeadersThatLie) {
          "[readJpegImage]: libjpeg failed. (Empty JPEG image (DNL not supported))"},
         {Ko::readJpegImage, jpegHeader(65535, 5, 1),
          "[readJpegImage]: libjpeg failed. (Maximum supported image dimension is 65500 pixels)"},
-        {Ko::readJpegImage, withManyScans(), "[readJpegImage]: libjpeg failed. (More than 500 scans)"},
+        {Ko::readJpegImage, withManyScans(5, 5), "[readJpegImage]: libjpeg failed. (More than 500 scans)"},
+        {Ko::readJpegImage, withManyScans(3000, 3000), "[readJpegImage]: libjpeg failed. (More than 238 scans)"},
     };
     MemoryFile file;
     for (const auto& c : cases) {

@@ -1,5 +1,6 @@
 #include "Kovanta/ImageFile.h"
 
+#include "BareStills.h"
 #include "imagefile/StillMakers.h"
 #include "imagefile/StillOracle.h"
 #include "support/ConversionOracle.h"
@@ -12,7 +13,7 @@
 // jpeglib.h needs stdio.h before it.
 #include <jpeglib.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <stdexcept>
 
 namespace {
@@ -94,27 +95,12 @@ TEST(Jpeg, WritesOneKindOfFile) {
         jfif.size(im.width, im.height);
         ASSERT_TRUE(testing_support::expectedConversion(jfif, im));
 
-        // The same calls on bare libjpeg make the same bytes.
-        jpeg_compress_struct jpeg{};
-        jpeg_error_mgr errors{};
-        jpeg.err = jpeg_std_error(&errors);
-        jpeg_create_compress(&jpeg);
-        unsigned char* memory = nullptr;
-        unsigned long size = 0;
-        jpeg_mem_dest(&jpeg, &memory, &size);
-        jpeg.image_width = im.width;
-        jpeg.image_height = im.height;
-        jpeg.input_components = 3;
-        jpeg.in_color_space = JCS_YCbCr;
-        jpeg_set_defaults(&jpeg);
-        jpeg_set_quality(&jpeg, 100, TRUE);
-        jpeg_start_compress(&jpeg, TRUE);
-        jpeg_write_scanlines(&jpeg, jfif.plane[0].view, im.height);
-        jpeg_finish_compress(&jpeg);
-        EXPECT_TRUE(jpeg.num_components == 3 && jpeg.write_JFIF_header);
-        EXPECT_EQ(fileBytes(path), std::string(reinterpret_cast<char*>(memory), size)) << fmt2string(format);
-        jpeg_destroy_compress(&jpeg);
-        std::free(memory);
+        // Bare libjpeg makes the same bytes of the same settings.
+        bench::BarePicture picture;
+        picture.size(im.width, im.height);
+        std::copy_n(jfif.plane[0].data, picture.bytes.size(), picture.bytes.begin());
+        bench::writeBareJpeg(directory.file("bare.jpg"), picture);
+        EXPECT_EQ(fileBytes(path), fileBytes(directory.file("bare.jpg"))) << fmt2string(format);
     }
 }
 

@@ -144,6 +144,11 @@ TEST(Ppm, WritesTheHeaderAndEveryRow) {
     Ko::writePpmImage(directory.file("lying.ppm"), lying);
     EXPECT_EQ(fileBytes(directory.file("lying.ppm")).size(), 11u + 36u);
 
+    // Nor is one written past its end whose format was set behind the library's back.
+    Image forged = randomImage(Ko::PF_YCC444P, 3, 4);
+    forged.format = Ko::PF_RGB;
+    EXPECT_NO_THROW(Ko::readPpmImage(forged, directory.file("lying.ppm")));
+
     for (const auto& [w, h] : {std::pair{0u, 0u}, {3u, 0u}, {0u, 2u}}) {
         Image empty(Ko::PF_RGB);
         empty.size(w, h);

@@ -28,6 +28,7 @@ public:
 
     const std::string& path() const { return root; }
     std::string file(const std::string& name) const { return root + "/" + name; }
+    std::string operator/(const std::string& name) const { return file(name); }
     /// Makes (or replaces) a file; returns its path.
     std::string write(const std::string& name, const std::string& bytes) const {
         std::ofstream(file(name), std::ios::binary) << bytes;

@@ -51,18 +51,6 @@ bool near(int value, int wanted) {
 
 } // namespace
 
-TemporaryDirectory::TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "kovanta-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        throw std::runtime_error("No temporary directory.");
-    path = name;
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-}
-
 int frameIndex(const Ko::Image<unsigned char>& frame) {
     const auto width = static_cast<int>(frame.width);
     const auto height = static_cast<int>(frame.height);

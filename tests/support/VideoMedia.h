@@ -2,24 +2,13 @@
 #define KOVANTA_TESTS_SUPPORT_VIDEOMEDIA_H
 
 #include "Kovanta/Image.h"
+#include "support/TempDirectory.h"
 
-#include <filesystem>
 #include <string>
 
 namespace test {
 
-/// A directory of its own that goes away with the object.
-class TemporaryDirectory {
-public:
-    TemporaryDirectory();
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-    ~TemporaryDirectory();
-    std::string operator/(const std::string& name) const { return (path / name).string(); }
-
-private:
-    std::filesystem::path path;
-};
+using TemporaryDirectory = testing_support::TempDirectory;
 
 /// Frames that carry their index as eight dark or bright fields, 4 by 2, coarse enough for any codec, with a fine
 /// pattern on top; the chroma is about Cb 90, Cr 170 all over.

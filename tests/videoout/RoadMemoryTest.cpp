@@ -2,17 +2,17 @@
 #include "Kovanta/Draw.h"
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
+#include "support/VideoMedia.h"
 #include "videoout/CountedAllocations.h"
-#include "videoout/NumberedFrames.h"
-#include "videoout/OutputFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <string>
 
 namespace {
 
-class Road : public OutputFolder {
+class Road : public testing::Test {
 protected:
     static constexpr unsigned int width = 160;
     static constexpr unsigned int height = 120;
@@ -21,10 +21,13 @@ protected:
     void SetUp() override {
         Ko::VideoOutputVideoFile out(width, height, path("in.avi"), {25, 1}, 500000);
         for (int n = 0; n < count; ++n)
-            out.write(numbered::frame(static_cast<unsigned int>(n), width, height));
+            out.write(test::numberedFrame(n, width, height));
         out.close();
         ASSERT_EQ(out.getError(), "");
     }
+    std::string path(const char* name) const { return folder / name; }
+
+    test::TemporaryDirectory folder;
 };
 
 TEST_F(Road, ReadingAsksForMemoryOnlyForTheFirstFrame) {

@@ -1,0 +1,111 @@
+// gallery DIRECTORY: writes one picture of each thing that can be drawn, enlarged so that the pixels can be counted.
+
+#include <Kovanta/Draw.h>
+#include <Kovanta/Font.h>
+#include <Kovanta/ImageFile.h>
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+using Picture = Ko::Image<unsigned char>;
+
+namespace {
+
+constexpr Ko::YCCColor paper{225, 128, 128};
+constexpr Ko::YCCColor grid{205, 128, 128};
+constexpr Ko::YCCColor ink{50, 128, 128};
+constexpr Ko::YCCColor blue{90, 190, 100};
+constexpr Ko::YCCColor red{90, 100, 210};
+constexpr Ko::YCCColor green{110, 90, 80};
+
+Picture blank(unsigned int width, unsigned int height) {
+    Picture im(Ko::PF_YCC444P);
+    im.size(width, height);
+    Ko::drawBbox(im, {0, 0, static_cast<int>(width) - 1, static_cast<int>(height)}, paper, true);
+    return im;
+}
+
+/// Each pixel becomes a square with a line of the grid at its right and bottom.
+Picture enlarged(const Picture& im, int scale) {
+    Picture large = blank(im.width * static_cast<unsigned int>(scale), im.height * static_cast<unsigned int>(scale));
+    for (int y = 0; y < static_cast<int>(im.height); ++y)
+        for (int x = 0; x < static_cast<int>(im.width); ++x) {
+            const Ko::YCCColor c{im.plane[0].view[y][x], im.plane[1].view[y][x], im.plane[2].view[y][x]};
+            const Ko::Bbox<int> square{x * scale, y * scale, (x + 1) * scale - 1, (y + 1) * scale - 1};
+            Ko::drawBbox(large, square, grid, false);
+            Ko::drawBbox(large, {square.left, square.top, square.right - 1, square.bottom}, c, true);
+        }
+    return large;
+}
+
+Picture lines() {
+    Picture im = blank(48, 24);
+    Ko::drawLine(im, 2, 2, 45, 2, ink);
+    Ko::drawLine(im, Ko::Point<int>{2, 5}, {45, 9}, blue);
+    Ko::drawLine(im, 2, 9, 20, 21, red);
+    Ko::drawLine(im, 26, 11, 29, 22, green);
+    Ko::drawLine(im, 34, 24, 60, 11, ink); // leaves the picture
+    return im;
+}
+
+Picture boxes() {
+    Picture im = blank(48, 24);
+    Ko::drawBbox(im, {3, 3, 20, 20}, blue, false);
+    Ko::drawBbox(im, {27, 3, 44, 20}, red, true); // ends a row above the outline's
+    return im;
+}
+
+Picture vectors() {
+    Picture im = blank(48, 24);
+    Ko::drawVector2D(im, Ko::Vector2D<int>{26, 0}, {2, 6}, 5, ink);
+    Ko::drawVector2D(im, Ko::Vector2D<int>{20, 9}, {3, 12}, 4, blue);
+    Ko::drawVector2D(im, Ko::Vector2D<float>{9.6f, -14.4f}, {33, 20}, 4, red);
+    Ko::drawVector2D(im, Ko::Vector2D<int>{3, 2}, {43, 18}, 5, green); // shorter than its head
+    return im;
+}
+
+Picture glyphs() {
+    Picture im = blank(48, 32);
+    Ko::Font font;
+    font.init(nullptr, 0, 14);
+    font.drawText(im, "Ag&9\nKo::", {3, 11}, ink);
+    return im;
+}
+
+Picture paragraph() {
+    Picture im = blank(480, 176);
+    int y = 0;
+    for (const unsigned int size : {9u, 12u, 16u, 22u, 32u, 44u}) {
+        Ko::Font font;
+        font.init(nullptr, 0, size);
+        y += static_cast<int>(size) + 4;
+        font.drawText(im, "Frame 128, 0:05.12", {8, y}, size % 3 == 0 ? ink : size % 3 == 1 ? blue : red);
+    }
+    return im;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "Usage: gallery DIRECTORY\n";
+        return 2;
+    }
+    try {
+        const std::filesystem::path directory(argv[1]);
+        std::filesystem::create_directories(directory);
+        constexpr int scale = 10;
+        Ko::writeImage((directory / "lines.png").string(), enlarged(lines(), scale));
+        Ko::writeImage((directory / "boxes.png").string(), enlarged(boxes(), scale));
+        Ko::writeImage((directory / "vectors.png").string(), enlarged(vectors(), scale));
+        Ko::writeImage((directory / "glyphs.png").string(), enlarged(glyphs(), scale));
+        Ko::writeImage((directory / "text.png").string(), paragraph());
+    } catch (const std::exception& e) {
+        std::cerr << "gallery: " << e.what() << "\n";
+        return 1;
+    }
+    return 0;
+}

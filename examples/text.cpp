@@ -1,0 +1,70 @@
+// text INPUT OUTPUT: a still with a box, a vector and text drawn over it.
+
+#include <Kovanta/Draw.h>
+#include <Kovanta/Font.h>
+#include <Kovanta/ImageFile.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <string>
+
+namespace {
+
+constexpr Ko::YCCColor white{235, 128, 128};
+constexpr Ko::YCCColor black{16, 128, 128};
+constexpr Ko::YCCColor yellow{210, 16, 146};
+constexpr Ko::YCCColor red{82, 90, 240};
+
+struct Options {
+    std::string input;
+    std::string output;
+    std::string text = "Look here";
+    std::string fontFile;
+};
+
+void annotate(const Options& options) {
+    Ko::Image<unsigned char> im(Ko::PF_YCC444P);
+    Ko::readImage(im, options.input);
+    const int w = static_cast<int>(im.width);
+    const int h = static_cast<int>(im.height);
+    const unsigned int size = std::max(8u, im.height / 15);
+
+    Ko::Font font;
+    if (options.fontFile.empty())
+        font.init(nullptr, 0, size); // the built-in font
+    else
+        font.init(options.fontFile, size);
+
+    const Ko::Bbox<int> box{w / 2, h / 3, w - w / 8, h - h / 4};
+    Ko::drawBbox(im, box, yellow, false);
+    // From below the text to the middle of the box's left side.
+    const Ko::Point<int> pen{w / 16, h / 6};
+    const Ko::Point<int> from{w / 6, h / 4};
+    const Ko::Vector2D<int> way{box.left - 2 - from.x, (box.top + box.bottom) / 2 - from.y};
+    Ko::drawVector2D(im, way, from, size / 2, red);
+    font.drawText(im, options.text, {pen.x + 1, pen.y + 1}, black); // a shadow, for bright places
+    font.drawText(im, options.text, pen, white);
+    Ko::writeImage(options.output, im);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app{"Draws text, a box and a vector over a still."};
+    app.add_option("INPUT", options.input, "Still to read (.ppm, .pgm, .png, .jpg)")->required();
+    app.add_option("OUTPUT", options.output, "Still to write; its extension chooses the format")->required();
+    app.add_option("--text", options.text, "What to write; 7-bit characters")->capture_default_str();
+    app.add_option("--font", options.fontFile, "Font file; the built-in font when left out");
+    CLI11_PARSE(app, argc, argv);
+    try {
+        annotate(options);
+    } catch (const std::exception& e) {
+        std::cerr << "text: " << e.what() << "\n";
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,26 @@
+#ifndef KOVANTA_TESTS_DRAW_FREETYPEWATCH_H
+#define KOVANTA_TESTS_DRAW_FREETYPEWATCH_H
+
+/// Counts what FreeType holds while it lives, and can refuse it memory. The program's FT_Init_FreeType and
+/// FT_Done_FreeType stand before FreeType's own, for the library under test as well. Not for several threads.
+class FreeTypeWatch {
+public:
+    FreeTypeWatch();
+    FreeTypeWatch(const FreeTypeWatch&) = delete;
+    FreeTypeWatch& operator=(const FreeTypeWatch&) = delete;
+    ~FreeTypeWatch();
+
+    /// Refuses the n-th allocation from now on (1 is the next), once.
+    void refuse(long n);
+    bool refused() const;
+
+    /// What is held now and was not when the watch began.
+    long blocks() const;
+    long libraries() const;
+
+private:
+    long blocksBefore;
+    long librariesBefore;
+};
+
+#endif
