@@ -149,7 +149,8 @@ inline Vec packResults(Vec first, Vec second) {
     return _mm512_permutex2var_epi8(first, loadVector(order.data()), second);
 }
 
-/// Sums scaled by 2^21, of the lower and the upper half of eight pixels, as words. weavedOrder() tells where they are.
+/// Sums scaled by 2^21, of the lower and the upper four of eight pixels, as words; placeAfterDescale() tells where
+/// pixel i of a block is once the words have become bytes.
 inline Vec descale(Vec lower, Vec upper) {
     return shiftSignedWordsDown<5>(upperWords(lower, upper));
 }
