@@ -111,11 +111,11 @@ void Array2D<T>::adopt(Storage&& storage, unsigned int w, unsigned int h, bool o
     if (w == 0 || h == 0)
         return;
     // Through locals: a row pointer could alias the members, and every conversion comes by here.
-    T* const first = owning ? data : nullptr;
+    T* row = owning ? data : nullptr;
     const std::size_t step = owning ? w : 0;
     T** const table = rows;
-    for (std::size_t y = 0; y < h; ++y)
-        table[y] = first + y * step;
+    for (std::size_t y = 0; y < h; ++y, row += step)
+        table[y] = row;
     width = w;
     height = h;
     alloc = owning;
