@@ -83,11 +83,16 @@ int runContests(int argc, char** argv, const std::vector<Contest>& contests, con
     if (benchmark::ReportUnrecognizedArguments(count, pointers.data()))
         return 1;
     for (const Contest& contest : contests)
-        for (const Contender& contender : contest.contenders)
-            benchmark::RegisterBenchmark(keyOf(contest, contender).c_str(), [&contender](benchmark::State& state) {
+        for (const Contender& contender : contest.contenders) {
+            const auto loop = [&contender](benchmark::State& state) {
                 for (auto _ : state)
                     contender.run();
-            })->Unit(benchmark::kNanosecond);
+            };
+            auto* registered = benchmark::RegisterBenchmark(keyOf(contest, contender).c_str(), loop);
+            registered->Unit(benchmark::kNanosecond);
+            if (!unit.processorTime)
+                registered->UseRealTime(); // else the other threads' work would not count towards a repetition
+        }
     Collector collector(unit.processorTime, fastest);
     benchmark::RunSpecifiedBenchmarks(&collector);
 
