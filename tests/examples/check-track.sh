@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# track: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
+# track and contact: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
 # Ctrl-C.
 set -euo pipefail
-track=$1
+track=$1 contact=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -28,6 +28,14 @@ done
 green=$(ffmpeg -v error -i out.mp4 -vf "select='eq(n,30)',extractplanes=v" -frames:v 1 -f rawvideo - | od -An -v -tu1 -w1 |
   awk '$1 < 80 { n++ } END { print n + 0 }')
 [ "$green" -gt 40 ] || fail "no box was drawn ($green samples)"
+
+# Three frames of two seconds, side by side: the white square moves from sheet to sheet.
+"$contact" in.mp4 sheet.png --columns 3 --rows 1 --width 160 2>err.log || fail "contact"
+[ "$(identify -format '%wx%h' sheet.png)" = 488x120 ] || fail "contact sheet is $(identify -format '%wx%h' sheet.png)"
+for spot in 45,45 "$((164 + 75)),60" "$((328 + 111)),75"; do
+  [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "nothing white at $spot of the sheet"
+done
+"$contact" missing.mp4 sheet.png 2>err.log && fail "contact took a missing file"
 
 # expect_error TEXT ARGUMENTS...
 expect_error() {

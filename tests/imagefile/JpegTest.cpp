@@ -20,7 +20,7 @@ namespace {
 
 using testing_support::fileBytes;
 using testing_support::Image;
-using testing_support::JpegSpec;
+using testing_support::JpegRecipe;
 using testing_support::randomImage;
 using testing_support::samples;
 using testing_support::TempDirectory;
@@ -28,7 +28,7 @@ using testing_support::thrownText;
 
 TEST(Jpeg, EveryCodingOfGreyAndYccReadsAsLibjpegDecodesIt) {
     const TempDirectory directory;
-    const JpegSpec specs[] = {
+    const JpegRecipe recipes[] = {
         {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1},
         {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true},
         {3, JCS_YCbCr, JCS_YCbCr, 1, 1},
@@ -42,20 +42,20 @@ TEST(Jpeg, EveryCodingOfGreyAndYccReadsAsLibjpegDecodesIt) {
         {3, JCS_RGB, JCS_YCbCr, 2, 2, false, false, 1, 1},
         {3, JCS_RGB, JCS_YCbCr, 2, 1, false, false, 40, 1},
     };
-    for (const JpegSpec& spec : specs) {
-        const std::string bytes = testing_support::makeJpeg(spec);
+    for (const JpegRecipe& recipe : recipes) {
+        const std::string bytes = testing_support::makeJpeg(recipe);
         const std::string path = directory.write("a.jpg", bytes);
         const auto decoded = testing_support::decodeJpeg(bytes);
         ASSERT_TRUE(decoded);
         for (const Ko::PIXEL_FORMAT format : {decoded->format, Ko::PF_YCC444P}) {
             Image expected(format);
-            expected.size(spec.width, spec.height);
+            expected.size(recipe.width, recipe.height);
             ASSERT_TRUE(testing_support::expectedConversion(expected, *decoded));
             Image im = randomImage(format, 3, 3);
             im.sequenceNumber = 5;
             Ko::readJpegImage(im, path);
-            EXPECT_EQ(im.width, spec.width);
-            EXPECT_EQ(im.height, spec.height);
+            EXPECT_EQ(im.width, recipe.width);
+            EXPECT_EQ(im.height, recipe.height);
             EXPECT_EQ(im.format, format);
             for (int p = 0; p < (format == Ko::PF_YCC444P ? 3 : 1); ++p)
                 EXPECT_EQ(samples(im, p), samples(expected, p)) << fmt2string(format) << p;
@@ -68,7 +68,7 @@ TEST(Jpeg, EveryCodingOfGreyAndYccReadsAsLibjpegDecodesIt) {
 TEST(Jpeg, OtherColourSpacesAreRefused) {
     const TempDirectory directory;
     const struct {
-        JpegSpec spec;
+        JpegRecipe recipe;
         const char* text;
     } cases[] = {
         {{4, JCS_CMYK, JCS_CMYK, 1, 1}, "[readJpegImage]: Unsupported color space."},
@@ -77,7 +77,7 @@ TEST(Jpeg, OtherColourSpacesAreRefused) {
         {{3, JCS_RGB, JCS_RGB, 1, 1}, "[readJpegImage]: libjpeg failed. (Unsupported color conversion request)"},
     };
     for (const auto& c : cases) {
-        const std::string path = directory.write("a.jpg", testing_support::makeJpeg(c.spec));
+        const std::string path = directory.write("a.jpg", testing_support::makeJpeg(c.recipe));
         Image im = randomImage(Ko::PF_YCC444P, 3, 2);
         const auto before = samples(im, 2);
         EXPECT_EQ(thrownText<std::runtime_error>([&] { Ko::readJpegImage(im, path); }), c.text);

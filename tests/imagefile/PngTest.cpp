@@ -16,7 +16,7 @@ namespace {
 
 using testing_support::fileBytes;
 using testing_support::Image;
-using testing_support::PngSpec;
+using testing_support::PngRecipe;
 using testing_support::randomImage;
 using testing_support::samples;
 using testing_support::TempDirectory;
@@ -24,8 +24,8 @@ using testing_support::thrownText;
 
 const std::string notice = "[readPngImage]: Grayscale plus alpha is currently not supported, removing alpha channel.\n";
 
-std::vector<PngSpec> everyKind() {
-    std::vector<PngSpec> specs;
+std::vector<PngRecipe> everyKind() {
+    std::vector<PngRecipe> recipes;
     const std::pair<int, std::vector<int>> depths[] = {
         {PNG_COLOR_TYPE_GRAY, {1, 2, 4, 8, 16}}, {PNG_COLOR_TYPE_RGB, {8, 16}},
         {PNG_COLOR_TYPE_PALETTE, {1, 2, 4, 8}},  {PNG_COLOR_TYPE_GRAY_ALPHA, {8, 16}},
@@ -37,29 +37,29 @@ std::vector<PngSpec> everyKind() {
                 for (const bool transparency : {false, true})
                     if (!transparency || !(type & PNG_COLOR_MASK_ALPHA))
                         for (const unsigned width : {1u, 11u})
-                            specs.push_back({type, depth, interlaced, transparency, width, 9});
-    return specs;
+                            recipes.push_back({type, depth, interlaced, transparency, width, 9});
+    return recipes;
 }
 
 TEST(Png, EveryKindReadsAsItsSamplesSay) {
     const TempDirectory directory;
-    for (const PngSpec& spec : everyKind()) {
-        SCOPED_TRACE(testing::Message() << "type " << spec.colorType << " depth " << spec.bitDepth << " interlaced "
-                                        << spec.interlaced << " transparency " << spec.transparency);
-        const std::string bytes = testing_support::makePng(spec);
+    for (const PngRecipe& recipe : everyKind()) {
+        SCOPED_TRACE(testing::Message() << "type " << recipe.colorType << " depth " << recipe.bitDepth << " interlaced "
+                                        << recipe.interlaced << " transparency " << recipe.transparency);
+        const std::string bytes = testing_support::makePng(recipe);
         const std::string path = directory.write("a.png", bytes);
         const auto decoded = testing_support::decodePng(bytes);
         ASSERT_TRUE(decoded);
         for (const Ko::PIXEL_FORMAT format : {decoded->format, Ko::PF_YCC444P}) {
             Image expected(format);
-            expected.size(spec.width, spec.height);
+            expected.size(recipe.width, recipe.height);
             ASSERT_TRUE(testing_support::expectedConversion(expected, *decoded));
             Image im = randomImage(format, 3, 3);
             testing::internal::CaptureStdout();
             Ko::readPngImage(im, path);
             EXPECT_EQ(testing::internal::GetCapturedStdout(),
-                      spec.colorType == PNG_COLOR_TYPE_GRAY_ALPHA ? notice : "");
-            EXPECT_EQ(im.width, spec.width);
+                      recipe.colorType == PNG_COLOR_TYPE_GRAY_ALPHA ? notice : "");
+            EXPECT_EQ(im.width, recipe.width);
             EXPECT_EQ(im.format, format);
             for (int p = 0; p < (format == Ko::PF_YCC444P ? 3 : 1); ++p)
                 EXPECT_EQ(samples(im, p), samples(expected, p)) << fmt2string(format) << p;

@@ -181,8 +181,10 @@ TEST(Ppm, ReadsIntoTheFormatOfTheImage) {
             expected.size(original.width, original.height);
             ASSERT_TRUE(testing_support::expectedConversion(expected, original));
             Image im = randomImage(format, 7, 5);
+            im.sequenceNumber = 5;
             Ko::readImage(im, directory.file(c.name));
             EXPECT_EQ(im.format, format);
+            EXPECT_EQ(im.sequenceNumber, format == c.stored ? 0u : 5u); // an identical format copies all of it
             for (int p = 0; p < (format == Ko::PF_YCC444P || format == Ko::PF_YCC420P ? 3 : 1); ++p)
                 EXPECT_EQ(samples(im, p), samples(expected, p)) << c.name << fmt2string(format) << p;
         }
