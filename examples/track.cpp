@@ -9,19 +9,18 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
+#include "WatchedSink.h"
+
 #include <CLI/CLI.hpp>
-#include <boost/thread/thread.hpp>
 
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <deque>
 #include <exception>
 #include <filesystem>
-#include <future>
 #include <iomanip>
 #include <iostream>
 #include <optional>
@@ -199,7 +198,7 @@ void printTotals(unsigned long frames, Ko::Timer& all, const std::vector<std::pa
         std::cout << "  " << name << " " << timer->getCum() / 1e6 << " s\n";
 }
 
-void track(const Options& options) {
+void track(const Options& options, Ko::VideoOutputVideoFile& sink) {
     Ko::Timer all;
     std::error_code missing;
     if (std::filesystem::equivalent(options.input, options.output, missing))
@@ -208,8 +207,6 @@ void track(const Options& options) {
     Ko::Frac<unsigned int> rate = source.getFrameRate();
     if (rate.num == 0 || rate.den == 0)
         rate = {25, 1}; // the file does not tell
-
-    Ko::VideoOutputVideoFile sink;
     if (!options.encoder.empty())
         sink.setEncoder(options.encoder);
     sink.open(source.getWidth(), source.getHeight(), options.output, rate, options.bitRate);
@@ -221,45 +218,29 @@ void track(const Options& options) {
     MotionFinder finder;
     Track path;
     unsigned long frames = 0;
-    std::packaged_task<void()> loop([&] {
-        while (!interrupted) {
-            reading.start();
-            const bool delivered = source.read(frame);
-            reading.stop();
-            if (!delivered)
-                break;
-            finding.start();
-            path.update(finder.find(frame));
-            finding.stop();
-            drawing.start();
-            path.draw(frame, font);
-            drawCounter(frame, font, frames, rate);
-            drawing.stop();
-            writing.start();
-            sink.write(frame);
-            writing.stop();
-            showProgress(++frames, source);
-        }
-    });
-    // A sink that met an error takes nothing out of its queue any more, and write() would wait for ever: the thread it
-    // waits on has to be interrupted.
-    std::future<void> end = loop.get_future();
-    boost::thread worker(std::move(loop));
-    while (end.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready)
-        if (!sink.getError().empty())
-            worker.interrupt();
-    worker.join();
-    try {
-        end.get();
-    } catch (const boost::thread_interrupted&) {
-        throw std::runtime_error(options.output + ": " + sink.getError());
+    while (!interrupted) {
+        reading.start();
+        const bool delivered = source.read(frame);
+        reading.stop();
+        if (!delivered)
+            break;
+        finding.start();
+        path.update(finder.find(frame));
+        finding.stop();
+        drawing.start();
+        path.draw(frame, font);
+        drawCounter(frame, font, frames, rate);
+        drawing.stop();
+        writing.start();
+        sink.write(frame);
+        writing.stop();
+        showProgress(++frames, source);
     }
     writing.start();
     sink.close(); // what is still queued is encoded here
     writing.stop();
-    if (!sink.getError().empty())
-        throw std::runtime_error(options.output + ": " + sink.getError());
-    printTotals(frames, all, {{"read ", &reading}, {"find ", &finding}, {"draw ", &drawing}, {"write", &writing}});
+    if (sink.getError().empty())
+        printTotals(frames, all, {{"read ", &reading}, {"find ", &finding}, {"draw ", &drawing}, {"write", &writing}});
 }
 
 } // namespace
@@ -275,7 +256,8 @@ int main(int argc, char** argv) {
 
     std::signal(SIGINT, interrupt);
     try {
-        track(options);
+        Ko::VideoOutputVideoFile sink;
+        runWatched(sink, options.output, [&] { track(options, sink); });
     } catch (const std::exception& e) {
         std::cerr << "track: " << e.what() << "\n";
         return 1;
