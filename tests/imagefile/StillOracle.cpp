@@ -9,24 +9,10 @@
 #include <png.h>
 
 #include <csetjmp>
-#include <cstring>
 
 namespace testing_support {
 
 namespace {
-
-struct Source {
-    const std::string* bytes;
-    std::size_t position;
-};
-
-void feed(png_structp png, png_bytep data, png_size_t n) {
-    auto* source = static_cast<Source*>(png_get_io_ptr(png));
-    if (n > source->bytes->size() - source->position)
-        png_error(png, "end of data");
-    std::memcpy(data, source->bytes->data() + source->position, n);
-    source->position += n;
-}
 
 // The jumps pass only this function and decodeInto(), which hold nothing to destroy.
 bool readUntransformed(png_structp png, png_infop info) {
@@ -102,12 +88,13 @@ bool decodeInto(Image& im, jpeg_decompress_struct& jpeg, Jump& jump, const std::
 std::optional<Image> decodePng(const std::string& bytes) {
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
-    Source source{&bytes, 0};
-    png_set_read_fn(png, &source, feed);
+    std::FILE* file = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb");
+    png_init_io(png, file);
     std::optional<Image> result;
     if (readUntransformed(png, info))
         result = fromRows(png, info);
     png_destroy_read_struct(&png, &info, nullptr);
+    std::fclose(file);
     return result;
 }
 
