@@ -1,33 +1,13 @@
 #include "Kovanta/Font.h"
 
+#include "draw/AllocationCount.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <string>
 #include <thread>
 #include <vector>
-
-namespace {
-std::atomic<long> allocations{0};
-}
-
-void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* block = std::malloc(size))
-        return block;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
 
 namespace {
 
@@ -72,9 +52,9 @@ TEST(FontThreads, DrawingAllocatesNothing) {
     Image im(Ko::PF_YCC444P);
     im.size(200, 60);
     const std::string text = "none at all,\nnot even over edges";
-    const long before = allocations;
+    const long before = allocationCount();
     font.drawText(im, text, {-5, 10}, {235, 128, 128});
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(allocationCount(), before);
     EXPECT_GT(before, 0);
 }
 

@@ -275,13 +275,7 @@ int open(const char* path, int flags, ...) {
     return fake::openAny(path, flags, mode);
 }
 
-int open64(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return fake::openAny(path, flags, mode);
-}
+int open64(const char* path, int flags, ...) __attribute__((alias("open")));
 
 int ioctl(int fd, unsigned long request, ...) noexcept {
     va_list arguments;
