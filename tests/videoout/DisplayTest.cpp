@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -36,39 +37,32 @@ constexpr unsigned int frameWidth = 64;
 constexpr unsigned int frameHeight = 48;
 constexpr user::Geometry wholeScreen{0, 0, 1024, 768};
 
-struct Ycc {
-    int y, cb, cr;
-};
+using Ycc = std::array<int, 3>;
 
 /// Four fields of strong, different colours, so that swapped planes, rows or columns show.
 Ycc colorAt(unsigned int x, unsigned int y, unsigned int w = frameWidth, unsigned int h = frameHeight) {
-    static const Ycc fields[2][2] = {{{90, 200, 100}, {130, 60, 190}}, {{180, 128, 60}, {60, 140, 150}}};
+    constexpr Ycc fields[2][2] = {{{90, 200, 100}, {130, 60, 190}}, {{180, 128, 60}, {60, 140, 150}}};
     return fields[y >= h / 2][x >= w / 2];
 }
 
 Image frame(Ko::PIXEL_FORMAT format, unsigned int w = frameWidth, unsigned int h = frameHeight) {
     Image im(format);
     im.size(w, h);
-    for (int p = 0; p < 4; ++p)
+    for (std::size_t p = 0; p < 3; ++p)
         for (unsigned int y = 0; im.plane[p].rows && y < im.plane[p].height; ++y)
-            for (unsigned int x = 0; x < im.plane[p].width; ++x) {
-                const Ycc c = colorAt(x * im.horDiv[p], y * im.verDiv[p], w, h);
-                im.plane[p].view[y][x] = static_cast<unsigned char>(p == 0 ? c.y : p == 1 ? c.cb : c.cr);
-            }
+            for (unsigned int x = 0; x < im.plane[p].width; ++x)
+                im.plane[p].view[y][x] =
+                    static_cast<unsigned char>(colorAt(x * im.horDiv[p], y * im.verDiv[p], w, h)[p]);
     return im;
 }
 
 /// Whether SDL makes this of a sample where it draws the overlay itself: BT.601 with the luma left in its range.
-bool shows(user::Rgb is, Ycc c, bool grey = false) {
-    if (grey)
-        c = {c.y * 219 / 255 + 16, 128, 128};
-    const double want[] = {c.y + 1.402 * (c.cr - 128), c.y - 0.714 * (c.cr - 128) - 0.344 * (c.cb - 128),
-                           c.y + 1.772 * (c.cb - 128)};
-    const int have[] = {is.r, is.g, is.b};
-    for (int i = 0; i < 3; ++i)
-        if (std::abs(have[i] - std::lround(std::min(255.0, std::max(0.0, want[i])))) > 3)
-            return false;
-    return true;
+bool shows(const user::Rgb& is, const Ycc& c, bool grey = false) {
+    const int y = grey ? c[0] * 219 / 255 + 16 : c[0], cb = grey ? 0 : c[1] - 128, cr = grey ? 0 : c[2] - 128;
+    const double want[] = {y + 1.402 * cr, y - 0.714 * cr - 0.344 * cb, y + 1.772 * cb};
+    return std::equal(is.begin(), is.end(), want, [](int a, double b) {
+        return std::abs(a - std::lround(std::min(255.0, std::max(0.0, b)))) <= 3;
+    });
 }
 
 /// Every pixel of the area is the frame's, stretched; those that a stretch may give to either field are left out.
@@ -83,7 +77,7 @@ void expectOnScreen(user::Geometry area, bool grey = false) {
                 continue;
             const user::Rgb is = pixels[y * area.width + x];
             ASSERT_TRUE(shows(is, colorAt(x, y, area.width, area.height), grey))
-                << x << "," << y << ": " << is.r << " " << is.g << " " << is.b;
+                << x << "," << y << ": " << testing::PrintToString(is);
         }
 }
 

@@ -65,7 +65,7 @@ std::vector<Rgb> screen(Geometry area) {
     for (int y = 0; y < image->height; ++y)
         for (int x = 0; x < image->width; ++x) {
             const int p = static_cast<int>(XGetPixel(image, x, y));
-            pixels.push_back({p >> 16 & 255, p >> 8 & 255, p & 255});
+            pixels.push_back({{p >> 16 & 255, p >> 8 & 255, p & 255}});
         }
     XDestroyImage(image);
     return pixels;

@@ -1,6 +1,7 @@
 #ifndef KOVANTA_TESTS_VIDEOOUT_XCLIENT_H
 #define KOVANTA_TESTS_VIDEOOUT_XCLIENT_H
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -8,9 +9,7 @@
 /// windows. Keeps Xlib's names away from the tests.
 namespace user {
 
-struct Rgb {
-    int r, g, b;
-};
+using Rgb = std::array<int, 3>;
 struct Geometry {
     int x, y;
     unsigned int width, height;
