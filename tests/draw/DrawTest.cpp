@@ -160,11 +160,13 @@ TEST(DrawLine, StaysInsideWhatTheImageHolds) {
     // The smallest plane tells how far to go in all of them.
     Image subsampled = blank(8, 8, Ko::PF_YCC420P);
     Ko::drawLine(subsampled, -2, -2, 7, 7, ink);
+    Ko::drawLine(subsampled, 1, 7, 1, -7, ink);
     const unsigned char inks[] = {ink.y, ink.cb, ink.cr};
     for (int p = 0; p < 3; ++p)
         for (unsigned y = 0; y < subsampled.plane[p].height; ++y)
             for (unsigned x = 0; x < subsampled.plane[p].width; ++x)
-                EXPECT_EQ(subsampled.plane[p].view[y][x], x == y && x < 4 ? inks[p] : 7) << p << ":" << x << "," << y;
+                EXPECT_EQ(subsampled.plane[p].view[y][x], x < 4 && y < 4 && (x == y || x == 1) ? inks[p] : 7)
+                    << p << ":" << x << "," << y;
 
     // A view holds less than the size says; what lies past it must not be reached.
     Image seen = blank(8, 8);

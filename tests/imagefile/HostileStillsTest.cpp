@@ -224,13 +224,14 @@ TEST(HostileStills, NothingIsLeftBehindByManyReads) {
     const int refusedOnce = refusals(); // what is made once is made now
     EXPECT_GT(refusedOnce, static_cast<int>(files.size()));
     const int repeats = sanitized ? 15 : 150;
-    int refused = 0;
-    const auto before = held();
-    for (int i = 0; i < repeats; ++i)
-        refused += refusals();
-    const auto after = held();
-    EXPECT_EQ(refused, repeats * refusedOnce);
-    EXPECT_EQ(after, before);
+    int growths = 0;
+    for (int i = 0; i < repeats; ++i) {
+        const auto before = held();
+        EXPECT_EQ(refusals(), refusedOnce);
+        growths += held() > before;
+    }
+    // What malloc caches changes now and then; a leak shows every time.
+    EXPECT_LT(growths, repeats / 2);
 }
 
 } // namespace
