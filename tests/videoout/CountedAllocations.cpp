@@ -6,19 +6,14 @@
 
 // A file of its own: seen together with a "new", the compiler takes the "free" below for a mistake.
 
-namespace {
-
-std::atomic<std::size_t> count{0};
-
-} // namespace
+static std::atomic<std::size_t> count{0};
 
 std::size_t bigAllocations() {
     return count;
 }
 
 void* operator new(std::size_t size) {
-    if (size >= 10000)
-        ++count;
+    count += size >= 10000;
     if (void* memory = std::malloc(size ? size : 1))
         return memory;
     throw std::bad_alloc();
