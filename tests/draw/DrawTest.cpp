@@ -15,9 +15,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::Image;
-using testing_support::samples;
+using namespace testing_support;
 
 using Pixels = std::set<std::pair<int, int>>;
 
@@ -28,7 +26,7 @@ constexpr int height = 29;
 Image blank(int w = width, int h = height, Ko::PIXEL_FORMAT format = Ko::PF_YCC444P) {
     Image im(format);
     im.size(static_cast<unsigned>(w), static_cast<unsigned>(h));
-    testing_support::fill(im, 7);
+    fill(im, 7);
     return im;
 }
 

@@ -26,14 +26,7 @@ constexpr bool sanitized = false;
 
 namespace {
 
-using testing_support::difference;
-using testing_support::Image;
-using testing_support::makeJpeg;
-using testing_support::makePng;
-using testing_support::MemoryFile;
-using testing_support::pngChunk;
-using testing_support::pngStart;
-using testing_support::randomImage;
+using namespace testing_support;
 
 using Reader = void (*)(Image&, const std::string&);
 
@@ -73,7 +66,7 @@ const std::vector<Still>& smallStills() {
 /// Reads a damaged file and holds the outcome against that of the bare library; tells whether it became a picture.
 bool readsAsBareLibrary(const Still& still, MemoryFile& file, const std::string& bytes) {
     const bool png = still.read == Ko::readPngImage;
-    const auto decoded = png ? testing_support::decodePng(bytes) : testing_support::decodeJpeg(bytes);
+    const auto decoded = png ? decodePng(bytes) : decodeJpeg(bytes);
     Image im = randomImage(decoded ? decoded->format : Ko::PF_RGB, 2, 2);
     const std::string text = outcome(still.read, file, bytes, im);
     EXPECT_EQ(text.empty(), decoded.has_value()) << text;
@@ -113,7 +106,7 @@ TEST(HostileStills, EveryBitFlipped) {
             bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
             ++outcomes[readsAsBareLibrary(still, file, bytes)];
             if (still.read == Ko::readPngImage) // once more past the checksums
-                ++outcomes[readsAsBareLibrary(still, file, testing_support::withRightChecksums(bytes))];
+                ++outcomes[readsAsBareLibrary(still, file, withRightChecksums(bytes))];
         }
     EXPECT_GT(outcomes[0], 1000);
     EXPECT_GT(outcomes[1], 1000);
