@@ -49,19 +49,16 @@ struct Still {
     std::string bytes;
 };
 
-const std::vector<Still>& smallStills() {
-    static const std::vector<Still> stills = {
-        {"grey png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_GRAY, 1, true, false, 9, 5})},
-        {"palette png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_PALETTE, 2, false, true, 5, 4})},
-        {"rgb png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB, 8, false, true, 3, 3})},
-        {"rgba png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB_ALPHA, 16, true, false, 3, 2})},
-        {"grey jpeg", Ko::readJpegImage, makeJpeg({1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, false, false, 9, 9})},
-        {"jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, false, 9, 9})},
-        {"progressive jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, false, 5, 5})},
-        {"arithmetic jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, false, true, 9, 9})},
-    };
-    return stills;
-}
+const std::vector<Still> smallStills = {
+    {"grey png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_GRAY, 1, true, false, 9, 5})},
+    {"palette png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_PALETTE, 2, false, true, 5, 4})},
+    {"rgb png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB, 8, false, true, 3, 3})},
+    {"rgba png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB_ALPHA, 16, true, false, 3, 2})},
+    {"grey jpeg", Ko::readJpegImage, makeJpeg({1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, false, false, 9, 9})},
+    {"jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, false, 9, 9})},
+    {"progressive jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, false, 5, 5})},
+    {"arithmetic jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, false, true, 9, 9})},
+};
 
 /// Reads a damaged file and holds the outcome against that of the bare library; tells whether it became a picture.
 bool readsAsBareLibrary(const Still& still, MemoryFile& file, const std::string& bytes) {
@@ -84,7 +81,7 @@ public:
 TEST(HostileStills, TruncatedAtEveryByte) {
     const Quiet quiet;
     MemoryFile file;
-    for (const Still& still : smallStills()) {
+    for (const Still& still : smallStills) {
         int pictures = 0;
         for (std::size_t n = 0; n < still.bytes.size(); ++n) {
             SCOPED_TRACE(testing::Message() << still.what << " cut at " << n);
@@ -99,7 +96,7 @@ TEST(HostileStills, EveryBitFlipped) {
     const Quiet quiet;
     MemoryFile file;
     int outcomes[2] = {}; // refusals, pictures
-    for (const Still& still : smallStills())
+    for (const Still& still : smallStills)
         for (std::size_t bit = 0; bit < 8 * still.bytes.size(); ++bit) {
             SCOPED_TRACE(testing::Message() << still.what << " bit " << bit);
             std::string bytes = still.bytes;
@@ -192,7 +189,7 @@ TEST(HostileStills, NothingIsLeftBehindByManyReads) {
         {Ko::readPpmImage, "P6 4 2 255 short"},
         {Ko::readPpmImage, "P6 4 2 15 "},
     };
-    for (const Still& still : smallStills()) {
+    for (const Still& still : smallStills) {
         std::string flipped = still.bytes;
         flipped[flipped.size() / 2] = static_cast<char>(flipped[flipped.size() / 2] ^ 0x55);
         for (const std::string& bytes : {still.bytes, still.bytes.substr(0, still.bytes.size() - 20), flipped})

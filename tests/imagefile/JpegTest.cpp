@@ -22,18 +22,16 @@ using namespace testing_support;
 
 TEST(Jpeg, EveryCodingOfGreyAndYccReadsAsLibjpegDecodesIt) {
     const TempDirectory directory;
-    const JpegRecipe recipes[] = {
-        {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1},
-        {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true},
-        {3, JCS_YCbCr, JCS_YCbCr, 2, 1},
-        {3, JCS_YCbCr, JCS_YCbCr, 2, 2},
-        {3, JCS_YCbCr, JCS_YCbCr, 1, 2, true},
-        {3, JCS_YCbCr, JCS_YCbCr, 4, 1},
-        {3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, true},
-        {3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, true},
-        {3, JCS_RGB, JCS_YCbCr, 2, 2, false, false, 1, 1},
-        {3, JCS_RGB, JCS_YCbCr, 2, 1, false, false, 40, 1},
-    };
+    const JpegRecipe recipes[] = {{1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1},
+                                  {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 2, 1},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 2, 2},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 1, 2, true},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 4, 1},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, true},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, true},
+                                  {3, JCS_RGB, JCS_YCbCr, 2, 2, false, false, 1, 1},
+                                  {3, JCS_RGB, JCS_YCbCr, 2, 1, false, false, 40, 1}};
     for (const JpegRecipe& recipe : recipes) {
         const std::string bytes = makeJpeg(recipe);
         const std::string path = directory.write("a.jpg", bytes);
