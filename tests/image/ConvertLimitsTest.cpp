@@ -90,8 +90,8 @@ TEST(ConvertLimits, LoneLastColumnsAndRows) {
     const Image narrow = converted(Ko::PF_YCC444P, randomImage(Ko::PF_JFIF422P, 1, 3));
     EXPECT_EQ(narrow.plane[1].view[0][0], poison);
 
-    Image direct = randomImage(Ko::PF_YCC420P, 7, 5);
-    const Image rgb = randomImage(Ko::PF_RGB, 7, 5);
+    Image direct = randomImage(Ko::PF_YCC420P, 1031, 5); // more than the tile that RGB_2_YCC420P works in
+    const Image rgb = randomImage(Ko::PF_RGB, 1031, 5);
     RGB_2_YCC420P(direct, rgb);
     EXPECT_EQ(samples(direct, 0), samples(inFormat(Ko::PF_YCC444P, rgb), 0));
 }
