@@ -15,9 +15,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::Image;
-using testing_support::samples;
+using namespace testing_support;
 
 using Pixels = std::set<std::pair<int, int>>;
 
@@ -28,7 +26,7 @@ constexpr int height = 29;
 Image blank(int w = width, int h = height, Ko::PIXEL_FORMAT format = Ko::PF_YCC444P) {
     Image im(format);
     im.size(static_cast<unsigned>(w), static_cast<unsigned>(h));
-    testing_support::fill(im, 7);
+    fill(im, 7);
     return im;
 }
 
@@ -160,11 +158,13 @@ TEST(DrawLine, StaysInsideWhatTheImageHolds) {
     // The smallest plane tells how far to go in all of them.
     Image subsampled = blank(8, 8, Ko::PF_YCC420P);
     Ko::drawLine(subsampled, -2, -2, 7, 7, ink);
+    Ko::drawLine(subsampled, 1, 7, 1, -7, ink);
     const unsigned char inks[] = {ink.y, ink.cb, ink.cr};
     for (int p = 0; p < 3; ++p)
         for (unsigned y = 0; y < subsampled.plane[p].height; ++y)
             for (unsigned x = 0; x < subsampled.plane[p].width; ++x)
-                EXPECT_EQ(subsampled.plane[p].view[y][x], x == y && x < 4 ? inks[p] : 7) << p << ":" << x << "," << y;
+                EXPECT_EQ(subsampled.plane[p].view[y][x], x < 4 && y < 4 && (x == y || x == 1) ? inks[p] : 7)
+                    << p << ":" << x << "," << y;
 
     // A view holds less than the size says; what lies past it must not be reached.
     Image seen = blank(8, 8);

@@ -13,13 +13,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::fill;
-using testing_support::Image;
-using testing_support::randomImage;
-using testing_support::samples;
-using testing_support::thrownText;
-using testing_support::WrappedImage;
+using namespace testing_support;
 
 constexpr unsigned char poison = 0xA5;
 constexpr const char* resizeText = "[Array2D<T>::resize]: Noalloc and trying to resize.";
@@ -61,7 +55,7 @@ TEST(ConvertLimits, OddSizesInWrappedMemoryStayInsideThePlanes) {
                 Image part(target);
                 part.size(even.width, even.height);
                 copyPart(part, dst.im);
-                ASSERT_EQ(difference(part, testing_support::inFormat(target, even)), "");
+                ASSERT_EQ(difference(part, inFormat(target, even)), "");
             }
 }
 
@@ -91,15 +85,15 @@ TEST(ConvertLimits, LoneLastColumnsAndRows) {
     // The last column has luma of its own; its chroma is that of the pair before.
     const Image jfif = randomImage(Ko::PF_JFIF422P, 7, 3);
     const Image studio = converted(Ko::PF_YCC444P, jfif);
-    EXPECT_EQ(studio.plane[0].view[2][6], testing_support::studioFromFull(jfif.plane[0].view[2][6], 0, 0)[0]);
+    EXPECT_EQ(studio.plane[0].view[2][6], studioFromFull(jfif.plane[0].view[2][6], 0, 0)[0]);
     EXPECT_EQ(studio.plane[1].view[2][6], studio.plane[1].view[2][5]);
     const Image narrow = converted(Ko::PF_YCC444P, randomImage(Ko::PF_JFIF422P, 1, 3));
     EXPECT_EQ(narrow.plane[1].view[0][0], poison);
 
-    Image direct = randomImage(Ko::PF_YCC420P, 7, 5);
-    const Image rgb = randomImage(Ko::PF_RGB, 7, 5);
+    Image direct = randomImage(Ko::PF_YCC420P, 1031, 5); // more than the tile that RGB_2_YCC420P works in
+    const Image rgb = randomImage(Ko::PF_RGB, 1031, 5);
     RGB_2_YCC420P(direct, rgb);
-    EXPECT_EQ(samples(direct, 0), samples(testing_support::inFormat(Ko::PF_YCC444P, rgb), 0));
+    EXPECT_EQ(samples(direct, 0), samples(inFormat(Ko::PF_YCC444P, rgb), 0));
 }
 
 TEST(ConvertLimits, WrappedTargetTakesWhatFitsAndRefusesTheRest) {

@@ -11,13 +11,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::expectedConversion;
-using testing_support::Image;
-using testing_support::inFormat;
-using testing_support::randomImage;
-using testing_support::samples;
-using testing_support::thrownText;
+using namespace testing_support;
 
 Ko::PIXEL_FORMAT format(unsigned value) {
     return static_cast<Ko::PIXEL_FORMAT>(value);

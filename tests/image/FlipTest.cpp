@@ -9,12 +9,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::Image;
-using testing_support::randomImage;
-using testing_support::samples;
-using testing_support::thrownText;
-using testing_support::WrappedImage;
+using namespace testing_support;
 
 const Ko::PIXEL_FORMAT known[] = {Ko::PF_Y, Ko::PF_YCC444P, Ko::PF_RGB};
 

@@ -8,10 +8,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::Image;
-using testing_support::randomImage;
-using testing_support::thrownText;
+using namespace testing_support;
 
 using Sizes = std::array<std::pair<unsigned, unsigned>, 4>;
 

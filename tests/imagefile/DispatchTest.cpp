@@ -13,13 +13,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::fileBytes;
-using testing_support::Image;
-using testing_support::randomImage;
-using testing_support::samples;
-using testing_support::TempDirectory;
-using testing_support::thrownText;
+using namespace testing_support;
 
 TEST(Dispatch, TheLastExtensionChoosesTheFormatInAnyCase) {
     const TempDirectory directory;

@@ -26,14 +26,7 @@ constexpr bool sanitized = false;
 
 namespace {
 
-using testing_support::difference;
-using testing_support::Image;
-using testing_support::makeJpeg;
-using testing_support::makePng;
-using testing_support::MemoryFile;
-using testing_support::pngChunk;
-using testing_support::pngStart;
-using testing_support::randomImage;
+using namespace testing_support;
 
 using Reader = void (*)(Image&, const std::string&);
 
@@ -56,24 +49,21 @@ struct Still {
     std::string bytes;
 };
 
-const std::vector<Still>& smallStills() {
-    static const std::vector<Still> stills = {
-        {"grey png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_GRAY, 1, true, false, 9, 5})},
-        {"palette png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_PALETTE, 2, false, true, 5, 4})},
-        {"rgb png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB, 8, false, true, 3, 3})},
-        {"rgba png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB_ALPHA, 16, true, false, 3, 2})},
-        {"grey jpeg", Ko::readJpegImage, makeJpeg({1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, false, false, 9, 9})},
-        {"jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, false, 9, 9})},
-        {"progressive jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, false, 5, 5})},
-        {"arithmetic jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, false, true, 9, 9})},
-    };
-    return stills;
-}
+const std::vector<Still> smallStills = {
+    {"grey png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_GRAY, 1, true, false, 9, 5})},
+    {"palette png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_PALETTE, 2, false, true, 5, 4})},
+    {"rgb png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB, 8, false, true, 3, 3})},
+    {"rgba png", Ko::readPngImage, makePng({PNG_COLOR_TYPE_RGB_ALPHA, 16, true, false, 3, 2})},
+    {"grey jpeg", Ko::readJpegImage, makeJpeg({1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, false, false, 9, 9})},
+    {"jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, false, 9, 9})},
+    {"progressive jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, false, 5, 5})},
+    {"arithmetic jpeg", Ko::readJpegImage, makeJpeg({3, JCS_YCbCr, JCS_YCbCr, 1, 1, false, true, 9, 9})},
+};
 
 /// Reads a damaged file and holds the outcome against that of the bare library; tells whether it became a picture.
 bool readsAsBareLibrary(const Still& still, MemoryFile& file, const std::string& bytes) {
     const bool png = still.read == Ko::readPngImage;
-    const auto decoded = png ? testing_support::decodePng(bytes) : testing_support::decodeJpeg(bytes);
+    const auto decoded = png ? decodePng(bytes) : decodeJpeg(bytes);
     Image im = randomImage(decoded ? decoded->format : Ko::PF_RGB, 2, 2);
     const std::string text = outcome(still.read, file, bytes, im);
     EXPECT_EQ(text.empty(), decoded.has_value()) << text;
@@ -91,7 +81,7 @@ public:
 TEST(HostileStills, TruncatedAtEveryByte) {
     const Quiet quiet;
     MemoryFile file;
-    for (const Still& still : smallStills()) {
+    for (const Still& still : smallStills) {
         int pictures = 0;
         for (std::size_t n = 0; n < still.bytes.size(); ++n) {
             SCOPED_TRACE(testing::Message() << still.what << " cut at " << n);
@@ -106,14 +96,14 @@ TEST(HostileStills, EveryBitFlipped) {
     const Quiet quiet;
     MemoryFile file;
     int outcomes[2] = {}; // refusals, pictures
-    for (const Still& still : smallStills())
+    for (const Still& still : smallStills)
         for (std::size_t bit = 0; bit < 8 * still.bytes.size(); ++bit) {
             SCOPED_TRACE(testing::Message() << still.what << " bit " << bit);
             std::string bytes = still.bytes;
             bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ 1 << bit % 8);
             ++outcomes[readsAsBareLibrary(still, file, bytes)];
             if (still.read == Ko::readPngImage) // once more past the checksums
-                ++outcomes[readsAsBareLibrary(still, file, testing_support::withRightChecksums(bytes))];
+                ++outcomes[readsAsBareLibrary(still, file, withRightChecksums(bytes))];
         }
     EXPECT_GT(outcomes[0], 1000);
     EXPECT_GT(outcomes[1], 1000);
@@ -199,7 +189,7 @@ TEST(HostileStills, NothingIsLeftBehindByManyReads) {
         {Ko::readPpmImage, "P6 4 2 255 short"},
         {Ko::readPpmImage, "P6 4 2 15 "},
     };
-    for (const Still& still : smallStills()) {
+    for (const Still& still : smallStills) {
         std::string flipped = still.bytes;
         flipped[flipped.size() / 2] = static_cast<char>(flipped[flipped.size() / 2] ^ 0x55);
         for (const std::string& bytes : {still.bytes, still.bytes.substr(0, still.bytes.size() - 20), flipped})
@@ -224,13 +214,14 @@ TEST(HostileStills, NothingIsLeftBehindByManyReads) {
     const int refusedOnce = refusals(); // what is made once is made now
     EXPECT_GT(refusedOnce, static_cast<int>(files.size()));
     const int repeats = sanitized ? 15 : 150;
-    int refused = 0;
-    const auto before = held();
-    for (int i = 0; i < repeats; ++i)
-        refused += refusals();
-    const auto after = held();
-    EXPECT_EQ(refused, repeats * refusedOnce);
-    EXPECT_EQ(after, before);
+    int growths = 0;
+    for (int i = 0; i < repeats; ++i) {
+        const auto before = held();
+        EXPECT_EQ(refusals(), refusedOnce);
+        growths += held() > before;
+    }
+    // What malloc caches changes now and then; a leak shows every time.
+    EXPECT_LT(growths, repeats / 2);
 }
 
 } // namespace

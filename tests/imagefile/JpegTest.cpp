@@ -18,36 +18,28 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::fileBytes;
-using testing_support::Image;
-using testing_support::JpegRecipe;
-using testing_support::randomImage;
-using testing_support::TempDirectory;
-using testing_support::thrownText;
+using namespace testing_support;
 
 TEST(Jpeg, EveryCodingOfGreyAndYccReadsAsLibjpegDecodesIt) {
     const TempDirectory directory;
-    const JpegRecipe recipes[] = {
-        {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1},
-        {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true},
-        {3, JCS_YCbCr, JCS_YCbCr, 2, 1},
-        {3, JCS_YCbCr, JCS_YCbCr, 2, 2},
-        {3, JCS_YCbCr, JCS_YCbCr, 1, 2, true},
-        {3, JCS_YCbCr, JCS_YCbCr, 4, 1},
-        {3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, true},
-        {3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, true},
-        {3, JCS_RGB, JCS_YCbCr, 2, 2, false, false, 1, 1},
-        {3, JCS_RGB, JCS_YCbCr, 2, 1, false, false, 40, 1},
-    };
+    const JpegRecipe recipes[] = {{1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1},
+                                  {1, JCS_GRAYSCALE, JCS_GRAYSCALE, 1, 1, true},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 2, 1},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 2, 2},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 1, 2, true},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 4, 1},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 2, 2, false, true},
+                                  {3, JCS_YCbCr, JCS_YCbCr, 1, 1, true, true},
+                                  {3, JCS_RGB, JCS_YCbCr, 2, 2, false, false, 1, 1},
+                                  {3, JCS_RGB, JCS_YCbCr, 2, 1, false, false, 40, 1}};
     for (const JpegRecipe& recipe : recipes) {
-        const std::string bytes = testing_support::makeJpeg(recipe);
+        const std::string bytes = makeJpeg(recipe);
         const std::string path = directory.write("a.jpg", bytes);
-        const auto decoded = testing_support::decodeJpeg(bytes);
+        const auto decoded = decodeJpeg(bytes);
         ASSERT_TRUE(decoded);
         EXPECT_EQ(decoded->width, recipe.width);
         for (const Ko::PIXEL_FORMAT format : {decoded->format, Ko::PF_YCC444P})
-            EXPECT_EQ(testing_support::wrongReading(path, *decoded, format), "") << fmt2string(format);
+            EXPECT_EQ(wrongReading(path, *decoded, format), "") << fmt2string(format);
     }
 }
 
@@ -60,7 +52,7 @@ TEST(Jpeg, OtherColourSpacesAreRefused) {
           Case{{2, JCS_UNKNOWN, JCS_UNKNOWN, 1, 1}, unsupported},
           Case{{3, JCS_RGB, JCS_RGB, 1, 1},
                "[readJpegImage]: libjpeg failed. (Unsupported color conversion request)"}}) {
-        const std::string path = directory.write("a.jpg", testing_support::makeJpeg(recipe));
+        const std::string path = directory.write("a.jpg", makeJpeg(recipe));
         const Image before = randomImage(Ko::PF_YCC444P, 3, 2);
         Image im = before;
         EXPECT_EQ(thrownText<std::runtime_error>([&] { Ko::readJpegImage(im, path); }), text);
@@ -74,7 +66,7 @@ TEST(Jpeg, WritesOneKindOfFile) {
     for (const Ko::PIXEL_FORMAT format : {Ko::PF_JFIF, Ko::PF_YCC444P}) {
         const Image im = randomImage(format, 37, 19);
         Ko::writeJpegImage(path, im);
-        const Image jfif = testing_support::inFormat(Ko::PF_JFIF, im);
+        const Image jfif = inFormat(Ko::PF_JFIF, im);
         // Bare libjpeg makes the same bytes of the same settings.
         bench::BarePicture picture;
         picture.size(im.width, im.height);
@@ -103,7 +95,7 @@ TEST(Jpeg, ARefusedConversionComesAfterTheResize) {
     const TempDirectory directory;
     const std::string path = directory.file("a.jpg");
     Ko::writeJpegImage(path, randomImage(Ko::PF_JFIF, 6, 4));
-    testing_support::WrappedImage wrapped(Ko::PF_Y, 9, 9);
+    WrappedImage wrapped(Ko::PF_Y, 9, 9);
     EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::readJpegImage(wrapped.im, path); }),
               "[convertIm]: Don't know how to convert from PF_JFIF (Packed JFIF Y'CbCr 4:4:4) to PF_Y (Grayscale).");
     EXPECT_EQ(wrapped.im.width, 6u);

@@ -13,13 +13,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::fileBytes;
-using testing_support::Image;
-using testing_support::PngRecipe;
-using testing_support::randomImage;
-using testing_support::TempDirectory;
-using testing_support::thrownText;
+using namespace testing_support;
 
 const std::string notice = "[readPngImage]: Grayscale plus alpha is currently not supported, removing alpha channel.\n";
 
@@ -45,14 +39,14 @@ TEST(Png, EveryKindReadsAsItsSamplesSay) {
     for (const PngRecipe& recipe : everyKind()) {
         SCOPED_TRACE(testing::Message() << "type " << recipe.colorType << " depth " << recipe.bitDepth << " interlaced "
                                         << recipe.interlaced << " transparency " << recipe.transparency);
-        const std::string bytes = testing_support::makePng(recipe);
+        const std::string bytes = makePng(recipe);
         const std::string path = directory.write("a.png", bytes);
-        const auto decoded = testing_support::decodePng(bytes);
+        const auto decoded = decodePng(bytes);
         ASSERT_TRUE(decoded);
         EXPECT_EQ(decoded->width, recipe.width);
         for (const Ko::PIXEL_FORMAT format : {decoded->format, Ko::PF_YCC444P}) {
             testing::internal::CaptureStdout();
-            EXPECT_EQ(testing_support::wrongReading(path, *decoded, format), "") << fmt2string(format);
+            EXPECT_EQ(wrongReading(path, *decoded, format), "") << fmt2string(format);
             EXPECT_EQ(testing::internal::GetCapturedStdout(),
                       recipe.colorType == PNG_COLOR_TYPE_GRAY_ALPHA ? notice : "");
         }
@@ -66,10 +60,10 @@ TEST(Png, WritesPlainRgb) {
         const Image im = randomImage(format, 37, 19);
         Ko::writePngImage(path, im);
         const std::string bytes = fileBytes(path);
-        const auto decoded = testing_support::decodePng(bytes);
+        const auto decoded = decodePng(bytes);
         ASSERT_TRUE(decoded);
-        EXPECT_EQ(difference(*decoded, testing_support::inFormat(Ko::PF_RGB, im)), "");
-        const std::string start = testing_support::pngStart(37, 19, 8, PNG_COLOR_TYPE_RGB);
+        EXPECT_EQ(difference(*decoded, inFormat(Ko::PF_RGB, im)), "");
+        const std::string start = pngStart(37, 19, 8, PNG_COLOR_TYPE_RGB);
         EXPECT_EQ(bytes.substr(0, start.size()), start);      // not interlaced, and
         EXPECT_EQ(bytes.substr(start.size() + 4, 4), "IDAT"); // nothing between header
         EXPECT_EQ(bytes.substr(bytes.size() - 8, 4), "IEND"); // and pixels
@@ -93,7 +87,7 @@ TEST(Png, WhatCannotBeWritten) {
 
 TEST(Png, ARefusedConversionComesAfterTheResize) {
     const TempDirectory directory;
-    const std::string path = directory.write("a.png", testing_support::makePng({PNG_COLOR_TYPE_RGB_ALPHA, 8}));
+    const std::string path = directory.write("a.png", makePng({PNG_COLOR_TYPE_RGB_ALPHA, 8}));
     Image im = randomImage(Ko::PF_RGB, 3, 2);
     EXPECT_EQ(
         thrownText<std::logic_error>([&] { Ko::readPngImage(im, path); }),

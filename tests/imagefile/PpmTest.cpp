@@ -15,15 +15,7 @@
 
 namespace {
 
-using testing_support::difference;
-using testing_support::fileBytes;
-using testing_support::Image;
-using testing_support::inFormat;
-using testing_support::randomImage;
-using testing_support::samples;
-using testing_support::TempDirectory;
-using testing_support::thrownText;
-using testing_support::WrappedImage;
+using namespace testing_support;
 
 const std::string badMagic = "[ConvertIm::parseHeader]: Incorrect PPM/PGM header.";
 const std::string badMaximum = "[ConvertIm::parseHeader]: Only a maximum color value of 255 is supported now.";
@@ -79,7 +71,7 @@ TEST(Ppm, TheApplicationsLocaleDoesNotMatter) {
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
     const Image wide = randomImage(Ko::PF_Y, 1234, 1);
     Ko::writePgmImage(directory.file("a.pgm"), wide);
-    const std::string wrong = testing_support::wrongReading(directory.file("a.pgm"), wide, Ko::PF_Y);
+    const std::string wrong = wrongReading(directory.file("a.pgm"), wide, Ko::PF_Y);
     std::istringstream grouped("P5 1.234 1 255 ");
     unsigned size = 0;
     const std::string refused = thrownText<boost::bad_lexical_cast>([&] { parseHeader(size, size, grouped, '5'); });
@@ -142,7 +134,7 @@ TEST(Ppm, ReadsIntoTheFormatOfTheImage) {
         const Image original = randomImage(formats[0], 38, 22); // longer than what the stream buffers
         Ko::writeImage(path, original);
         for (const Ko::PIXEL_FORMAT format : formats)
-            EXPECT_EQ(testing_support::wrongReading(path, original, format), "") << name << fmt2string(format);
+            EXPECT_EQ(wrongReading(path, original, format), "") << name << fmt2string(format);
         // A refused pair leaves the size behind; an image over foreign memory keeps that memory.
         Image refused = randomImage(Ko::PF_BGR, 2, 2);
         EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::readImage(refused, path); }),
@@ -160,7 +152,7 @@ TEST(Ppm, AShortFileIsReadAsFarAsItGoes) {
     const TempDirectory directory;
     Image expected(Ko::PF_RGB);
     expected.size(4, 2);
-    testing_support::fill(expected, 0);
+    fill(expected, 0);
     std::fill_n(expected.plane[0].data, 14, static_cast<unsigned char>(0x40));
     const std::string path = directory.write("short.ppm", "P6\n#\n4 2\n255\n" + std::string(14, '\x40'));
     for (const Ko::PIXEL_FORMAT format : {Ko::PF_RGB, Ko::PF_YCC444P}) {
