@@ -51,7 +51,7 @@ public:
     /// @throws std::bad_alloc
     Array2D& operator=(const Array2D& src);
     /// As the move constructor; into a noalloc array it behaves as the copy assignment.
-    Array2D& operator=(Array2D&& src); // NOLINT(performance-noexcept-move-constructor)
+    Array2D& operator=(Array2D&& src); // NOLINT(performance-noexcept-move-constructor,bugprone-exception-escape)
     ~Array2D();
 
     /// Replaces the storage, uninitialised; leaves `subarrays` and `view` for the caller to reset. An owning array

@@ -6,7 +6,7 @@
 
 #include "Kovanta/ThreadedBuffer.h"
 #include "Kovanta/VideoOutputBase.h"
-#include "Kovanta/VideoOutputVideoFile.h"
 #include "Kovanta/VideoOutputDisplay.h"
+#include "Kovanta/VideoOutputVideoFile.h"
 
 #endif

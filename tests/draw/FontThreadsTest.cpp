@@ -1,56 +1,28 @@
 #include "Kovanta/Font.h"
 
+#include "draw/AllocationCount.h"
+#include "support/TestImages.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
+#include <array>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace {
-std::atomic<long> allocations{0};
-}
 
-void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* block = std::malloc(size))
-        return block;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
-
-namespace {
-
-using Image = Ko::Image<unsigned char>;
-
-std::string picture(const Ko::Font& font) {
-    Image im(Ko::PF_YCC444P);
-    im.size(150, 60);
-    std::string samples;
-    for (int p = 0; p < 3; ++p)
-        for (unsigned int y = 0; y < 60; ++y)
-            std::fill_n(im.plane[p].view[y], 150, static_cast<unsigned char>(y));
+std::array<std::vector<std::vector<unsigned char>>, 3> picture(const Ko::Font& font) {
+    auto im = testing_support::randomImage(Ko::PF_YCC444P, 150, 60);
     font.drawText(im, "threads\n\xff{}", {3, 25}, {235, 90, 170});
-    for (int p = 0; p < 3; ++p)
-        for (unsigned int y = 0; y < 60; ++y)
-            samples.append(reinterpret_cast<const char*>(im.plane[p].view[y]), 150);
-    return samples;
+    using testing_support::samples;
+    return {samples(im, 0), samples(im, 1), samples(im, 2)};
 }
 
 TEST(FontThreads, ShareOneFontOrMakeTheirOwn) {
     Ko::Font shared;
     shared.init(nullptr, 0, 20);
-    const std::string want = picture(shared);
+    const auto want = picture(shared);
     std::vector<std::thread> threads;
     std::vector<int> right(4);
     for (int& result : right)
@@ -69,12 +41,11 @@ TEST(FontThreads, ShareOneFontOrMakeTheirOwn) {
 TEST(FontThreads, DrawingAllocatesNothing) {
     Ko::Font font;
     font.init(nullptr, 0, 20);
-    Image im(Ko::PF_YCC444P);
-    im.size(200, 60);
+    auto im = testing_support::randomImage(Ko::PF_YCC444P, 200, 60);
     const std::string text = "none at all,\nnot even over edges";
-    const long before = allocations;
+    const long before = allocationCount();
     font.drawText(im, text, {-5, 10}, {235, 128, 128});
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(allocationCount(), before);
     EXPECT_GT(before, 0);
 }
 

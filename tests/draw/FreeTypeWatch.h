@@ -5,22 +5,23 @@
 /// FT_Done_FreeType stand before FreeType's own, for the library under test as well. Not for several threads.
 class FreeTypeWatch {
 public:
-    FreeTypeWatch();
+    FreeTypeWatch() = default;
     FreeTypeWatch(const FreeTypeWatch&) = delete;
     FreeTypeWatch& operator=(const FreeTypeWatch&) = delete;
-    ~FreeTypeWatch();
+    ~FreeTypeWatch() { countdown = 0; }
 
     /// Refuses the n-th allocation from now on (1 is the next), once.
-    void refuse(long n);
-    bool refused() const;
+    void refuse(long n) { countdown = n; }
+    bool refused() const { return countdown == 0; }
 
     /// What is held now and was not when the watch began.
-    long blocks() const;
-    long libraries() const;
+    long blocks() const { return blocksHeld - blocksBefore; }
+    long libraries() const { return librariesHeld - librariesBefore; }
+
+    static long blocksHeld, librariesHeld, countdown; ///< Of the whole program.
 
 private:
-    long blocksBefore;
-    long librariesBefore;
+    long blocksBefore = blocksHeld, librariesBefore = librariesHeld;
 };
 
 #endif

@@ -1,82 +1,63 @@
 #include "draw/SmallFonts.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <map>
-#include <utility>
+#include <numeric>
 #include <vector>
 
 namespace {
 
-using Bytes = std::string;
-
-Bytes u16(int v) {
-    return {static_cast<char>(v >> 8 & 255), static_cast<char>(v & 255)};
+/// Big-endian, 16 bits each.
+std::string words(const std::vector<int>& values) {
+    std::string bytes;
+    for (const int v : values)
+        bytes += {static_cast<char>(v >> 8 & 255), static_cast<char>(v & 255)};
+    return bytes;
 }
 
-Bytes u32(std::uint32_t v) {
-    return u16(static_cast<int>(v >> 16)) + u16(static_cast<int>(v & 0xffff));
+std::string padded(std::string bytes) {
+    bytes.resize((bytes.size() + 3) / 4 * 4);
+    return bytes;
 }
 
 /// An outline of one closed contour of straight lines.
-Bytes outline(const std::vector<std::pair<int, int>>& points) {
-    int box[4] = {points[0].first, points[0].second, points[0].first, points[0].second};
-    Bytes flags;
-    Bytes xs;
-    Bytes ys;
-    int x = 0;
-    int y = 0;
-    for (const auto& p : points) {
-        box[0] = std::min(box[0], p.first);
-        box[1] = std::min(box[1], p.second);
-        box[2] = std::max(box[2], p.first);
-        box[3] = std::max(box[3], p.second);
-        flags += '\1'; // on the curve, both coordinates as words
-        xs += u16(p.first - x);
-        ys += u16(p.second - y);
-        x = p.first;
-        y = p.second;
-    }
-    Bytes glyph = u16(1);
-    for (const int edge : box)
-        glyph += u16(edge);
-    glyph += u16(static_cast<int>(points.size()) - 1) + u16(0) + flags + xs + ys;
-    while (glyph.size() % 4 != 0)
-        glyph += '\0';
-    return glyph;
+std::string outline(const std::vector<int>& xs, const std::vector<int>& ys) {
+    const std::string onCurve(xs.size(), '\1'); // both coordinates as words
+    const auto steps = [](std::vector<int> points) {
+        std::adjacent_difference(points.begin(), points.end(), points.begin());
+        return words(points);
+    };
+    const auto x = std::minmax_element(xs.begin(), xs.end());
+    const auto y = std::minmax_element(ys.begin(), ys.end());
+    return padded(words({1, *x.first, *y.first, *x.second, *y.second, static_cast<int>(xs.size()) - 1, 0}) + onCurve +
+                  steps(xs) + steps(ys));
 }
 
 } // namespace
 
 std::string smallTrueType(int unitsPerEm) {
-    const Bytes box = outline({{100, 0}, {100, 700}, {500, 700}, {500, 0}});
-    const Bytes triangle = outline({{-90, -150}, {300, 800}, {690, -150}});
-    std::map<Bytes, Bytes> tables;
-    tables["glyf"] = box + triangle;
-    tables["loca"] =
-        u16(0) + u16(static_cast<int>(box.size() / 2)) + u16(static_cast<int>((box.size() + triangle.size()) / 2));
-    tables["head"] = u32(0x00010000) + u32(0x00010000) + u32(0) + u32(0x5f0f3cf5) + u16(0) + u16(unitsPerEm) +
-                     Bytes(16, '\0') + u16(-90) + u16(-150) + u16(690) + u16(800) + u16(0) + u16(6) + u16(2) + u16(0) +
-                     u16(0);
-    tables["hhea"] = u32(0x00010000) + u16(800) + u16(-200) + u16(0) + u16(650) + u16(-90) + u16(0) + u16(690) +
-                     u16(1) + Bytes(14, '\0') + u16(2);
-    tables["hmtx"] = u16(600) + u16(100) + u16(650) + u16(-90);
-    tables["maxp"] = u32(0x00010000) + u16(2) + u16(4) + u16(1) + u16(0) + u16(0) + u16(1) + Bytes(16, '\0');
-    // Format 4 with a segment for 'A' and the closing one.
-    tables["cmap"] = u16(0) + u16(1) + u16(3) + u16(1) + u32(12) + u16(4) + u16(32) + u16(0) + u16(4) + u16(4) +
-                     u16(1) + u16(0) + u16('A') + u16(0xffff) + u16(0) + u16('A') + u16(0xffff) + u16(1 - 'A') +
-                     u16(1) + u16(0) + u16(0);
+    const std::string box = outline({100, 100, 500, 500}, {0, 700, 700, 0});
+    const std::string triangle = outline({-90, 300, 690}, {-150, 800, -150});
+    const std::string zeros(16, '\0');
+    const int half = static_cast<int>(box.size() / 2);
+    const std::map<std::string, std::string> tables = {
+        {"glyf", box + triangle},
+        {"loca", words({0, half, half + static_cast<int>(triangle.size() / 2)})},
+        {"head", words({1, 0, 1, 0, 0, 0, 0x5f0f, 0x3cf5, 0, unitsPerEm}) + zeros +
+                     words({-90, -150, 690, 800, 0, 6, 2, 0, 0})},
+        {"hhea", words({1, 0, 800, -200, 0, 650, -90, 0, 690, 1, 0, 0, 0, 0, 0, 0, 0, 2})},
+        {"hmtx", words({600, 100, 650, -90})},
+        {"maxp", words({1, 0, 2, 4, 1, 0, 0, 1}) + zeros},
+        // Format 4 with a segment for 'A' and the closing one.
+        {"cmap", words({0, 1, 3, 1, 0, 12, 4, 32, 0, 4, 4, 1, 0, 'A', 0xffff, 0, 'A', 0xffff, 1 - 'A', 1, 0, 0})}};
 
     const int count = static_cast<int>(tables.size());
-    Bytes font = u32(0x00010000) + u16(count) + u16(64) + u16(2) + u16(count * 16 - 64);
-    auto offset = static_cast<std::uint32_t>(font.size() + tables.size() * 16);
-    Bytes data;
-    for (auto& [tag, table] : tables) {
-        font += tag + u32(0) + u32(offset) + u32(static_cast<std::uint32_t>(table.size()));
-        while (table.size() % 4 != 0)
-            table += '\0';
-        offset += static_cast<std::uint32_t>(table.size());
-        data += table;
+    std::string font = words({1, 0, count, 64, 2, count * 16 - 64});
+    std::string data;
+    for (const auto& [tag, table] : tables) {
+        const int offset = 12 + count * 16 + static_cast<int>(data.size());
+        font += tag + words({0, 0, 0, offset, 0, static_cast<int>(table.size())});
+        data += padded(table);
     }
     return font + data;
 }

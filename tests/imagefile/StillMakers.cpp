@@ -8,19 +8,12 @@
 
 #include <cstdlib>
 #include <random>
-#include <stdexcept>
 #include <vector>
 
 namespace testing_support {
 
 namespace {
 
-[[noreturn]] void pngFailed(png_structp, png_const_charp text) {
-    std::fprintf(stderr, "makePng: %s\n", text);
-    std::abort();
-}
-
-/// Smooth enough that coded files are small, random enough that every sample counts.
 std::vector<std::vector<unsigned char>> randomRows(std::size_t rowBytes, std::size_t height, unsigned seed) {
     std::mt19937 random(seed);
     std::vector<std::vector<unsigned char>> rows(height, std::vector<unsigned char>(rowBytes));
@@ -39,9 +32,9 @@ std::string bigEndian(unsigned value) {
 
 } // namespace
 
-std::string makePng(const PngSpec& spec) {
+std::string makePng(const PngRecipe& recipe) {
     std::string bytes;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, pngFailed, nullptr);
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr); // aborts on errors
     png_infop info = png_create_info_struct(png);
     png_set_write_fn(
         png, &bytes,
@@ -49,29 +42,23 @@ std::string makePng(const PngSpec& spec) {
             static_cast<std::string*>(png_get_io_ptr(p))->append(reinterpret_cast<char*>(data), n);
         },
         nullptr);
-    png_set_IHDR(png, info, spec.width, spec.height, spec.bitDepth, spec.colorType,
-                 spec.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
+    png_set_IHDR(png, info, recipe.width, recipe.height, recipe.bitDepth, recipe.colorType,
+                 recipe.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
                  PNG_FILTER_TYPE_BASE);
-    std::mt19937 random(7);
-    const auto byte = [&] {
-        return static_cast<png_byte>(random());
-    };
-    if (spec.colorType == PNG_COLOR_TYPE_PALETTE) {
-        std::vector<png_color> palette(std::size_t{1} << spec.bitDepth);
-        std::vector<png_byte> alpha(palette.size());
-        for (std::size_t i = 0; i < palette.size(); ++i) {
-            palette[i] = {byte(), byte(), byte()};
-            alpha[i] = byte();
-        }
-        png_set_PLTE(png, info, palette.data(), static_cast<int>(palette.size()));
-        if (spec.transparency)
-            png_set_tRNS(png, info, alpha.data(), static_cast<int>(alpha.size()), nullptr);
-    } else if (spec.transparency) {
+    if (recipe.colorType == PNG_COLOR_TYPE_PALETTE) {
+        const int colors = 1 << recipe.bitDepth;
+        std::vector<png_color> palette;
+        for (const auto& color : randomRows(3, static_cast<std::size_t>(colors), 7))
+            palette.push_back({color[0], color[1], color[2]});
+        png_set_PLTE(png, info, palette.data(), colors);
+        if (recipe.transparency)
+            png_set_tRNS(png, info, randomRows(static_cast<std::size_t>(colors), 1, 8)[0].data(), colors, nullptr);
+    } else if (recipe.transparency) {
         const png_color_16 color = {0, 1, 1, 1, 1};
         png_set_tRNS(png, info, nullptr, 0, &color);
     }
     png_write_info(png, info);
-    auto rows = randomRows(png_get_rowbytes(png, info), spec.height, 11);
+    auto rows = randomRows(png_get_rowbytes(png, info), recipe.height, 11);
     std::vector<png_bytep> pointers;
     for (auto& row : rows)
         pointers.push_back(row.data());
@@ -81,7 +68,7 @@ std::string makePng(const PngSpec& spec) {
     return bytes;
 }
 
-std::string makeJpeg(const JpegSpec& spec) {
+std::string makeJpeg(const JpegRecipe& recipe) {
     jpeg_compress_struct jpeg{};
     jpeg_error_mgr errors{};
     jpeg.err = jpeg_std_error(&errors);
@@ -89,20 +76,20 @@ std::string makeJpeg(const JpegSpec& spec) {
     unsigned char* memory = nullptr;
     unsigned long size = 0;
     jpeg_mem_dest(&jpeg, &memory, &size);
-    jpeg.image_width = spec.width;
-    jpeg.image_height = spec.height;
-    jpeg.input_components = spec.components;
-    jpeg.in_color_space = static_cast<J_COLOR_SPACE>(spec.inputSpace);
+    jpeg.image_width = recipe.width;
+    jpeg.image_height = recipe.height;
+    jpeg.input_components = recipe.components;
+    jpeg.in_color_space = static_cast<J_COLOR_SPACE>(recipe.inputSpace);
     jpeg_set_defaults(&jpeg);
-    jpeg_set_colorspace(&jpeg, static_cast<J_COLOR_SPACE>(spec.fileSpace));
+    jpeg_set_colorspace(&jpeg, static_cast<J_COLOR_SPACE>(recipe.fileSpace));
     jpeg_set_quality(&jpeg, 60, TRUE);
-    jpeg.comp_info[0].h_samp_factor = spec.horizontal;
-    jpeg.comp_info[0].v_samp_factor = spec.vertical;
-    jpeg.arith_code = spec.arithmetic ? TRUE : FALSE;
-    if (spec.progressive)
+    jpeg.comp_info[0].h_samp_factor = recipe.horizontal;
+    jpeg.comp_info[0].v_samp_factor = recipe.vertical;
+    jpeg.arith_code = recipe.arithmetic ? TRUE : FALSE;
+    if (recipe.progressive)
         jpeg_simple_progression(&jpeg);
     jpeg_start_compress(&jpeg, TRUE);
-    auto rows = randomRows(std::size_t{spec.width} * static_cast<std::size_t>(spec.components), spec.height, 5);
+    auto rows = randomRows(std::size_t{recipe.width} * static_cast<std::size_t>(recipe.components), recipe.height, 5);
     for (auto& row : rows) {
         JSAMPROW pointer = row.data();
         jpeg_write_scanlines(&jpeg, &pointer, 1);

@@ -6,7 +6,7 @@
 /// Makers of files that the library itself never writes, by bare libjpeg and libpng calls; random contents.
 namespace testing_support {
 
-struct PngSpec {
+struct PngRecipe {
     int colorType;
     int bitDepth;
     bool interlaced = false;
@@ -15,9 +15,9 @@ struct PngSpec {
     unsigned height = 9;
 };
 
-std::string makePng(const PngSpec& spec);
+std::string makePng(const PngRecipe& recipe);
 
-struct JpegSpec {
+struct JpegRecipe {
     int components; ///< 1, 3 or 4.
     int inputSpace; ///< J_COLOR_SPACE of the random input.
     int fileSpace;  ///< J_COLOR_SPACE in the file.
@@ -29,7 +29,7 @@ struct JpegSpec {
     unsigned height = 13;
 };
 
-std::string makeJpeg(const JpegSpec& spec);
+std::string makeJpeg(const JpegRecipe& recipe);
 
 /// A chunk as PNG files have it; @p claimedLength may lie about the data.
 std::string pngChunk(const std::string& type, const std::string& data, unsigned claimedLength);

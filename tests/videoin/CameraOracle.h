@@ -5,29 +5,22 @@
 
 #include <linux/videodev2.h>
 
-#include <array>
 #include <cstddef>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 /// The bytes of a frame as V4L2 documents them, against what the library made of them.
 namespace camera {
 
-using Sample = std::array<unsigned char, 3>; // Y', Cb, Cr
-
 struct Frame {
     unsigned int fourcc;
-    std::size_t width;
-    std::size_t height;
+    std::size_t width, height;
     std::size_t stride; ///< Bytes from one luma (or packed) row to the next.
-    std::vector<unsigned char> bytes;
-
-    Frame(unsigned int code, std::size_t w, std::size_t h, std::size_t rowStride)
-        : fourcc(code)
-        , width(w)
-        , height(h)
-        , stride(rowStride)
-        , bytes(code == V4L2_PIX_FMT_YUYV ? rowStride * h : rowStride * h * 3 / 2) {}
+    bool packed = fourcc == V4L2_PIX_FMT_YUYV;
+    std::vector<unsigned char> bytes = std::vector<unsigned char>(packed ? stride * height : stride * height * 3 / 2);
 
     /// No two neighbours alike, in either direction, and no two frames alike; padding is covered too.
     void fill(unsigned int seed) {
@@ -36,12 +29,12 @@ struct Frame {
     }
 
     bool has(std::size_t x, std::size_t y, std::size_t plane) const {
-        const bool lone = x / 2 >= width / 2 || (fourcc != V4L2_PIX_FMT_YUYV && y / 2 >= height / 2);
-        return !lone || (plane == 0 && fourcc != V4L2_PIX_FMT_YUYV);
+        const bool lone = x / 2 >= width / 2 || (!packed && y / 2 >= height / 2);
+        return !lone || (plane == 0 && !packed);
     }
 
     unsigned char at(std::size_t x, std::size_t y, std::size_t plane) const {
-        if (fourcc == V4L2_PIX_FMT_YUYV)
+        if (packed)
             return bytes[y * stride + x / 2 * 4 + (plane == 0 ? x % 2 * 2 : plane * 2 - 1)];
         if (plane == 0)
             return bytes[y * stride + x];
@@ -58,10 +51,24 @@ inline std::string difference(const Ko::Image<unsigned char>& image, const Frame
         for (std::size_t x = 0; x < frame.width; ++x)
             for (std::size_t p = 0; p < 3; ++p)
                 if (frame.has(x, y, p) && image.plane[p].view[y][x] != frame.at(x, y, p))
-                    return "plane " + std::to_string(p) + " at " + std::to_string(x) + "," + std::to_string(y) + ": " +
-                           std::to_string(image.plane[p].view[y][x]) + " instead of " +
-                           std::to_string(frame.at(x, y, p));
+                    return "plane " + std::to_string(p) + " at " + std::to_string(x) + "," + std::to_string(y);
     return "";
+}
+
+/// Descriptors and mappings of this process, of files with this in their names, as the system lists them.
+inline std::size_t opened(const std::string& file) {
+    std::size_t count = 0;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        count += std::filesystem::read_symlink(entry, ignored).string().find(file) != std::string::npos;
+    return count;
+}
+inline std::size_t mapped(const std::string& file) {
+    std::size_t count = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        count += line.find(file) != std::string::npos;
+    return count;
 }
 
 } // namespace camera

@@ -6,7 +6,6 @@
 #include <linux/videodev2.h>
 
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,12 +15,11 @@
 namespace fake {
 
 struct Camera {
-    std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
-    std::uint32_t deviceCapabilities = 0;
+    std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING, deviceCapabilities = 0;
     std::string card = "Fake", bus = "platform:fake"; ///< 32 characters leave no room for the terminating zero.
     std::vector<std::uint32_t> formats = {V4L2_PIX_FMT_YUYV, V4L2_PIX_FMT_YUV420};
     bool substitutes = false; ///< A format that it lacks is answered with the first that it has.
-    std::uint32_t maxWidth = 4096, maxHeight = 4096;
+    std::uint32_t maxWidth = 4096;
     std::uint32_t padding = 0;       ///< Bytes after each row.
     bool tellsStride = true;         ///< bytesperline is not 0.
     std::uint32_t missingBytes = 0;  ///< What the buffers are too short by.
@@ -36,6 +34,8 @@ struct Fault {
     int error;        ///< munmap and close take effect all the same, as the system's do.
 };
 
+const char* const memoryName = "kovanta-fake-camera"; ///< Of the memory files.
+
 /// Everything, by device number; reset() between tests.
 extern std::map<unsigned int, Camera> cameras;
 extern std::vector<Fault> faults;
@@ -45,9 +45,6 @@ extern v4l2_format lastFormat;         ///< As last given to S_FMT.
 void reset();
 /// The frame that the n-th DQBUF of a stream brings, n from 0.
 camera::Frame frameNumber(unsigned int n);
-/// Descriptors and mappings of this process that belong to cameras, as the system lists them.
-int openDescriptors();
-int liveMappings();
 
 } // namespace fake
 

@@ -29,6 +29,7 @@ struct Case {
 
 constexpr const char* sound = "-f lavfi -i sine=d=1 ";
 
+// Transport and program streams begin near 0 here: their targets would all be beyond the length otherwise.
 const Case cases[] = {
     {"mpeg4.avi", "-c:v mpeg4 -g 8", true, "24"},
     {"mpeg4-b.avi", "-c:v mpeg4 -g 8 -bf 2 -flags +cgop -sc_threshold 1000000000", true},
@@ -38,9 +39,9 @@ const Case cases[] = {
     {"h264-b.mkv", "-c:v libx264 -g 9 -bf 3", false, "24"},
     {"h264-b-one-key.mkv", "-c:v libx264 -g 999 -keyint_min 999 -sc_threshold 0 -bf 3", false, "30000/1001"},
     {"h264-open-gop.mkv", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1"},
-    {"h264-b.ts", "-c:v libx264 -g 9 -bf 3"},
-    {"mpeg2-b.mpg", "-c:v mpeg2video -bf 2"},
-    {"mpeg2-b.ts", "-c:v mpeg2video -bf 2 -g 9", false, "30000/1001"},
+    {"h264-b.ts", "-c:v libx264 -g 9 -bf 3 -muxdelay 0 -muxpreload 0"},
+    {"mpeg2-b.mpg", "-c:v mpeg2video -bf 2 -muxdelay 0 -muxpreload 0"},
+    {"mpeg2-b.ts", "-c:v mpeg2video -bf 2 -g 9 -muxdelay 0 -muxpreload 0", false, "30000/1001"},
     {"mjpeg422.avi", "-c:v mjpeg -pix_fmt yuvj422p -q:v 2", true},
     {"vp8.webm", "-c:v libvpx -g 9"},
     {"vp9.webm", "-c:v libvpx-vp9 -g 9 -speed 8", false, "30000/1001"},
@@ -48,6 +49,10 @@ const Case cases[] = {
     {"ffv1.mkv", "-c:v ffv1", false, "15/2"},
     {"h264-b.flv", "-c:v libx264 -g 9 -bf 3"},
     {"sound-first.avi", "-map 0:a -map 1:v -c:a mp2 -c:v mpeg4 -g 8", true, "25", 64, 48, sound},
+    // Entered between key frames, or where nothing tells the time.
+    {"mpeg4.ts", "-c:v mpeg4 -g 8 -muxdelay 0 -muxpreload 0"},
+    {"h265-b.ts", "-c:v libx265 -g 9 -x265-params log-level=none -muxdelay 0 -muxpreload 0"},
+    {"h264-b.mpg", "-c:v libx264 -g 9 -bf 3 -qp 1 -muxdelay 0 -muxpreload 0"},
 };
 constexpr int frameCount = 33;
 

@@ -18,6 +18,18 @@ void* operator new(std::size_t size) {
         return memory;
     throw std::bad_alloc();
 }
+// Images ask for memory that is aligned, and for that through the array form.
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    if (size >= 10000)
+        ++count;
+    const auto step = static_cast<std::size_t>(alignment);
+    if (void* memory = std::aligned_alloc(step, (size / step + 1) * step))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }

@@ -7,111 +7,103 @@
 
 #include <stdexcept>
 
-struct XClient::Impl {
-    Display* display = XOpenDisplay(nullptr);
-    Window window = None;
+namespace user {
 
-    Impl() {
-        if (!display)
-            throw std::runtime_error("no X server");
-    }
-    ~Impl() { XCloseDisplay(display); }
-    Window root() const { return DefaultRootWindow(display); }
-    std::string property(Atom atom) const {
-        XTextProperty text{};
-        if (!XGetTextProperty(display, window, &text, atom) || !text.value)
-            return "";
-        std::string result(reinterpret_cast<char*>(text.value), text.nitems);
-        XFree(text.value);
-        return result;
-    }
-};
+namespace {
 
-XClient::XClient()
-    : impl(new Impl) {}
-XClient::~XClient() = default;
+/// Outlives every window: a server that loses its last client starts anew.
+Display* const display = XOpenDisplay(nullptr);
+Window window = None;
 
-void XClient::takeWindow() {
-    Window root = None;
-    Window parent = None;
+} // namespace
+
+void takeWindow() {
+    if (!display)
+        throw std::runtime_error("no X server");
+    Window ignored = None;
     Window* children = nullptr;
     unsigned int count = 0;
-    XQueryTree(impl->display, impl->root(), &root, &parent, &children, &count);
-    std::vector<Window> mapped;
+    int mapped = 0;
+    XQueryTree(display, DefaultRootWindow(display), &ignored, &ignored, &children, &count);
     for (unsigned int i = 0; i < count; ++i) {
         XWindowAttributes attributes;
-        if (XGetWindowAttributes(impl->display, children[i], &attributes) && attributes.map_state == IsViewable)
-            mapped.push_back(children[i]);
+        if (!XGetWindowAttributes(display, children[i], &attributes) || attributes.map_state != IsViewable)
+            continue;
+        window = children[i];
+        ++mapped;
     }
     XFree(children);
-    if (mapped.size() != 1)
-        throw std::runtime_error(std::to_string(mapped.size()) + " windows");
-    impl->window = mapped[0];
-    XSetInputFocus(impl->display, impl->window, RevertToPointerRoot, CurrentTime);
-    XSync(impl->display, False);
+    if (mapped != 1)
+        throw std::runtime_error(std::to_string(mapped) + " windows");
+    XSetInputFocus(display, window, RevertToPointerRoot, CurrentTime);
+    XSync(display, False);
 }
 
-XClient::Geometry XClient::geometry() const {
-    XWindowAttributes attributes;
-    XGetWindowAttributes(impl->display, impl->window, &attributes);
-    return {attributes.x, attributes.y, static_cast<unsigned int>(attributes.width),
-            static_cast<unsigned int>(attributes.height)};
+Geometry geometry() {
+    XWindowAttributes a;
+    XGetWindowAttributes(display, window, &a);
+    return {a.x, a.y, static_cast<unsigned int>(a.width), static_cast<unsigned int>(a.height)};
 }
 
-std::string XClient::title() const {
-    return impl->property(XA_WM_NAME);
+std::string titles() {
+    std::string result;
+    for (const Atom atom : {XA_WM_NAME, XA_WM_ICON_NAME}) {
+        XTextProperty text{};
+        if (XGetTextProperty(display, window, &text, atom) && text.value)
+            result += std::string(reinterpret_cast<char*>(text.value), text.nitems) + "\n";
+        XFree(text.value);
+    }
+    return result;
 }
 
-std::string XClient::iconTitle() const {
-    return impl->property(XA_WM_ICON_NAME);
-}
-
-std::vector<XClient::Rgb> XClient::screen(Geometry area) const {
-    XImage* image = XGetImage(impl->display, impl->root(), area.x, area.y, area.width, area.height, AllPlanes, ZPixmap);
+std::vector<Rgb> screen(Geometry area) {
+    XImage* const image =
+        XGetImage(display, DefaultRootWindow(display), area.x, area.y, area.width, area.height, AllPlanes, ZPixmap);
     if (!image)
         throw std::runtime_error("no screenshot");
     std::vector<Rgb> pixels;
-    for (unsigned int y = 0; y < area.height; ++y)
-        for (unsigned int x = 0; x < area.width; ++x) {
-            const unsigned long p = XGetPixel(image, static_cast<int>(x), static_cast<int>(y));
-            pixels.push_back(
-                {static_cast<int>(p >> 16 & 255), static_cast<int>(p >> 8 & 255), static_cast<int>(p & 255)});
+    for (int y = 0; y < image->height; ++y)
+        for (int x = 0; x < image->width; ++x) {
+            const int p = static_cast<int>(XGetPixel(image, x, y));
+            pixels.push_back({{p >> 16 & 255, p >> 8 & 255, p & 255}});
         }
     XDestroyImage(image);
     return pixels;
 }
 
-void XClient::key(const char* name) {
-    const KeyCode code = XKeysymToKeycode(impl->display, XStringToKeysym(name));
+void key(const char* name) {
+    const KeyCode code = XKeysymToKeycode(display, XStringToKeysym(name));
     if (code == 0)
         throw std::runtime_error(std::string("no key ") + name);
-    XTestFakeKeyEvent(impl->display, code, True, CurrentTime);
-    XTestFakeKeyEvent(impl->display, code, False, CurrentTime);
-    XSync(impl->display, False);
+    for (const Bool down : {True, False})
+        XTestFakeKeyEvent(display, code, down, CurrentTime);
+    XSync(display, False);
 }
 
-void XClient::resize(unsigned int width, unsigned int height) {
-    XResizeWindow(impl->display, impl->window, width, height);
-    XSync(impl->display, False);
+void resize(unsigned int width, unsigned int height) {
+    XResizeWindow(display, window, width, height);
+    XSync(display, False);
 }
 
-void XClient::close() {
+void close() {
     XEvent event{};
     event.xclient.type = ClientMessage;
-    event.xclient.window = impl->window;
-    event.xclient.message_type = XInternAtom(impl->display, "WM_PROTOCOLS", False);
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
     event.xclient.format = 32;
-    event.xclient.data.l[0] = static_cast<long>(XInternAtom(impl->display, "WM_DELETE_WINDOW", False));
-    XSendEvent(impl->display, impl->window, False, NoEventMask, &event);
-    XSync(impl->display, False);
+    event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+    XSendEvent(display, window, False, NoEventMask, &event);
+    XSync(display, False);
 }
 
-void XClient::destroyWindow() {
-    XDestroyWindow(impl->display, impl->window);
-    XSync(impl->display, False);
+void destroyWindow() {
+    XDestroyWindow(display, window);
+    XSync(display, False);
 }
 
-void XClient::kill() {
-    XKillClient(impl->display, impl->window);
-    XSync(impl->display, False);
+void kill() {
+    XKillClient(display, window);
+    XSync(display, False);
 }
+
+} // namespace user

@@ -1,45 +1,36 @@
 #ifndef KOVANTA_TESTS_VIDEOOUT_XCLIENT_H
 #define KOVANTA_TESTS_VIDEOOUT_XCLIENT_H
 
-#include <memory>
+#include <array>
 #include <string>
 #include <vector>
 
 /// The user at the other end of the X server: a second connection that looks at the screen, presses keys and pulls at
 /// windows. Keeps Xlib's names away from the tests.
-class XClient {
-public:
-    struct Rgb {
-        int r, g, b;
-    };
-    struct Geometry {
-        int x, y;
-        unsigned int width, height;
-    };
+namespace user {
 
-    XClient();
-    ~XClient();
-
-    /// Takes the one top-level window that is mapped now, and gives it the keyboard.
-    void takeWindow();
-    Geometry geometry() const;
-    /// The window's title and its icon's.
-    std::string title() const;
-    std::string iconTitle() const;
-    /// Pixels of the screen, row by row.
-    std::vector<Rgb> screen(Geometry area) const;
-
-    /// Presses and releases the key of that name, wherever the keyboard points.
-    void key(const char* name);
-    void resize(unsigned int width, unsigned int height);
-    void close();
-    void destroyWindow();
-    /// Cuts the window's owner off from the server.
-    void kill();
-
-private:
-    struct Impl;
-    std::unique_ptr<Impl> impl;
+using Rgb = std::array<int, 3>;
+struct Geometry {
+    int x, y;
+    unsigned int width, height;
 };
+
+/// Takes the one top-level window that is mapped now, and gives it the keyboard.
+void takeWindow();
+Geometry geometry();
+/// The window's title and its icon's, each with a line feed.
+std::string titles();
+/// Pixels of the screen, row by row.
+std::vector<Rgb> screen(Geometry area);
+
+/// Presses and releases the key of that name, wherever the keyboard points.
+void key(const char* name);
+void resize(unsigned int width, unsigned int height);
+void close();
+void destroyWindow();
+/// Cuts the window's owner off from the server.
+void kill();
+
+} // namespace user
 
 #endif

@@ -14,9 +14,7 @@ int main() {
     Ko::drawLine(frame, 0, 0, 7, 7, Ko::YCCColor{16, 128, 128});
     Ko::Timer timer;
     timer.stop();
-    {
-        const boost::lock_guard<boost::mutex> lock(libAvMutex);
-    }
+    { const boost::lock_guard<boost::mutex> lock(libAvMutex); }
     const bool right = frame.plane[0].view[0][1] == 235 && frame.plane[0].view[3][3] == 16;
     std::cout << fmt2string(frame.format) << (right ? ": drawn" : ": wrong") << "\n";
     return right ? 0 : 1;
