@@ -2,7 +2,6 @@
 #include "Kovanta/VideoOutput.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
-#include "videoout/CountedAllocations.h"
 #include "videoout/Programs.h"
 
 #include <boost/thread/lock_types.hpp>
@@ -278,17 +277,6 @@ TEST_F(VideoFileLife, SixteenThreadsWriteSixteenFiles) {
     EXPECT_EQ(writerLines(testing::internal::GetCapturedStderr()), std::vector<std::string>(32, ": Interrupted."));
     for (int t = 0; t < 16; t += 7)
         EXPECT_EQ(numbersIn(file(t)), test::indices(8, t));
-}
-
-TEST_F(VideoFileLife, ALongRoadNeedsNoMoreMemoryThanAShortOne) {
-    const Image im = test::numberedFrame(5, 160, 120);
-    out.open(160, 120, path("a.avi"), rate, 500000);
-    const std::size_t before = bigAllocations();
-    for (int i = 0; i < 200; ++i)
-        out.write(im);
-    out.close();
-    // Five queued, one in the writer's hands, one in ours, each of three planes.
-    EXPECT_LE(bigAllocations() - before, 3u * 7);
 }
 
 } // namespace
