@@ -81,17 +81,16 @@ TEST(ImageSequence, EndsOnTheLastStill) {
     Image untouched(Ko::PF_RGB);
     EXPECT_FALSE(input.read(untouched));
     EXPECT_EQ(untouched.width, 0u);
-}
 
-TEST(ImageSequence, ASingleStillIsAtItsEndUntilASeek) {
+    // A single one is at its end until a seek.
     const Sequence one(1);
-    VideoInputImageFile input(one.path());
+    VideoInputImageFile single(one.path());
     for (int round = 0; round < 2; ++round) {
-        EXPECT_TRUE(input.eof());
-        EXPECT_EQ(nextStill(input), -1);
-        EXPECT_EQ(input.seek(0, Ko::VP_BEGIN), 0);
-        EXPECT_FALSE(input.eof());
-        EXPECT_EQ(nextStill(input), 0);
+        EXPECT_TRUE(single.eof());
+        EXPECT_EQ(nextStill(single), -1);
+        EXPECT_EQ(single.seek(0, Ko::VP_BEGIN), 0);
+        EXPECT_FALSE(single.eof());
+        EXPECT_EQ(nextStill(single), 0);
     }
 }
 

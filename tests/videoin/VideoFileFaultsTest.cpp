@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <filesystem>
 #include <iterator>
 #include <string>
 
@@ -53,13 +53,11 @@ TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing)
         unknownCodec.replace(at, 4, "ZQZQ");
     const std::string soundOnly = directory / "sound.wav";
     test::encodeNumbered(soundOnly, {64, 48, 1}, "-map 0:a", "-f lavfi -i sine=d=0.2");
-    const std::string missing = directory / "missing.avi";
     const std::string noiseFile = directory.write("noise.avi", noise);
     const struct {
-        std::string file;
-        std::string message;
+        std::string file, message;
     } refusals[] = {
-        {missing, constructor + "Failed to open " + missing + "."},
+        {"missing.avi", constructor + "Failed to open missing.avi."},
         {"", constructor + "Failed to open ."},
         {directory / "", constructor + "Failed to open " + directory / "" + "."},
         {noiseFile, constructor + "Failed to open " + noiseFile + "."},
@@ -85,25 +83,23 @@ TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing)
     }
 }
 
-TEST_F(VideoFileFaults, OpensAndClosesRepeatedly) {
+TEST_F(VideoFileFaults, ClosesAnyNumberOfTimesAndIsThenOfNoUse) {
     VideoInputVideoFile in;
     in.close();
-    for (int round = 0; round < 3; ++round) {
-        in.open(good);
-        EXPECT_EQ(in.tell(), 0);
-        EXPECT_EQ(countFrames(in), 10);
-        if (round == 0)
-            continue; // the next open closes it
-        in.close();
-        in.close();
-        EXPECT_EQ(in.tell(), 0);
-        EXPECT_THROW(in.seek(0, Ko::VP_BEGIN), std::logic_error);
-        EXPECT_THROW(in.getWidth(), std::logic_error);
-        EXPECT_THROW(in.getHeight(), std::logic_error);
-        EXPECT_THROW(in.getLength(), std::logic_error);
-        EXPECT_THROW(in.getFrameRate(), std::logic_error);
-        EXPECT_THROW(in.eof(), std::logic_error);
-    }
+    in.open(good);
+    EXPECT_EQ(countFrames(in), 10);
+    in.open(good); // closes it
+    EXPECT_EQ(in.tell(), 0);
+    EXPECT_EQ(countFrames(in), 10);
+    in.close();
+    in.close();
+    EXPECT_EQ(in.tell(), 0);
+    EXPECT_THROW(in.seek(0, Ko::VP_BEGIN), std::logic_error);
+    EXPECT_THROW(in.getWidth(), std::logic_error);
+    EXPECT_THROW(in.getHeight(), std::logic_error);
+    EXPECT_THROW(in.getLength(), std::logic_error);
+    EXPECT_THROW(in.getFrameRate(), std::logic_error);
+    EXPECT_THROW(in.eof(), std::logic_error);
 }
 
 TEST_F(VideoFileFaults, AForcedContainerHoldsUntilItIsLifted) {
@@ -122,11 +118,12 @@ TEST_F(VideoFileFaults, AForcedContainerHoldsUntilItIsLifted) {
 }
 
 TEST_F(VideoFileFaults, ATruncatedFileDeliversWhatIsThereAndEnds) {
-    for (const char* name : {"cut.avi", "cut.mkv", "cut.ts", "cut.ogv"}) {
+    for (const std::string name : {"cut.avi", "cut.mkv", "cut.ts", "cut.ogv"}) {
         SCOPED_TRACE(name);
-        const std::string codec = std::string(name) == "cut.ogv" ? "-c:v libtheora -q:v 10" : "-c:v mpeg4 -q:v 2";
-        const std::string bytes = fileBytes(make("whole" + std::string(name).substr(3), codec, {128, 96, 60}));
-        VideoInputVideoFile in(directory.write(name, bytes.substr(0, bytes.size() / 2)));
+        const std::string file =
+            make(name, name == "cut.ogv" ? "-c:v libtheora -q:v 10" : "-c:v mpeg4 -q:v 2", {128, 96, 60});
+        std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
+        VideoInputVideoFile in(file);
         Image<unsigned char> frame(Ko::PF_YCC444P);
         int count = 0;
         for (; in.read(frame); ++count) // the last one may be half a picture

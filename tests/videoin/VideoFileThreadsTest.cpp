@@ -49,7 +49,10 @@ TEST(VideoFileThreads, OpeningAndClosingHoldTheLock) {
     std::thread opening([&] { EXPECT_THROW(in.open(pipe), std::runtime_error); });
     {
         const std::ofstream feed(pipe); // waits for the reader, who is then in the middle of opening
-        EXPECT_FALSE(libAvMutex.try_lock());
+        const bool taken = libAvMutex.try_lock();
+        EXPECT_FALSE(taken);
+        if (taken)
+            libAvMutex.unlock();
     }
     opening.join();
 
