@@ -62,10 +62,6 @@ private:
     int fd;
 };
 
-/// Descriptors and mappings of this process that belong to video devices.
-int openDescriptors();
-int liveMappings();
-
 /// While true, TRY_FMT with planar 4:2:0 reaches the driver as a format that it does not have, so that the driver does
 /// with it what drivers do with formats that they lack.
 extern bool hidePlanar;
