@@ -8,6 +8,8 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
+#include "WatchedSink.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -144,9 +146,10 @@ void drawLabel(Frame& frame, const Ko::Font& font, const Pace& pace) {
 /// A file whose rate is that of its first frames, which are held back until it is known.
 class Recorder {
 public:
-    Recorder(const Options& o)
+    Recorder(const Options& o, Ko::VideoOutputVideoFile& s)
         : options(o)
-        , rate(o.rate) {}
+        , rate(o.rate)
+        , sink(s) {}
 
     void write(const Frame& frame, const Pace& pace) {
         if (!sink.isOpened()) {
@@ -155,7 +158,6 @@ public:
                 open(pace);
             return;
         }
-        check();
         sink.write(frame);
     }
 
@@ -163,7 +165,6 @@ public:
         if (!sink.isOpened() && !held.empty())
             open(pace);
         sink.close(); // what is still queued is encoded here
-        check();
     }
 
 private:
@@ -171,23 +172,15 @@ private:
         if (rate == 0)
             rate = static_cast<unsigned int>(std::max(std::lround(pace.framesPerSecond()), 1L));
         sink.open(held.front().width, held.front().height, options.output, {rate, 1}, options.bitRate);
-        for (const Frame& frame : held) {
-            check();
+        for (const Frame& frame : held)
             sink.write(frame);
-        }
         held.clear();
-    }
-
-    /// A writer that has failed would let write() wait for ever.
-    void check() const {
-        if (!sink.getError().empty())
-            throw std::runtime_error(options.output + ": " + sink.getError());
     }
 
     const Options& options;
     unsigned int rate;
     std::vector<Frame> held;
-    Ko::VideoOutputVideoFile sink;
+    Ko::VideoOutputVideoFile& sink;
 };
 
 /// @return whether the user wants to go on
@@ -201,7 +194,7 @@ bool show(Ko::VideoOutputDisplay& display, const Frame& frame, Pace& pace) {
     return !display.getQuit();
 }
 
-void capture(const Options& options) {
+void capture(const Options& options, Ko::VideoOutputVideoFile& sink) {
     Ko::VideoInputCaptureV4L camera;
     camera.setBufferCount(4);
     camera.init(options.device, options.width, options.height, 0);
@@ -212,7 +205,7 @@ void capture(const Options& options) {
     }
     Ko::Font font;
     font.init(nullptr, 0, 14);
-    Recorder recorder(options);
+    Recorder recorder(options, sink);
     std::unique_ptr<Ko::VideoOutputDisplay> display;
     if (options.show)
         display = std::make_unique<Ko::VideoOutputDisplay>(camera.getWidth(), 0, camera.getWidth(), camera.getHeight(),
@@ -269,7 +262,9 @@ int main(int argc, char** argv) {
             return 0;
         }
         sortWords(options);
-        capture(options);
+        Ko::VideoOutputVideoFile sink;
+        runWatched(sink, options.output,
+                   [&] { capture(options, sink); }); // the window too belongs to the thread that runs it
     } catch (const std::exception& e) {
         std::cerr << "capture: " << e.what() << "\n";
         return 1;

@@ -3,6 +3,8 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
+#include "WatchedSink.h"
+
 #include <CLI/CLI.hpp>
 
 #include <cstdlib>
@@ -34,11 +36,6 @@ private:
     long done = 0;
 };
 
-void requireHealthy(const Ko::VideoOutputVideoFile& output) {
-    if (!output.getError().empty())
-        throw std::runtime_error(output.getError());
-}
-
 void writeAll(Ko::VideoInputImageFile& input, Ko::VideoOutputVideoFile& output) {
     // A directory of a single still is at its end from the start; this makes it readable.
     input.seek(0, Ko::VP_BEGIN);
@@ -48,12 +45,10 @@ void writeAll(Ko::VideoInputImageFile& input, Ko::VideoOutputVideoFile& output) 
         if (frame.width != input.getWidth() || frame.height != input.getHeight())
             throw std::runtime_error("A still is " + std::to_string(frame.width) + " x " +
                                      std::to_string(frame.height) + ", unlike the first.");
-        requireHealthy(output); // a writer that met an error would let write() wait for ever
         output.write(frame);
         progress.step();
     }
     output.close();
-    requireHealthy(output);
 }
 
 } // namespace
@@ -73,7 +68,7 @@ int main(int argc, char** argv) {
     try {
         Ko::VideoInputImageFile input(directory);
         Ko::VideoOutputVideoFile output(input.getWidth(), input.getHeight(), file, {rate, 1}, bitRate);
-        writeAll(input, output);
+        runWatched(output, file, [&] { writeAll(input, output); });
         return EXIT_SUCCESS;
     } catch (const std::exception& e) {
         std::cerr << "sequence: " << e.what() << "\n";

@@ -9,6 +9,8 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
+#include "WatchedSink.h"
+
 #include <CLI/CLI.hpp>
 
 #include <unistd.h>
@@ -18,12 +20,15 @@
 #include <cstdlib>
 #include <deque>
 #include <exception>
+#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 using Frame = Ko::Image<unsigned char>;
@@ -193,14 +198,15 @@ void printTotals(unsigned long frames, Ko::Timer& all, const std::vector<std::pa
         std::cout << "  " << name << " " << timer->getCum() / 1e6 << " s\n";
 }
 
-void track(const Options& options) {
+void track(const Options& options, Ko::VideoOutputVideoFile& sink) {
     Ko::Timer all;
+    std::error_code missing;
+    if (std::filesystem::equivalent(options.input, options.output, missing))
+        throw std::runtime_error("INPUT and OUTPUT are the same file.");
     Ko::VideoInputVideoFile source(options.input);
     Ko::Frac<unsigned int> rate = source.getFrameRate();
     if (rate.num == 0 || rate.den == 0)
         rate = {25, 1}; // the file does not tell
-
-    Ko::VideoOutputVideoFile sink;
     if (!options.encoder.empty())
         sink.setEncoder(options.encoder);
     sink.open(source.getWidth(), source.getHeight(), options.output, rate, options.bitRate);
@@ -226,8 +232,6 @@ void track(const Options& options) {
         drawCounter(frame, font, frames, rate);
         drawing.stop();
         writing.start();
-        if (!sink.getError().empty())
-            throw std::runtime_error(options.output + ": " + sink.getError());
         sink.write(frame);
         writing.stop();
         showProgress(++frames, source);
@@ -235,9 +239,8 @@ void track(const Options& options) {
     writing.start();
     sink.close(); // what is still queued is encoded here
     writing.stop();
-    if (!sink.getError().empty())
-        throw std::runtime_error(options.output + ": " + sink.getError());
-    printTotals(frames, all, {{"read ", &reading}, {"find ", &finding}, {"draw ", &drawing}, {"write", &writing}});
+    if (sink.getError().empty())
+        printTotals(frames, all, {{"read ", &reading}, {"find ", &finding}, {"draw ", &drawing}, {"write", &writing}});
 }
 
 } // namespace
@@ -253,7 +256,8 @@ int main(int argc, char** argv) {
 
     std::signal(SIGINT, interrupt);
     try {
-        track(options);
+        Ko::VideoOutputVideoFile sink;
+        runWatched(sink, options.output, [&] { track(options, sink); });
     } catch (const std::exception& e) {
         std::cerr << "track: " << e.what() << "\n";
         return 1;

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 
 cmake --preset release -DKOVANTA_BUILD_TESTS=OFF -B build/demo >/dev/null
-cmake --build build/demo -j "$(nproc)" --target track >/dev/null
+cmake --build build/demo -j "$(nproc)" --target track contact >/dev/null
 
 work=build/demo/out
 mkdir -p "$work"
@@ -34,8 +34,7 @@ elif ! video=$(real_clip); then
 fi
 
 build/demo/examples/track "$video" "$work/tracked.mp4"
-ffmpeg -v error -y -i "$work/tracked.mp4" \
-  -vf "thumbnail=n=20,scale=426:-2,tile=3x4:padding=4" -frames:v 1 "$work/contact-sheet.png"
+build/demo/examples/contact "$work/tracked.mp4" "$work/contact-sheet.png" --width 600
 
 echo "Annotated video: $(realpath "$work/tracked.mp4")"
 echo "Contact sheet:   $(realpath "$work/contact-sheet.png") (the green box holds what moves, the red arrow says where to, the yellow line where it was)"

@@ -36,8 +36,8 @@ namespace Ko {
 ///
 /// Bound to one thread, the one that owns SDL's video (the main thread, in practice). One window at a time: the
 /// destructor ends SDL for the process. A broken connection to the X server, or a window that another program
-/// destroyed, ends in a std::runtime_error from the operation that notices, "[VideoOutputDisplay::...]: Lost the
-/// connection to the X server." or "...: X error: ...."; the display can then only be destroyed.
+/// destroyed, ends in a std::runtime_error from the operation that notices and from those after it,
+/// "[VideoOutputDisplay::...]: Lost the connection to the X server." or "...: X error: ....": destroy the display then.
 class KOVANTA_API VideoOutputDisplay : public VideoOutput {
 public:
     /// Opens the window. Takes a tenth of a second.
@@ -97,6 +97,7 @@ private:
     KOVANTA_LOCAL void applyMode(const char* function);
     KOVANTA_LOCAL void setWindowWidth(std::uint32_t w);
     KOVANTA_LOCAL void setDisplayRect(std::uint32_t w, std::uint32_t h);
+    KOVANTA_LOCAL void blacken();
     KOVANTA_LOCAL void lockOverlay();
     KOVANTA_LOCAL void unlockOverlay();
 
@@ -114,6 +115,7 @@ private:
     bool stepMode = false;
     bool paused = false;
     bool locked = false; // the overlay stays locked when a conversion throws
+    bool blank = true;   // the overlay's memory was never written
 };
 
 } // namespace Ko

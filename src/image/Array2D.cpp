@@ -62,7 +62,7 @@ Array2D<T>& Array2D<T>::operator=(Array2D&& src) { // NOLINT(performance-noexcep
 template <class T>
 Array2D<T>::~Array2D() {
     delete[] rows;
-    delete[] data;
+    FreeSamples()(data);
 }
 
 template <class T>
@@ -96,7 +96,7 @@ typename Array2D<T>::Storage Array2D<T>::obtain(unsigned int w, unsigned int h, 
         return storage;
     storage.rows.reset(new T*[h]);
     if (owning)
-        storage.data.reset(new T[static_cast<std::size_t>(w) * h]);
+        storage.data.reset(new (sampleAlignment) T[static_cast<std::size_t>(w) * h]);
     return storage;
 }
 
@@ -104,14 +104,18 @@ template <class T>
 void Array2D<T>::adopt(Storage&& storage, unsigned int w, unsigned int h, bool owning) noexcept {
     if (!storage.keep) {
         delete[] rows;
-        delete[] data;
+        FreeSamples()(data);
         rows = storage.rows.release();
         data = storage.data.release();
     }
     if (w == 0 || h == 0)
         return;
-    for (std::size_t y = 0; y < h; ++y)
-        rows[y] = owning ? data + y * w : nullptr;
+    // Through locals: a row pointer could alias the members, and every conversion comes by here.
+    T* row = owning ? data : nullptr;
+    const std::size_t step = owning ? w : 0;
+    T** const table = rows;
+    for (std::size_t y = 0; y < h; ++y, row += step)
+        table[y] = row;
     width = w;
     height = h;
     alloc = owning;

@@ -4,14 +4,22 @@
 #include "Kovanta/Array2D.h"
 
 #include <memory>
+#include <new>
 
 namespace Ko {
+
+/// Samples start where a cache line does: then the rows of the usual widths do too, and no vector store touches two.
+constexpr std::align_val_t sampleAlignment{64};
+
+struct FreeSamples {
+    void operator()(void* samples) const noexcept { ::operator delete[](samples, sampleAlignment); }
+};
 
 /// Memory for an array, obtained before the old is given up, so that a refused allocation changes nothing.
 template <class T>
 struct Array2D<T>::Storage {
     std::unique_ptr<T*[]> rows;
-    std::unique_ptr<T[]> data;
+    std::unique_ptr<T[], FreeSamples> data;
     bool keep = false; ///< The array already owns memory of this shape.
 };
 

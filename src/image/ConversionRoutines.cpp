@@ -22,8 +22,12 @@ void copyPlane(Image& dst, const Image& src, int p) {
     const std::size_t rows = least(src.height, from.height, to.height);
     if (n == 0)
         return;
-    for (std::size_t r = 0; r < rows; ++r)
-        std::memcpy(to[r], from[r], n);
+    for (std::size_t r = 0, end = 0; r < rows; r = end) {
+        // Rows that follow one another in memory are copied at once.
+        for (end = r + 1; end < rows && from[end] == from[end - 1] + n && to[end] == to[end - 1] + n;)
+            ++end;
+        std::memcpy(to[r], from[r], n * (end - r));
+    }
 }
 
 /// Packed source, planar full-resolution target.

@@ -71,6 +71,7 @@ void readPixmap(Im& im, const std::string& name, const PixmapKind& kind) {
     struct stat status {};
     if (stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         throwCannotOpen(kind.reader, name, EISDIR);
+    stream.imbue(std::locale::classic()); // for the pixels too: a locale may convert bytes
 
     unsigned int width = 0;
     unsigned int height = 0;

@@ -80,7 +80,9 @@ const AVFrame* VideoFileDecoder::next() {
         const bool lacksReferences =
             (codec->flags & AV_CODEC_FLAG_OUTPUT_CORRUPT) != 0 && (picture->flags & AV_FRAME_FLAG_CORRUPT) != 0;
         if (result == 0 && !lacksReferences) {
-            lastTimeStamp = stamp(*picture);
+            const std::optional<std::int64_t> time = stamp(*picture);
+            lastTimeStamp = time.value_or(0);
+            placed = shownSinceFlush ? placed || known(picture->pts) : time.has_value();
             shownSinceFlush = true;
             return picture.get();
         }
@@ -106,13 +108,16 @@ void VideoFileDecoder::feed() {
                 return;
             }
             // The decoder would take an empty packet for the end of the stream.
-            if (packet->stream_index == stream->index && (packet->size > 0 || packet->side_data_elems > 0))
+            const bool empty = packet->size == 0 && packet->side_data_elems == 0;
+            const bool startable = !awaitsKey || (packet->flags & AV_PKT_FLAG_KEY) != 0;
+            if (packet->stream_index == stream->index && !empty && startable)
                 break;
             av_packet_unref(packet.get());
         }
     // An edit list may cut off the file's last pictures; they are in the file and not lost on the way here.
     if (known(stream->duration) && packet->pts >= stream->duration)
         packet->flags &= ~AV_PKT_FLAG_DISCARD;
+    awaitsKey = false;
     noteTimes(*packet);
     const bool refused = avcodec_send_packet(codec.get(), packet.get()) == AVERROR(EAGAIN);
     resend = refused && !resend;
@@ -131,7 +136,7 @@ void VideoFileDecoder::noteTimes(const AVPacket& fed) {
 
 /// Containers that give even their first key frame no presentation time have none at all. What libav makes up there
 /// for some of the pictures is late by the reordering, so those pictures are counted.
-std::int64_t VideoFileDecoder::stamp(const AVFrame& shown) const {
+std::optional<std::int64_t> VideoFileDecoder::stamp(const AVFrame& shown) const {
     const bool counted = countsPictures.value_or(false);
     if (known(shown.pts) && !counted)
         return shown.pts;
@@ -146,6 +151,9 @@ bool VideoFileDecoder::seek(std::int64_t target) {
     if (av_seek_frame(container.get(), stream->index, target, AVSEEK_FLAG_BACKWARD) < 0)
         return false;
     flush();
+    // Transport and program streams are entered anywhere, and some decoders (HEVC, MPEG-4) would show what they make of
+    // pictures without references. The beginning is taken as it comes.
+    awaitsKey = target > 0;
     return true;
 }
 
@@ -168,7 +176,8 @@ void VideoFileDecoder::flush() {
     draining = false;
     shownSinceFlush = false;
     keySinceFlush = false;
-    firstKeyDts = 0;
+    awaitsKey = false;
+    firstKeyDts.reset();
 }
 
 Frac<unsigned int> VideoFileDecoder::frameRate() const {

@@ -26,6 +26,8 @@ public:
 
     /// Time stamp of the picture that next() gave, in stream ticks.
     std::int64_t timeStamp() const { return lastTimeStamp; }
+    /// Whether the file told it, or it was counted from one that the file told since the last seek.
+    bool knowsTime() const { return placed; }
 
     /// Goes to the key frame at or before a time stamp. @return false when the container refuses; nothing has changed
     /// then
@@ -48,7 +50,7 @@ private:
     void openDecoder();
     void feed();
     void noteTimes(const AVPacket& fed);
-    std::int64_t stamp(const AVFrame& shown) const;
+    std::optional<std::int64_t> stamp(const AVFrame& shown) const;
     void flush();
 
     libav::InputContextHandle container;
@@ -57,12 +59,14 @@ private:
     libav::FrameHandle picture;
     AVStream* stream = nullptr; ///< Belongs to the container.
 
-    AVRational rate{0, 1};          ///< {0, 1} when not known.
-    std::int64_t period = 1;        ///< Of one frame, in ticks.
-    std::int64_t lastTimeStamp = 0; ///< Of the picture shown last.
-    std::int64_t firstKeyDts = 0;   ///< Decoding time of the first key packet since a flush.
+    AVRational rate{0, 1};                   ///< {0, 1} when not known.
+    std::int64_t period = 1;                 ///< Of one frame, in ticks.
+    std::int64_t lastTimeStamp = 0;          ///< Of the picture shown last.
+    std::optional<std::int64_t> firstKeyDts; ///< Decoding time of the first key packet since a flush.
+    bool placed = false;
     bool shownSinceFlush = false;
     bool keySinceFlush = false;
+    bool awaitsKey = false; ///< Packets are left out until one can be decoded by itself.
     bool draining = false;
     bool resend = false; ///< The packet was refused because output was pending; it is offered once more.
     std::optional<bool>

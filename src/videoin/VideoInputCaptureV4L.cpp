@@ -240,9 +240,11 @@ void VideoInputCaptureV4L::mapBuffers(const v4l2_pix_format& format) {
 bool VideoInputCaptureV4L::read(Image<unsigned char>& frame) {
     frame.size(state->width, state->height, true);
     v4l2_buffer record = mappedBuffer(0);
-    if (state->device.ioctl(VIDIOC_DQBUF, &record) == -1) // this one text has its brackets elsewhere
+    if (state->device.ioctl(VIDIOC_DQBUF, &record) == -1) { // this one text has its brackets elsewhere
+        const int error = errno;
         throw std::runtime_error(std::string("[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ") +
-                                 std::strerror(errno) + ".");
+                                 std::strerror(error) + ".");
+    }
     if (record.index >= state->buffers.size())
         throw std::runtime_error(errorText("VideoInputCaptureV4L::read", "Driver returned an unknown buffer."));
     Dequeued dequeued(state->device, record);

@@ -159,8 +159,8 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
     if (target <= 0)
         return rewind(source);
 
-    // Some containers know only roughly where their key frames are, and land behind the target or behind the last key
-    // frame. Then it is tried again from further back.
+    // Some containers know only roughly where their key frames are, and land behind the target, behind the last key
+    // frame or where no time stamp tells the place. Then it is tried again from further back.
     Time aim = target - 1;
     for (Time step = source.second();; step = add(step, add(step, step))) {
         if (!source.seek(aim))
@@ -183,7 +183,7 @@ bool VideoInputVideoFile::decodeForward(Time target) {
     while (static_cast<std::uint64_t>(position) < static_cast<std::uint64_t>(target)) {
         if (!read(scratch))
             return !first;
-        if (first && position > target)
+        if (first && (position > target || !decoder->knowsTime()))
             return false;
         first = false;
     }

@@ -62,6 +62,8 @@ VideoOutputDisplay::VideoOutputDisplay(unsigned int windowW, unsigned int, unsig
     if (width % 2 != 0 || height % 2 != 0)
         throw std::logic_error(message(constructor, "Width and height of must both be even!"));
 
+    if (XErrors::takeLoss())
+        SDL_Quit(); // of a display whose construction ended so
     const XErrors::Operation operation(constructor);
     initVideo();
     displayRect = std::make_unique<SDL_Rect>(); // at 0, 0 for ever
@@ -85,9 +87,13 @@ void VideoOutputDisplay::initVideo() {
                 message(constructor, std::string("Unable to init SDL: ") + SDL_GetError() + ".\n"));
         }
     }
-    const SDL_VideoInfo* desktop = SDL_GetVideoInfo();
-    fullscreenWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
-    fullscreenHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
+    char driver[127];
+    SDL_VideoDriverName(driver, sizeof driver); // for whoever looks on with a debugger
+    // Before a first mode is set, this is the desktop's size; it holds where any mode will do.
+    if (const SDL_VideoInfo* const desktop = SDL_GetVideoInfo()) {
+        fullscreenWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
+        fullscreenHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
+    }
     SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
     const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
     if (!modes || (modes != anyMode && !modes[0]))
@@ -106,19 +112,19 @@ void VideoOutputDisplay::createOverlay() {
     overlay.reset(SDL_CreateYUVOverlay(static_cast<int>(width), static_cast<int>(height), SDL_YV12_OVERLAY, screen));
     if (!overlay)
         fail(constructor, call, SDL_GetError());
-    if (overlay->planes != 3 || overlay->pitches[0] < width || overlay->pitches[1] < width / 2 ||
-        overlay->pitches[2] < width / 2)
+    if (overlay->pitches[0] < width || overlay->pitches[1] < width / 2 || overlay->pitches[2] < width / 2)
         fail(constructor, call, "Unusable layout");
+}
 
-    // Black, so that a frame which does not cover everything has no chance memory beside it.
-    lockOverlay();
+void VideoOutputDisplay::blacken() {
     for (int p = 0; p < 3; ++p)
         std::memset(overlay->pixels[p], p == 0 ? 16 : 128,
                     std::size_t{overlay->pitches[p]} * (p == 0 ? height : height / 2));
-    unlockOverlay();
+    blank = false;
 }
 
 VideoOutputDisplay::~VideoOutputDisplay() {
+    XErrors::takeLoss();
     const XErrors::Operation operation("~VideoOutputDisplay");
     displayRect.reset();
     overlay.reset();
@@ -219,6 +225,8 @@ bool VideoOutputDisplay::write(const Image<unsigned char>& image) {
     Image<unsigned char> target(PF_YCC420P);
     target.size(image.width, image.height, false);
     lockOverlay();
+    if (blank) // a frame which does not cover everything must not have chance memory beside it
+        blacken();
     for (int p = 0; p < 3; ++p) {
         Array2D<unsigned char>& plane = target.plane[p];
         const int source = overlayPlane[p];

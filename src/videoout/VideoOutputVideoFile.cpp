@@ -11,6 +11,7 @@
 
 #include <exception>
 #include <iostream>
+#include <locale>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -26,6 +27,7 @@ using Guard = boost::lock_guard<boost::mutex>;
 void reportEnd(const char* how, const char* reason = "") noexcept {
     try {
         std::ostringstream line;
+        line.imbue(std::locale::classic()); // an id is no number to be grouped
         line << "Thread " << boost::this_thread::get_id() << ": " << how << reason << "\n";
         std::cerr << line.str() << std::flush;
     } catch (const std::exception&) {

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace Ko {
 namespace XErrors {
@@ -14,11 +15,16 @@ thread_local const char* operation = nullptr;
 thread_local char lastError[128] = ""; // the first since the last check
 
 bool installed = false;
+bool lost = false;
 ::XErrorHandler earlierHandler = nullptr;
 ::XIOErrorHandler earlierIOHandler = nullptr;
 
-std::string message(const std::string& reason) {
-    return std::string("[VideoOutputDisplay::") + operation + "]: " + reason;
+std::string message(const char* name, const std::string& reason) {
+    return std::string("[VideoOutputDisplay::") + name + "]: " + reason;
+}
+
+[[noreturn]] void throwLost(const char* name) {
+    throw std::runtime_error(message(name, "Lost the connection to the X server."));
 }
 
 int onError(::Display* display, ::XErrorEvent* event) {
@@ -32,7 +38,8 @@ int onError(::Display* display, ::XErrorEvent* event) {
 int onIOError(::Display* display) {
     if (!operation)
         return earlierIOHandler ? earlierIOHandler(display) : 0;
-    throw std::runtime_error(message("Lost the connection to the X server."));
+    lost = true;
+    throwLost(operation);
 }
 
 } // namespace
@@ -53,8 +60,14 @@ void remove() noexcept {
     installed = false;
 }
 
-Operation::Operation(const char* name) noexcept
+bool takeLoss() noexcept {
+    return std::exchange(lost, false);
+}
+
+Operation::Operation(const char* name)
     : outer(operation) {
+    if (lost)
+        throwLost(name);
     if (!outer)
         lastError[0] = '\0'; // of an operation that ended in another exception
     operation = name;
@@ -69,7 +82,7 @@ void Operation::check() const {
         return;
     const std::string text = lastError;
     lastError[0] = '\0';
-    throw std::runtime_error(message("X error: " + text + "."));
+    throw std::runtime_error(message(operation, "X error: " + text + "."));
 }
 
 } // namespace XErrors

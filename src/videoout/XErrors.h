@@ -10,13 +10,17 @@ namespace XErrors {
 void install();
 /// Puts the handlers back that install() found; after SDL has ended.
 void remove() noexcept;
+/// Whether the connection was lost since the last call: what SDL still holds of it can only be ended.
+bool takeLoss() noexcept;
 
 /// While one lives, X errors of this thread belong to the named operation; otherwise they go to the earlier handlers.
 /// A lost connection throws from inside Xlib, because Xlib cannot go on: "[VideoOutputDisplay::<name>]: Lost the
 /// connection to the X server.".
 class Operation {
 public:
-    explicit Operation(const char* name) noexcept;
+    /// @throws std::runtime_error "... Lost the connection to the X server." again once it is lost: SDL would go on
+    /// with a null connection, which ends the process
+    explicit Operation(const char* name);
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
     ~Operation();

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# track: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
+# track and contact: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
 # Ctrl-C.
 set -euo pipefail
-track=$1
+track=$1 contact=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -29,11 +29,19 @@ green=$(ffmpeg -v error -i out.mp4 -vf "select='eq(n,30)',extractplanes=v" -fram
   awk '$1 < 80 { n++ } END { print n + 0 }')
 [ "$green" -gt 40 ] || fail "no box was drawn ($green samples)"
 
+# Three frames of two seconds, side by side: the white square moves from sheet to sheet.
+"$contact" in.mp4 sheet.png --columns 3 --rows 1 --width 160 2>err.log || fail "contact"
+[ "$(identify -format '%wx%h' sheet.png)" = 488x120 ] || fail "contact sheet is $(identify -format '%wx%h' sheet.png)"
+for spot in 45,45 "$((164 + 75)),60" "$((328 + 111)),75"; do
+  [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "nothing white at $spot of the sheet"
+done
+"$contact" missing.mp4 sheet.png 2>err.log && fail "contact took a missing file"
+
 # expect_error TEXT ARGUMENTS...
 expect_error() {
   local text=$1 code=0
   shift
-  "$track" "$@" >run.log 2>err.log || code=$?
+  timeout 60 "$track" "$@" >run.log 2>err.log || code=$?
   [ $code -eq 1 ] || fail "exit code $code for: $*"
   [ "$(grep -vc '^Thread ' err.log)" -eq 1 ] || fail "not one line for: $*"
   grep -qF -- "$text" err.log || fail "no '$text' for: $*"
@@ -43,10 +51,13 @@ head -c 3000 /dev/urandom >garbage.mp4
 expect_error "track: [VideoInputVideoFile::VideoInputVideoFile]: " garbage.mp4 out.mp4
 expect_error "guess_format failed." in.mp4 out.nonsense
 expect_error "url_fopen failed to open no/such/place.mp4." in.mp4 no/such/place.mp4
+expect_error "the same file." in.mp4 ./in.mp4
 expect_error "avcodec_find_encoder_by_name failed." in.mp4 out.mp4 --encoder nonsense
 
-# Interrupted in the middle of a long file: what was written stays readable.
+# A long file: a full disk ends it although the queue is full, and an interrupt leaves what was written readable.
 ffmpeg -v error -f lavfi -i "testsrc2=size=640x480:rate=25:duration=80" -c:v mpeg4 -q:v 8 long.avi
+ln -s /dev/full full.mkv
+expect_error "track: full.mkv: [VideoOutputVideoFile::frameWrite]: av_write_frame failed." long.avi full.mkv
 "$track" long.avi cut.mp4 >run.log 2>err.log &
 pid=$!
 sleep 1

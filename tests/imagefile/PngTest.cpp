@@ -4,7 +4,6 @@
 #include "imagefile/StillOracle.h"
 #include "support/ConversionOracle.h"
 #include "support/TempDirectory.h"
-#include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
@@ -14,11 +13,11 @@
 
 namespace {
 
+using testing_support::difference;
 using testing_support::fileBytes;
 using testing_support::Image;
 using testing_support::PngRecipe;
 using testing_support::randomImage;
-using testing_support::samples;
 using testing_support::TempDirectory;
 using testing_support::thrownText;
 
@@ -50,19 +49,12 @@ TEST(Png, EveryKindReadsAsItsSamplesSay) {
         const std::string path = directory.write("a.png", bytes);
         const auto decoded = testing_support::decodePng(bytes);
         ASSERT_TRUE(decoded);
+        EXPECT_EQ(decoded->width, recipe.width);
         for (const Ko::PIXEL_FORMAT format : {decoded->format, Ko::PF_YCC444P}) {
-            Image expected(format);
-            expected.size(recipe.width, recipe.height);
-            ASSERT_TRUE(testing_support::expectedConversion(expected, *decoded));
-            Image im = randomImage(format, 3, 3);
             testing::internal::CaptureStdout();
-            Ko::readPngImage(im, path);
+            EXPECT_EQ(testing_support::wrongReading(path, *decoded, format), "") << fmt2string(format);
             EXPECT_EQ(testing::internal::GetCapturedStdout(),
                       recipe.colorType == PNG_COLOR_TYPE_GRAY_ALPHA ? notice : "");
-            EXPECT_EQ(im.width, recipe.width);
-            EXPECT_EQ(im.format, format);
-            for (int p = 0; p < (format == Ko::PF_YCC444P ? 3 : 1); ++p)
-                EXPECT_EQ(samples(im, p), samples(expected, p)) << fmt2string(format) << p;
         }
     }
 }
@@ -72,14 +64,11 @@ TEST(Png, WritesPlainRgb) {
     const std::string path = directory.file("a.png");
     for (const Ko::PIXEL_FORMAT format : {Ko::PF_RGB, Ko::PF_YCC444P}) {
         const Image im = randomImage(format, 37, 19);
-        Image rgb(Ko::PF_RGB);
-        rgb.size(im.width, im.height);
-        ASSERT_TRUE(testing_support::expectedConversion(rgb, im));
         Ko::writePngImage(path, im);
         const std::string bytes = fileBytes(path);
         const auto decoded = testing_support::decodePng(bytes);
         ASSERT_TRUE(decoded);
-        EXPECT_EQ(samples(*decoded, 0), samples(rgb, 0));
+        EXPECT_EQ(difference(*decoded, testing_support::inFormat(Ko::PF_RGB, im)), "");
         const std::string start = testing_support::pngStart(37, 19, 8, PNG_COLOR_TYPE_RGB);
         EXPECT_EQ(bytes.substr(0, start.size()), start);      // not interlaced, and
         EXPECT_EQ(bytes.substr(start.size() + 4, 4), "IDAT"); // nothing between header
@@ -90,7 +79,7 @@ TEST(Png, WritesPlainRgb) {
 TEST(Png, WhatCannotBeWritten) {
     const TempDirectory directory;
     const std::string path = directory.file("a.png");
-    for (const Ko::PIXEL_FORMAT format : {Ko::PF_RGBA, Ko::PF_Y, Ko::PF_YCC420P})
+    for (const Ko::PIXEL_FORMAT format : {Ko::PF_RGBA, Ko::PF_Y})
         EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::writePngImage(path, randomImage(format, 4, 4)); }),
                   "[convertIm]: Don't know how to convert from " + fmt2string(format) +
                       " to PF_RGB (Packed RGB 4:4:4).");

@@ -8,19 +8,12 @@
 
 #include <cstdlib>
 #include <random>
-#include <stdexcept>
 #include <vector>
 
 namespace testing_support {
 
 namespace {
 
-[[noreturn]] void pngFailed(png_structp, png_const_charp text) {
-    std::fprintf(stderr, "makePng: %s\n", text);
-    std::abort();
-}
-
-/// Smooth enough that coded files are small, random enough that every sample counts.
 std::vector<std::vector<unsigned char>> randomRows(std::size_t rowBytes, std::size_t height, unsigned seed) {
     std::mt19937 random(seed);
     std::vector<std::vector<unsigned char>> rows(height, std::vector<unsigned char>(rowBytes));
@@ -41,7 +34,7 @@ std::string bigEndian(unsigned value) {
 
 std::string makePng(const PngRecipe& recipe) {
     std::string bytes;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, pngFailed, nullptr);
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr); // aborts on errors
     png_infop info = png_create_info_struct(png);
     png_set_write_fn(
         png, &bytes,
@@ -52,20 +45,14 @@ std::string makePng(const PngRecipe& recipe) {
     png_set_IHDR(png, info, recipe.width, recipe.height, recipe.bitDepth, recipe.colorType,
                  recipe.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
                  PNG_FILTER_TYPE_BASE);
-    std::mt19937 random(7);
-    const auto byte = [&] {
-        return static_cast<png_byte>(random());
-    };
     if (recipe.colorType == PNG_COLOR_TYPE_PALETTE) {
-        std::vector<png_color> palette(std::size_t{1} << recipe.bitDepth);
-        std::vector<png_byte> alpha(palette.size());
-        for (std::size_t i = 0; i < palette.size(); ++i) {
-            palette[i] = {byte(), byte(), byte()};
-            alpha[i] = byte();
-        }
-        png_set_PLTE(png, info, palette.data(), static_cast<int>(palette.size()));
+        const int colors = 1 << recipe.bitDepth;
+        std::vector<png_color> palette;
+        for (const auto& color : randomRows(3, static_cast<std::size_t>(colors), 7))
+            palette.push_back({color[0], color[1], color[2]});
+        png_set_PLTE(png, info, palette.data(), colors);
         if (recipe.transparency)
-            png_set_tRNS(png, info, alpha.data(), static_cast<int>(alpha.size()), nullptr);
+            png_set_tRNS(png, info, randomRows(static_cast<std::size_t>(colors), 1, 8)[0].data(), colors, nullptr);
     } else if (recipe.transparency) {
         const png_color_16 color = {0, 1, 1, 1, 1};
         png_set_tRNS(png, info, nullptr, 0, &color);

@@ -1,33 +1,20 @@
 #include "imagefile/StillOracle.h"
 
+#include "Kovanta/ImageFile.h"
+#include "support/ConversionOracle.h"
+
 #include <cstdio>
 // jpeglib.h needs stdio.h before it.
 #include <jpeglib.h>
 #include <png.h>
 
 #include <csetjmp>
-#include <cstring>
 
 namespace testing_support {
 
 namespace {
 
-using Image = Ko::Image<unsigned char>;
-
-struct Source {
-    const std::string* bytes;
-    std::size_t position;
-};
-
-void feed(png_structp png, png_bytep data, png_size_t n) {
-    auto* source = static_cast<Source*>(png_get_io_ptr(png));
-    if (n > source->bytes->size() - source->position)
-        png_error(png, "end of data");
-    std::memcpy(data, source->bytes->data() + source->position, n);
-    source->position += n;
-}
-
-// The jumps pass only these two functions, which hold nothing to destroy.
+// The jumps pass only this function and decodeInto(), which hold nothing to destroy.
 bool readUntransformed(png_structp png, png_infop info) {
     if (setjmp(png_jmpbuf(png)) != 0)
         return false;
@@ -48,13 +35,11 @@ Image fromRows(png_structp png, png_infop info) {
     const unsigned width = png_get_image_width(png, info);
     const unsigned height = png_get_image_height(png, info);
     const unsigned depth = png_get_bit_depth(png, info);
-    const int type = png_get_color_type(png, info);
-    const bool indexed = type == PNG_COLOR_TYPE_PALETTE;
+    const bool indexed = png_get_color_type(png, info) == PNG_COLOR_TYPE_PALETTE;
     png_colorp palette = nullptr;
     int colors = 0;
     if (indexed)
         png_get_PLTE(png, info, &palette, &colors);
-
     const unsigned inFile = png_get_channels(png, info);
     const unsigned kept = indexed ? 3 : inFile == 2 ? 1 : inFile;
     Image im(kept == 1 ? Ko::PF_Y : kept == 3 ? Ko::PF_RGB : Ko::PF_RGBA);
@@ -63,15 +48,12 @@ Image fromRows(png_structp png, png_infop info) {
     for (unsigned y = 0; y < height; ++y)
         for (std::size_t x = 0; x < width; ++x)
             for (unsigned c = 0; c < kept; ++c) {
-                unsigned value = 0;
+                unsigned value = sampleAt(rows[y], x * inFile + (indexed ? 0 : c), depth);
                 if (indexed) {
-                    const unsigned index = sampleAt(rows[y], x, depth);
-                    const png_color color = index < static_cast<unsigned>(colors) ? palette[index] : png_color{0, 0, 0};
+                    const png_color color = value < static_cast<unsigned>(colors) ? palette[value] : png_color{0, 0, 0};
                     value = c == 0 ? color.red : c == 1 ? color.green : color.blue;
-                } else {
-                    value = sampleAt(rows[y], x * inFile + c, depth);
-                    if (depth < 8)
-                        value = value * 255 / ((1u << depth) - 1);
+                } else if (depth < 8) {
+                    value = value * 255 / ((1u << depth) - 1);
                 }
                 im.plane[0].view[y][x * kept + c] = static_cast<unsigned char>(value);
             }
@@ -83,19 +65,19 @@ struct Jump {
     std::jmp_buf target;
 };
 
-bool startJpeg(jpeg_decompress_struct& jpeg, Jump& jump, const std::string& bytes) {
+bool decodeInto(Image& im, jpeg_decompress_struct& jpeg, Jump& jump, const std::string& bytes) {
     if (setjmp(jump.target) != 0)
         return false;
     jpeg_create_decompress(&jpeg);
     jpeg_mem_src(&jpeg, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
     jpeg_read_header(&jpeg, TRUE);
     jpeg.out_color_space = jpeg.jpeg_color_space;
-    return jpeg_start_decompress(&jpeg) != 0;
-}
-
-bool finishJpeg(jpeg_decompress_struct& jpeg, Jump& jump, JSAMPARRAY rows) {
-    if (setjmp(jump.target) != 0)
+    jpeg_start_decompress(&jpeg);
+    if (jpeg.out_color_space != JCS_GRAYSCALE && jpeg.out_color_space != JCS_YCbCr)
         return false;
+    im.fmt(jpeg.out_color_space == JCS_GRAYSCALE ? Ko::PF_Y : Ko::PF_JFIF);
+    im.size(jpeg.output_width, jpeg.output_height);
+    JSAMPARRAY rows = im.plane[0].view;
     while (jpeg.output_scanline < jpeg.output_height)
         jpeg_read_scanlines(&jpeg, rows + jpeg.output_scanline, jpeg.output_height - jpeg.output_scanline);
     return jpeg_finish_decompress(&jpeg) != 0;
@@ -103,18 +85,16 @@ bool finishJpeg(jpeg_decompress_struct& jpeg, Jump& jump, JSAMPARRAY rows) {
 
 } // namespace
 
-std::optional<Image> decodePng(const std::string& bytes, bool* greyAlpha) {
+std::optional<Image> decodePng(const std::string& bytes) {
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
-    Source source{&bytes, 0};
-    png_set_read_fn(png, &source, feed);
+    std::FILE* file = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb");
+    png_init_io(png, file);
     std::optional<Image> result;
-    if (readUntransformed(png, info)) {
+    if (readUntransformed(png, info))
         result = fromRows(png, info);
-        if (greyAlpha)
-            *greyAlpha = png_get_color_type(png, info) == PNG_COLOR_TYPE_GRAY_ALPHA;
-    }
     png_destroy_read_struct(&png, &info, nullptr);
+    std::fclose(file);
     return result;
 }
 
@@ -125,15 +105,24 @@ std::optional<Image> decodeJpeg(const std::string& bytes) {
     jump.manager.error_exit = [](j_common_ptr object) {
         std::longjmp(reinterpret_cast<Jump*>(object->err)->target, 1);
     };
-    std::optional<Image> result;
-    if (startJpeg(jpeg, jump, bytes) && (jpeg.out_color_space == JCS_GRAYSCALE || jpeg.out_color_space == JCS_YCbCr)) {
-        Image im(jpeg.out_color_space == JCS_GRAYSCALE ? Ko::PF_Y : Ko::PF_JFIF);
-        im.size(jpeg.output_width, jpeg.output_height);
-        if (finishJpeg(jpeg, jump, im.plane[0].view))
-            result = im;
-    }
+    Image im(Ko::PF_Y);
+    const bool decoded = decodeInto(im, jpeg, jump, bytes);
     jpeg_destroy_decompress(&jpeg);
-    return result;
+    return decoded ? std::optional(im) : std::nullopt;
+}
+
+std::string wrongReading(const std::string& path, const Image& picture, Ko::PIXEL_FORMAT format) {
+    Image im = randomImage(format, 3, 3);
+    im.sequenceNumber = 5;
+    try {
+        Ko::readImage(im, path);
+    } catch (const std::exception& e) {
+        return e.what();
+    }
+    // Of an identical format everything is copied, the number included.
+    if (im.sequenceNumber != (format == picture.format ? 0u : 5u))
+        return "sequence number " + std::to_string(im.sequenceNumber);
+    return difference(im, inFormat(format, picture));
 }
 
 } // namespace testing_support

@@ -31,6 +31,11 @@ for i in 0 1 2 3 4 5 6 7; do cp big.pgm stills/$i.pgm; done
 "$sequence" stills out.avi --rate 10 2> progress
 grep -q '8 of 8' progress || fail "progress"
 [ "$(head -c 4 out.avi)" = RIFF ] || fail "the video file"
+# A writer that fails while write() waits for it does not hold the program up.
+mkdir large
+for i in $(seq 10 49); do { printf 'P5 640 480 255\n'; head -c 307200 /dev/urandom; } > large/$i.pgm; done
+! (trap '' XFSZ; ulimit -f 300; exec timeout 100 "$sequence" large cut.avi 2> error) || fail "a file that cannot grow"
+grep -q '^sequence: .*av_write_frame failed' error || fail "its message"
 ! "$sequence" "$work/none" out.avi 2> error || fail "a directory that is not there"
 grep -q 'Invalid image file directory given!' error || fail "its message"
 printf 'P5 2 2 255\nabcd' > stills/9.pgm

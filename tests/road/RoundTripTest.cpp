@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -33,12 +32,6 @@ const Container containers[] = {
     {"flv", "", {24, 1}, 64, 48, false},     {"ogv", "", {25, 1}, 64, 48, false},
 };
 
-std::vector<int> countTo(int n) {
-    std::vector<int> numbers(static_cast<std::size_t>(n));
-    std::iota(numbers.begin(), numbers.end(), 0);
-    return numbers;
-}
-
 void writeNumbered(const std::string& file, const Container& c, int count) {
     Ko::VideoOutputVideoFile sink;
     if (*c.encoder)
@@ -66,7 +59,7 @@ TEST(RoundTrip, EveryFrameOfEveryContainerInOrder) {
                 numbers.push_back(test::frameIndex(frame));
                 EXPECT_TRUE(!c.countsFrames || source.tell() == static_cast<long>(numbers.size())) << source.tell();
             }
-            EXPECT_EQ(numbers, countTo(count));
+            EXPECT_EQ(numbers, test::indices(count));
             EXPECT_TRUE(source.eof());
             if (!c.countsFrames)
                 continue;

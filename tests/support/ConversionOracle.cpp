@@ -1,6 +1,7 @@
 #include "support/ConversionOracle.h"
 
 #include <functional>
+#include <stdexcept>
 
 namespace testing_support {
 
@@ -132,6 +133,14 @@ bool expectedConversion(Image& dst, const Image& src) {
     else
         return false;
     return true;
+}
+
+Image inFormat(Ko::PIXEL_FORMAT format, const Image& picture) {
+    Image im(format);
+    im.size(picture.width, picture.height);
+    if (!expectedConversion(im, picture))
+        throw std::logic_error("no formula from " + fmt2string(picture.format) + " to " + fmt2string(format));
+    return im;
 }
 
 } // namespace testing_support

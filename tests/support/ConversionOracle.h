@@ -19,6 +19,9 @@ Triple fullFromStudio(int y, int cb, int cr);
 /// @return false when there is no conversion for the pair
 bool expectedConversion(Image& dst, const Image& src);
 
+/// The same as an image of its own; throws when there is no conversion for the pair.
+Image inFormat(Ko::PIXEL_FORMAT format, const Image& picture);
+
 } // namespace testing_support
 
 #endif

@@ -36,6 +36,19 @@ std::vector<std::vector<unsigned char>> samples(const Image& im, int plane) {
     return rows;
 }
 
+std::string difference(const Image& im, const Image& expected) {
+    const auto described = [](const Image& i) {
+        return fmt2string(i.format) + " " + std::to_string(i.width) + " x " + std::to_string(i.height);
+    };
+    if (described(im) != described(expected))
+        return described(im) + " instead of " + described(expected);
+    // PF_Y's chroma planes belong to no picture.
+    for (int p = 0; p < (expected.format == Ko::PF_Y ? 1 : 4); ++p)
+        if (expected.horDiv[p] != 0 && samples(im, p) != samples(expected, p))
+            return described(im) + ": samples of plane " + std::to_string(p);
+    return "";
+}
+
 GuardedRows::GuardedRows(std::size_t w, std::size_t h, std::size_t firstByte, unsigned char poison)
     : width(w)
     , height(h)
@@ -61,6 +74,20 @@ bool GuardedRows::intact() const {
             if ((x < guard + offset || x >= guard + offset + width) && memory[y * pitch + x] != guardByte)
                 return false;
     return true;
+}
+
+WrappedImage::WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset)
+    : im(format) {
+    im.size(width, height, false);
+    for (auto& plane : im.plane) {
+        memory.emplace_back(plane.rows ? plane.width : 0, plane.rows ? plane.height : 0, offset);
+        if (plane.rows)
+            memory.back().pointRows(plane);
+    }
+}
+
+bool WrappedImage::intact() const {
+    return std::all_of(memory.begin(), memory.end(), [](const GuardedRows& rows) { return rows.intact(); });
 }
 
 } // namespace testing_support

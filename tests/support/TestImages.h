@@ -20,6 +20,9 @@ void fill(Image& im, unsigned char value);
 /// The rows of a plane, copied.
 std::vector<std::vector<unsigned char>> samples(const Image& im, int plane);
 
+/// In what a picture differs from the expected one: format, size or samples. Empty if in nothing.
+std::string difference(const Image& im, const Image& expected);
+
 /// The text of the exception of the given type that the call throws; fails the test when it does not.
 template <class Exception, class Call>
 std::string thrownText(Call&& call) {
@@ -50,6 +53,15 @@ private:
     std::size_t offset;
     std::size_t pitch;
     std::vector<unsigned char> memory;
+};
+
+/// A noalloc image over guarded memory.
+struct WrappedImage {
+    WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset = 0);
+    bool intact() const;
+
+    Image im;
+    std::vector<GuardedRows> memory;
 };
 
 } // namespace testing_support

@@ -1,13 +1,10 @@
 #include "support/VideoMedia.h"
 
-#include <sys/wait.h>
-
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <numeric>
 #include <stdexcept>
-#include <vector>
 
 namespace test {
 
@@ -28,23 +25,6 @@ unsigned char sampleAt(int index, int p, int x, int y, int width, int height) {
     return static_cast<unsigned char>(((index >> field & 1) != 0 ? bright : dark) + pattern);
 }
 
-/// Tight planar 4:2:0, chroma rounded up as raw video has it.
-std::vector<unsigned char> rawFrame(int index, int width, int height) {
-    std::vector<unsigned char> raw;
-    for (int p = 0; p < 3; ++p)
-        for (int y = 0; y < (p == 0 ? height : (height + 1) / 2); ++y)
-            for (int x = 0; x < (p == 0 ? width : (width + 1) / 2); ++x)
-                raw.push_back(sampleAt(index, p, x, y, width, height));
-    return raw;
-}
-
-const std::string ffmpeg = "ffmpeg -nostdin -hide_banner -v error -y ";
-
-void check(int status, const std::string& command) {
-    if (status == -1 || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw std::runtime_error("This command failed: " + command);
-}
-
 bool near(int value, int wanted) {
     return std::abs(value - wanted) <= 16;
 }
@@ -61,9 +41,8 @@ int frameIndex(const Ko::Image<unsigned char>& frame) {
         const int x = (2 * (field % columns) + 1) * width / (2 * columns);
         const int y = (2 * (field / columns) + 1) * height / 4;
         const int luma = frame.plane[0].view[y][x];
-        if (!near(luma, dark) && !near(luma, bright))
-            return -1;
-        if (!near(frame.plane[1].view[y][x], flatChroma[1]) || !near(frame.plane[2].view[y][x], flatChroma[2]))
+        if ((!near(luma, dark) && !near(luma, bright)) || !near(frame.plane[1].view[y][x], flatChroma[1]) ||
+            !near(frame.plane[2].view[y][x], flatChroma[2]))
             return -1;
         index |= (near(luma, bright) ? 1 : 0) << field;
     }
@@ -80,25 +59,27 @@ Ko::Image<unsigned char> numberedFrame(int index, int width, int height) {
     return frame;
 }
 
-void encodeNumbered(const std::string& file, const NumberedFrames& frames, const std::string& options,
-                    const std::string& inputs) {
-    const std::string command = ffmpeg + inputs + " -f rawvideo -pix_fmt yuv420p -s " + std::to_string(frames.width) +
-                                "x" + std::to_string(frames.height) + " -r " + frames.rate + " -i pipe:0 " + options +
-                                " '" + file + "'";
-    std::signal(SIGPIPE, SIG_IGN); // an ffmpeg that ends early is told by its status
-    FILE* pipe = popen(command.c_str(), "w");
-    if (!pipe)
-        throw std::runtime_error("Cannot run " + command);
-    for (int i = 0; i < frames.count; ++i) {
-        const std::vector<unsigned char> raw = rawFrame(frames.firstIndex + i, frames.width, frames.height);
-        std::fwrite(raw.data(), 1, raw.size(), pipe);
-    }
-    check(pclose(pipe), command);
+std::vector<int> indices(int count, int first) {
+    std::vector<int> all(static_cast<std::size_t>(count));
+    std::iota(all.begin(), all.end(), first);
+    return all;
 }
 
-void runFfmpeg(const std::string& arguments) {
-    const std::string command = ffmpeg + arguments;
-    check(std::system(command.c_str()), command); // NOLINT(cert-env33-c)
+void encodeNumbered(const std::string& file, const NumberedFrames& f, const std::string& options,
+                    const std::string& inputs) {
+    const std::string command = "ffmpeg -nostdin -hide_banner -v error -y " + inputs +
+                                " -f rawvideo -pix_fmt yuv420p -s " + std::to_string(f.width) + "x" +
+                                std::to_string(f.height) + " -r " + f.rate + " -i pipe:0 " + options + " '" + file +
+                                "'";
+    std::signal(SIGPIPE, SIG_IGN); // an ffmpeg that ends early is told by its status
+    FILE* pipe = popen(command.c_str(), "w");
+    for (int i = f.firstIndex; pipe && i < f.firstIndex + f.count; ++i)
+        for (int p = 0, round = 0; p < 3; ++p, round = 1) // raw video rounds the chroma's size up
+            for (int y = 0; y < (f.height + round) >> round; ++y)
+                for (int x = 0; x < (f.width + round) >> round; ++x)
+                    std::fputc(sampleAt(i, p, x, y, f.width, f.height), pipe);
+    if (!pipe || pclose(pipe) != 0)
+        throw std::runtime_error("This command failed: " + command);
 }
 
 } // namespace test

@@ -5,6 +5,7 @@
 #include "support/TempDirectory.h"
 
 #include <string>
+#include <vector>
 
 namespace test {
 
@@ -24,7 +25,10 @@ struct NumberedFrames {
 int frameIndex(const Ko::Image<unsigned char>& frame);
 
 /// The numbered frame as planar 4:2:0, exactly as it is encoded.
-Ko::Image<unsigned char> numberedFrame(int index, int width, int height);
+Ko::Image<unsigned char> numberedFrame(int index, int width = 64, int height = 48);
+
+/// The indices that a whole video of numbered frames carries.
+std::vector<int> indices(int count, int first = 0);
 
 /// Encodes numbered frames with the ffmpeg program.
 /// @param options between the raw input and the file's name, such as "-c:v mpeg4 -bf 2"
@@ -32,9 +36,6 @@ Ko::Image<unsigned char> numberedFrame(int index, int width, int height);
 /// @throws std::runtime_error when ffmpeg fails
 void encodeNumbered(const std::string& file, const NumberedFrames& frames, const std::string& options,
                     const std::string& inputs = "");
-
-/// Runs the ffmpeg program, quietly. @throws std::runtime_error when it fails
-void runFfmpeg(const std::string& arguments);
 
 } // namespace test
 

@@ -1,12 +1,9 @@
 #include "videoout/Programs.h"
 
-#include "Kovanta/ConvertIm.h"
-#include "support/TempDirectory.h"
 #include "support/VideoMedia.h"
 
 #include <cstdio>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 
 namespace test {
@@ -24,45 +21,39 @@ std::string outputOf(const std::string& command) {
     return text;
 }
 
+std::string raw(const std::string& format) {
+    return " -fps_mode passthrough -f rawvideo -pix_fmt " + format + " pipe:1 ";
+}
+
 } // namespace
 
 Decoded decode(const std::string& file, unsigned int width, unsigned int height) {
     const std::string log = file + ".log";
-    Decoded decoded;
     // Twice at once: as it is, and through the time stamps' way to a constant rate, which complains about bad ones.
-    decoded.yuv = outputOf("ffmpeg -nostdin -v warning -i '" + file + "' -f null - -fps_mode passthrough" +
-                           " -f rawvideo -pix_fmt yuv420p pipe:1 2>'" + log + "'");
-    decoded.complaints = testing_support::fileBytes(log);
-    const std::size_t chromaWidth = (width + 1) / 2;
-    const std::size_t luma = std::size_t{width} * height;
-    const std::size_t chroma = chromaWidth * ((height + 1) / 2);
-    Ko::Image<unsigned char> wrapper(Ko::PF_YCC420P);
-    wrapper.size(width, height, false);
+    std::string pictures =
+        outputOf("ffmpeg -nostdin -v warning -i '" + file + "' -f null -" + raw("yuv444p") + "2>'" + log + "'");
+    Decoded decoded = {{}, testing_support::fileBytes(log)};
     Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
-    for (std::size_t at = 0; at + luma + 2 * chroma <= decoded.yuv.size(); at += luma + 2 * chroma) {
-        auto* plane = reinterpret_cast<unsigned char*>(&decoded.yuv[at]);
-        for (std::size_t p = 0; p < 3; plane += p == 0 ? luma : chroma, ++p)
-            for (std::size_t y = 0; y < wrapper.plane[p].height; ++y)
-                wrapper.plane[p].rows[y] = plane + y * (p == 0 ? width : chromaWidth);
-        Ko::convertIm(frame, wrapper);
+    frame.size(width, height, false);
+    for (std::size_t at = 0; at + std::size_t{3} * width * height <= pictures.size();) {
+        for (int p = 0; p < 3; ++p)
+            for (unsigned int y = 0; y < height; ++y, at += width)
+                frame.plane[p].rows[y] = reinterpret_cast<unsigned char*>(&pictures[at]);
         decoded.numbers.push_back(frameIndex(frame));
     }
     return decoded;
 }
 
+std::string rawPictures(const std::string& file) {
+    return outputOf("ffmpeg -nostdin -v error -i '" + file + "'" + raw("yuv420p"));
+}
+
 std::string probe(const std::string& file, const std::string& entries) {
-    std::istringstream lines(outputOf("ffprobe -v error -count_frames -select_streams v:0 -show_entries " + entries +
-                                      " -of csv=p=0 '" + file + "'"));
-    std::string text;
-    for (std::string line; std::getline(lines, line);) {
-        line.erase(line.find_last_not_of(',') + 1); // side data leave a comma and an empty line
-        if (line.empty())
-            continue;
-        text += (text.empty() ? "" : "\n") + line;
-        if (entries.rfind("stream=", 0) == 0)
-            break; // containers with programs name their streams twice
-    }
-    return text;
+    // Containers with programs name their streams twice, side data leave a comma and an empty line.
+    const std::string once = entries.rfind("stream=", 0) == 0 ? " | head -1" : "";
+    const std::string text = outputOf("ffprobe -v error -count_frames -select_streams v:0 -show_entries " + entries +
+                                      " -of csv=p=0 '" + file + "' | sed -E 's/,+$//; /^$/d'" + once);
+    return text.substr(0, text.find_last_not_of('\n') + 1);
 }
 
 } // namespace test

@@ -4,6 +4,7 @@
 
 #include "image/kernels/KernelLevels.h"
 #include "image/kernels/Matrices.h"
+#include "image/kernels/Means.h"
 #include "image/kernels/Triples.h"
 
 namespace Ko {
@@ -14,8 +15,8 @@ const RowKernels avx2Kernels = {
     packedToYcc<4, 0, 2>,
     rgbaToYcca,
     yccToRgb,
-    lumaToStudio,
-    lumaToFull,
+    mapRange<LumaToStudio>,
+    mapRange<LumaToFull>,
     jfifToYcc,
     yccToJfif,
     chromaToStudioDoubled,

@@ -4,6 +4,8 @@
 
 #include "image/kernels/KernelLevels.h"
 #include "image/kernels/Matrices.h"
+#include "image/kernels/Means.h"
+#include "image/kernels/Shuffles512.h"
 #include "image/kernels/Triples.h"
 
 namespace Ko {
@@ -14,17 +16,17 @@ const RowKernels avx512Kernels = {
     packedToYcc<4, 0, 2>,
     rgbaToYcca,
     yccToRgb,
-    lumaToStudio,
-    lumaToFull,
+    mapRange<LumaToStudio>,
+    mapRange<LumaToFull>,
     jfifToYcc,
     yccToJfif,
-    chromaToStudioDoubled,
+    shuffleChromaToStudioDoubled,
     meanOfBlocks<2>,
     meanOfBlocks<0>,
-    doubled,
-    yuy2ToYcc,
-    yccToYuy2,
-    mirrorBytes,
+    shuffleDoubled,
+    shuffleYuy2ToYcc,
+    shuffleYccToYuy2,
+    shuffleMirrorBytes,
     mirrorTriples,
     mirrorBytesInPlace,
     mirrorTriplesInPlace,

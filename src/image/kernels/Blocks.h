@@ -6,18 +6,13 @@
 namespace Ko {
 namespace {
 
-/// Runs block(i) for blocks that cover n pixels, the last one overlapping its neighbour if need be. False when there
-/// are fewer pixels than a block.
-template <class Block>
-inline bool overBlocks(std::size_t n, Block block) {
-    if (n < vectorBytes)
-        return false;
-    std::size_t i = 0;
-    for (; i + vectorBytes <= n; i += vectorBytes)
-        block(i);
-    if (i != n)
-        block(n - vectorBytes);
-    return true;
+/// The start of the block after the one at i, in n pixels that are no fewer than a block; n after the last. The last
+/// block overlaps its neighbour if need be, which does no harm: it computes the same again.
+inline std::size_t nextBlock(std::size_t i, std::size_t n, std::size_t block = vectorBytes) {
+    const std::size_t next = i + block;
+    if (__builtin_expect(next + block > n && next != n, 0)) // a jump: a selection would be in every block's way
+        return n - block;
+    return next;
 }
 
 } // namespace

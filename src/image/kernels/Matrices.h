@@ -20,10 +20,16 @@ constexpr int split(int factor) {
     return pairOf(factor - factor / scale * scale, factor / scale);
 }
 
-/// RGB to Y'CbCr, with p = R - G and q = B - G, so that chroma needs no third factor. The sums keep their result in
-/// bits 23..30 and are never negative.
+struct YccParts {
+    Vec luma;
+    Vec blue;
+    Vec red;
+};
+
+/// RGB to Y'CbCr for a quarter of a block, with p = R - G and q = B - G, so that chroma needs no third factor. The
+/// sums keep their results in bits 23..30 and are never negative.
 template <int step, int r, int b>
-inline void encodeBlock(Byte* y, Byte* cb, Byte* cr, const Byte* src) {
+[[gnu::always_inline]] inline YccParts encodeQuarter(const Byte* src, int quarter) {
     constexpr int yp = 2154103, yq = 821297, yg = 7204340;
     constexpr int cbp = -1243382, cbq = 3684401, crp = 3684401, crq = -599163;
     constexpr int half = 1 << 22;
@@ -35,67 +41,74 @@ inline void encodeBlock(Byte* y, Byte* cb, Byte* cr, const Byte* src) {
     };
     const Vec lumaBias = allDwords(half + (16 << 23) + yg / 256 * (128 * 256));
     const Vec chromaBias = allDwords(half + (128 << 23));
-    const Vec signOfUpper = allDwords(static_cast<int>(0x80000000));
 
-    Vec luma[4];
-    Vec blue[4];
-    Vec red[4];
-    for (int i = 0; i < 4; ++i) {
-        const Vec pixels = loadPixels<step>(src, i);
-        const Vec green = pick(pixels, pixelIndex<step, 1, -1, 1, -1>());
-        const Vec pq = subtractWords(pick(pixels, pixelIndex<step, r, -1, b, -1>()), green);
-        const Vec pq128 = shiftWordsUp<7>(pq);
-        // (G, (G - 128) * 256)
-        const Vec greenPair = flipBits(pick(pixels, pixelIndex<step, 1, -1, -1, 1>()), signOfUpper);
-        luma[i] = addProducts(addProducts(addProducts(lumaBias, greenPair, allDwords(split<256>(yg))), pq, low(yp, yq)),
-                              pq128, high(yp, yq));
-        blue[i] = addProducts(addProducts(chromaBias, pq, low(cbp, cbq)), pq128, high(cbp, cbq));
-        red[i] = addProducts(addProducts(chromaBias, pq, low(crp, crq)), pq128, high(crp, crq));
-    }
-    storeVector(y, packTopBytes(luma));
-    storeVector(cb, packTopBytes(blue));
-    storeVector(cr, packTopBytes(red));
+    const Vec pixels = loadPixels<step>(src, quarter);
+    const Vec green = pick(pixels, pixelIndex<step, 1, -1, 1, -1>());
+    constexpr bool inPlace = step == 4 && r == 0 && b == 2;
+    const Vec redBlue =
+        inPlace ? commonBits(pixels, allDwords(0x00FF00FF)) : pick(pixels, pixelIndex<step, r, -1, b, -1>());
+    const Vec pq = subtractWords(redBlue, green);
+    const Vec pq128 = shiftWordsUp<7>(pq);
+    // (G, (G - 128) * 256): the difference is the flipped sign.
+    const Vec greenPair = flipBits(pick(pixels, pixelIndex<step, 1, -1, -1, 1>()), allDwords(INT32_MIN));
+    const Vec fromGreen = addProducts(lumaBias, greenPair, allDwords(split<256>(yg)));
+    return {addProducts(addProducts(fromGreen, pq, low(yp, yq)), pq128, high(yp, yq)),
+            addProducts(addProducts(chromaBias, pq, low(cbp, cbq)), pq128, high(cbp, cbq)),
+            addProducts(addProducts(chromaBias, pq, low(crp, crq)), pq128, high(crp, crq))};
 }
 
-/// Eight neighbouring samples' pairs in two halves, from words and the same words scaled.
-struct Pairs {
-    Vec lower;
-    Vec upper;
+template <int step, int r, int b>
+[[gnu::always_inline]] inline YccParts encodeHalf(const Byte* src, int half) {
+    const YccParts first = encodeQuarter<step, r, b>(src, 2 * half);
+    const YccParts second = encodeQuarter<step, r, b>(src, 2 * half + 1);
+    return {resultsOf(first.luma, second.luma), resultsOf(first.blue, second.blue), resultsOf(first.red, second.red)};
+}
+
+template <int step, int r, int b>
+[[gnu::always_inline]] inline void encodeBlock(Byte* y, Byte* cb, Byte* cr, const Byte* src) {
+    const YccParts first = encodeHalf<step, r, b>(src, 0);
+    const YccParts second = encodeHalf<step, r, b>(src, 1);
+    storeVector(y, packResults(first.luma, second.luma));
+    storeVector(cb, packResults(first.blue, second.blue));
+    storeVector(cr, packResults(first.red, second.red));
+}
+
+struct RgbWords {
+    Vec r;
+    Vec g;
+    Vec b;
 };
-inline Pairs pairsOf(Vec words, Vec scaled) {
-    return {weaveWordsLow(words, scaled), weaveWordsHigh(words, scaled)};
+
+/// Y'CbCr to RGB for half a block, from luma and chroma times 256, as words; chroma is around zero. The sums are
+/// scaled by 2^21.
+[[gnu::always_inline]] inline RgbWords decodeHalf(Vec y, Vec u256, Vec v256) {
+    const auto add = [](Vec sum, Vec pair, int factors) {
+        return addProducts(sum, pair, allDwords(factors));
+    };
+    const Vec bias = allDwords(-39070208 + (1 << 20));
+    const Vec y128 = shiftWordsUp<7>(y);
+    const Vec u = shiftSignedWordsDown<8>(u256);
+    const Vec v = shiftSignedWordsDown<8>(v256);
+    const Vec uLow = weaveWordsLow(u, u256), uHigh = weaveWordsHigh(u, u256);
+    const Vec vLow = weaveWordsLow(v, v256), vHigh = weaveWordsHigh(v, v256);
+    constexpr int ty = split<128>(2441888), rv = split<256>(3347112), gu = split<256>(-821584),
+                  gv = split<256>(-1704919), bu = split<256>(4230439);
+    const Vec tLow = add(bias, weaveWordsLow(y, y128), ty);
+    const Vec tHigh = add(bias, weaveWordsHigh(y, y128), ty);
+    return {descale(add(tLow, vLow, rv), add(tHigh, vHigh, rv)),
+            descale(add(add(tLow, uLow, gu), vLow, gv), add(add(tHigh, uHigh, gu), vHigh, gv)),
+            descale(add(tLow, uLow, bu), add(tHigh, uHigh, bu))};
 }
 
-/// Y'CbCr to RGB, with chroma around zero. The sums are scaled by 2^21.
-inline void decodeBlock(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr) {
-    const Vec bias = allDwords(-39070208 + (1 << 20));
-    const Vec sign = allBytes(0x80);
+[[gnu::always_inline]] inline void decodeBlock(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr) {
     const Vec luma = loadVector(y);
-    const Vec blue = flipBits(loadVector(cb), sign);
-    const Vec red = flipBits(loadVector(cr), sign);
-    Vec r[2];
-    Vec g[2];
-    Vec b[2];
-    for (int half = 0; half < 2; ++half) {
-        const auto weave = half == 0 ? weaveBytesLow : weaveBytesHigh;
-        const Vec words = weave(luma, zero());
-        const Vec u256 = weave(zero(), blue);
-        const Vec v256 = weave(zero(), red);
-        const Pairs t = pairsOf(words, shiftWordsUp<7>(words));
-        const Pairs u = pairsOf(shiftSignedWordsDown<8>(u256), u256);
-        const Pairs v = pairsOf(shiftSignedWordsDown<8>(v256), v256);
-        const Vec lower = addProducts(bias, t.lower, allDwords(split<128>(2441888)));
-        const Vec upper = addProducts(bias, t.upper, allDwords(split<128>(2441888)));
-        const auto add = [](Vec sum, Vec pair, int factor) {
-            return addProducts(sum, pair, allDwords(factor));
-        };
-        constexpr int rv = split<256>(3347112), gu = split<256>(-821584), gv = split<256>(-1704919),
-                      bu = split<256>(4230439);
-        r[half] = descale(add(lower, v.lower, rv), add(upper, v.upper, rv));
-        g[half] = descale(add(add(lower, u.lower, gu), v.lower, gv), add(add(upper, u.upper, gu), v.upper, gv));
-        b[half] = descale(add(lower, u.lower, bu), add(upper, u.upper, bu));
-    }
-    storeTriples<placeAfterDescale>(rgb, clampToBytes(r[0], r[1]), clampToBytes(g[0], g[1]), clampToBytes(b[0], b[1]));
+    const Vec blue = flipBits(loadVector(cb), allBytes(0x80));
+    const Vec red = flipBits(loadVector(cr), allBytes(0x80));
+    const RgbWords low =
+        decodeHalf(weaveBytesLow(luma, zero()), weaveBytesLow(zero(), blue), weaveBytesLow(zero(), red));
+    const RgbWords high =
+        decodeHalf(weaveBytesHigh(luma, zero()), weaveBytesHigh(zero(), blue), weaveBytesHigh(zero(), red));
+    storeTriples<placeAfterDescale>(rgb, packWords(low.r, high.r), packWords(low.g, high.g), packWords(low.b, high.b));
 }
 
 // Rows shorter than a block. The compiler vectorises these too.
@@ -132,11 +145,10 @@ void decodeFew(Byte* __restrict rgb, const Byte* __restrict y, const Byte* __res
 template <int step, int r, int b>
 void packedToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, const Byte* __restrict src,
                  std::size_t n) {
-    const auto block = [=](std::size_t i) {
+    if (n < vectorBytes)
+        return encodeFew<step, r, b>(y, cb, cr, src, n);
+    for (std::size_t i = 0; i != n; i = nextBlock(i, n))
         encodeBlock<step, r, b>(y + i, cb + i, cr + i, src + step * i);
-    };
-    if (!overBlocks(n, block))
-        encodeFew<step, r, b>(y, cb, cr, src, n);
 }
 
 void rgbaToYcca(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, Byte* __restrict alpha,
@@ -147,8 +159,10 @@ void rgbaToYcca(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, By
 
 void yccToRgb(Byte* __restrict rgb, const Byte* __restrict y, const Byte* __restrict cb, const Byte* __restrict cr,
               std::size_t n) {
-    if (!overBlocks(n, [=](std::size_t i) { decodeBlock(rgb + 3 * i, y + i, cb + i, cr + i); }))
-        decodeFew(rgb, y, cb, cr, n);
+    if (n < vectorBytes)
+        return decodeFew(rgb, y, cb, cr, n);
+    for (std::size_t i = 0; i != n; i = nextBlock(i, n))
+        decodeBlock(rgb + 3 * i, y + i, cb + i, cr + i);
 }
 
 } // namespace

@@ -31,58 +31,9 @@ inline Word both(Dword sample) {
     return static_cast<Word>(sample * 0x0101);
 }
 
-// The range maps without a division: exact for every byte.
-inline Byte lumaStudio(Byte v) {
-    return static_cast<Byte>((v * 56284u >> 16) + 16);
-}
-inline Byte chromaStudio(Byte v) {
-    return static_cast<Byte>((v * 57569u >> 16) + 16);
-}
-inline Byte full(Byte v, Byte top, Dword factor) {
-    const Byte limited = v < 16 ? Byte{16} : v > top ? top : v;
-    const Word x = static_cast<Word>(limited - 16);
-    return static_cast<Byte>(x + (x * factor >> 16));
-}
-inline Byte lumaFull(Byte v) {
-    return full(v, 235, 10776);
-}
-inline Byte chromaFull(Byte v) {
-    return full(v, 240, 9072);
-}
-
-void lumaToStudio(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i)
-        dst[i] = lumaStudio(src[i]);
-}
-
-void chromaToStudio(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i)
-        dst[i] = chromaStudio(src[i]);
-}
-
-void lumaToFull(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i)
-        dst[i] = lumaFull(src[i]);
-}
-
-void chromaToFull(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i)
-        dst[i] = chromaFull(src[i]);
-}
-
 void chromaToStudioDoubled(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
-        store(dst + 2 * i, both(chromaStudio(src[i])));
-}
-
-template <Word rounding>
-void meanOfBlocks(Byte* __restrict dst, const Byte* __restrict row0, const Byte* __restrict row1, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i) {
-        const Word a = load<Word>(row0 + 2 * i);
-        const Word b = load<Word>(row1 + 2 * i);
-        const Word sum = static_cast<Word>((a & 0xFF) + (a >> 8) + (b & 0xFF) + (b >> 8) + rounding);
-        dst[i] = static_cast<Byte>(sum >> 2);
-    }
+        store(dst + 2 * i, both((src[i] * 57569u >> 16) + 16));
 }
 
 void doubled(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {

@@ -6,64 +6,34 @@
 
 #include "image/kernels/Blocks.h"
 #include "image/kernels/PlainLoops.h"
+#include "image/kernels/Ranges.h"
 
 namespace Ko {
 namespace {
 
-void splitTriples(Byte* __restrict a, Byte* __restrict b, Byte* __restrict c, const Byte* __restrict src,
-                  std::size_t n) {
-    const auto block = [=](std::size_t i) {
-        storeVector(a + i, loadComponent<0>(src + 3 * i));
-        storeVector(b + i, loadComponent<1>(src + 3 * i));
-        storeVector(c + i, loadComponent<2>(src + 3 * i));
-    };
-    if (overBlocks(n, block))
-        return;
-    for (std::size_t i = 0; i < n; ++i) {
-        a[i] = src[3 * i];
-        b[i] = src[3 * i + 1];
-        c[i] = src[3 * i + 2];
-    }
-}
-
-void mergeTriples(Byte* __restrict dst, const Byte* __restrict a, const Byte* __restrict b, const Byte* __restrict c,
-                  std::size_t n) {
-    const auto block = [=](std::size_t i) {
-        storeTriples<inOrder>(dst + 3 * i, loadVector(a + i), loadVector(b + i), loadVector(c + i));
-    };
-    if (overBlocks(n, block))
-        return;
-    for (std::size_t i = 0; i < n; ++i) {
-        dst[3 * i] = a[i];
-        dst[3 * i + 1] = b[i];
-        dst[3 * i + 2] = c[i];
-    }
-}
-
-/// Pixels that are kept in the nearest cache between two steps.
-constexpr std::size_t tile = 1024;
-
 void jfifToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, const Byte* __restrict jfif,
                std::size_t n) {
-    Byte parts[3][tile];
-    for (std::size_t i = 0; i < n; i += tile) {
-        const std::size_t some = n - i < tile ? n - i : tile;
-        splitTriples(parts[0], parts[1], parts[2], jfif + 3 * i, some);
-        lumaToStudio(y + i, parts[0], some);
-        chromaToStudio(cb + i, parts[1], some);
-        chromaToStudio(cr + i, parts[2], some);
+    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n)) {
+        storeVector(y + i, LumaToStudio::vector(loadComponent<0>(jfif + 3 * i)));
+        storeVector(cb + i, ChromaToStudio::vector(loadComponent<1>(jfif + 3 * i)));
+        storeVector(cr + i, ChromaToStudio::vector(loadComponent<2>(jfif + 3 * i)));
+    }
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
+        y[i] = LumaToStudio::sample(jfif[3 * i]);
+        cb[i] = ChromaToStudio::sample(jfif[3 * i + 1]);
+        cr[i] = ChromaToStudio::sample(jfif[3 * i + 2]);
     }
 }
 
 void yccToJfif(Byte* __restrict jfif, const Byte* __restrict y, const Byte* __restrict cb, const Byte* __restrict cr,
                std::size_t n) {
-    Byte parts[3][tile];
-    for (std::size_t i = 0; i < n; i += tile) {
-        const std::size_t some = n - i < tile ? n - i : tile;
-        lumaToFull(parts[0], y + i, some);
-        chromaToFull(parts[1], cb + i, some);
-        chromaToFull(parts[2], cr + i, some);
-        mergeTriples(jfif + 3 * i, parts[0], parts[1], parts[2], some);
+    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n))
+        storeTriples<inOrder>(jfif + 3 * i, LumaToFull::vector(loadVector(y + i)),
+                              ChromaToFull::vector(loadVector(cb + i)), ChromaToFull::vector(loadVector(cr + i)));
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
+        jfif[3 * i] = LumaToFull::sample(y[i]);
+        jfif[3 * i + 1] = ChromaToFull::sample(cb[i]);
+        jfif[3 * i + 2] = ChromaToFull::sample(cr[i]);
     }
 }
 
@@ -75,6 +45,7 @@ void mirrorTriples(Byte* __restrict dst, const Byte* __restrict src, std::size_t
     std::size_t i = 0;
     if (n != 0)
         one(i++);
+#pragma GCC unroll 4
     for (; i + mirroredAtOnce < n; i += mirroredAtOnce)
         mirrorSome(dst + 3 * i, src + 3 * (n - i - mirroredAtOnce));
     for (; i < n; ++i)
@@ -82,6 +53,7 @@ void mirrorTriples(Byte* __restrict dst, const Byte* __restrict src, std::size_t
 }
 
 void mirrorTriplesInPlace(Byte* row, std::size_t n) {
+    constexpr std::size_t tile = 1024;
     Byte kept[3 * tile];
     for (std::size_t i = 0; i < n / 2; i += tile) {
         const std::size_t some = n / 2 - i < tile ? n / 2 - i : tile;

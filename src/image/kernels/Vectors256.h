@@ -22,6 +22,9 @@ inline Vec loadVector(const void* p) {
 inline void storeVector(void* p, Vec v) {
     _mm256_storeu_si256(static_cast<__m256i*>(p), v);
 }
+inline Vec allWords(int v) {
+    return _mm256_set1_epi16(static_cast<short>(v));
+}
 inline Vec allDwords(int v) {
     return _mm256_set1_epi32(v);
 }
@@ -30,6 +33,9 @@ inline Vec allBytes(int v) {
 }
 inline Vec zero() {
     return _mm256_setzero_si256();
+}
+inline Vec commonBits(Vec a, Vec b) {
+    return _mm256_and_si256(a, b);
 }
 inline Vec flipBits(Vec a, Vec b) {
     return _mm256_xor_si256(a, b);
@@ -41,9 +47,42 @@ template <int bits>
 inline Vec shiftWordsUp(Vec v) {
     return _mm256_slli_epi16(v, bits);
 }
+/// Multiplications, because processors shift where they shuffle, and there is enough to shuffle.
 template <int bits>
 inline Vec shiftSignedWordsDown(Vec v) {
-    return _mm256_srai_epi16(v, bits);
+    return _mm256_mulhi_epi16(v, allWords(1 << (16 - bits)));
+}
+template <int bits>
+inline Vec shiftWordsDown(Vec v) {
+    return _mm256_mulhi_epu16(v, allWords(1 << (16 - bits)));
+}
+inline Vec addBytes(Vec a, Vec b) {
+    return _mm256_add_epi8(a, b);
+}
+inline Vec subtractBytesToZero(Vec a, Vec b) {
+    return _mm256_subs_epu8(a, b);
+}
+inline Vec smallerBytes(Vec a, Vec b) {
+    return _mm256_min_epu8(a, b);
+}
+inline Vec addWords(Vec a, Vec b) {
+    return _mm256_add_epi16(a, b);
+}
+/// The upper halves of the products of words.
+inline Vec upperProducts(Vec a, Vec b) {
+    return _mm256_mulhi_epu16(a, b);
+}
+/// Sums of neighbouring bytes, as words.
+inline Vec sumPairs(Vec v) {
+    return _mm256_maddubs_epi16(v, allBytes(1));
+}
+/// Words to bytes, clamped; undoes weaveBytesLow() and weaveBytesHigh().
+inline Vec packWords(Vec low, Vec high) {
+    return _mm256_packus_epi16(low, high);
+}
+/// What packWords() made of two vectors' words, in the order of the words.
+inline Vec unweave(Vec packed) {
+    return _mm256_permute4x64_epi64(packed, 0xD8);
 }
 inline Vec weaveBytesLow(Vec a, Vec b) {
     return _mm256_unpacklo_epi8(a, b);
@@ -74,7 +113,7 @@ constexpr std::array<unsigned char, vectorBytes> table(Function f) {
 
 template <int step, int b0, int b1, int b2, int b3>
 inline Vec pixelIndex() {
-    constexpr auto index = table([](std::size_t i) {
+    static constexpr auto index = table([](std::size_t i) {
         constexpr int offsets[4] = {b0, b1, b2, b3};
         return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4 % 4) + offsets[i % 4];
     });
@@ -93,18 +132,15 @@ inline Vec loadPixels(const unsigned char* src, int q) {
     return _mm256_set_m128i(last ? _mm_srli_si128(load(high - 4), 4) : load(high), load(low));
 }
 
-inline Vec packTopBytes(const Vec (&q)[4]) {
-    const auto top = [](Vec v) {
-        return _mm256_srli_epi32(v, 23);
-    };
-    return _mm256_packus_epi16(_mm256_packus_epi32(top(q[0]), top(q[1])), _mm256_packus_epi32(top(q[2]), top(q[3])));
+inline Vec resultsOf(Vec first, Vec second) {
+    return _mm256_packus_epi32(_mm256_srli_epi32(first, 23), _mm256_srli_epi32(second, 23));
+}
+inline Vec packResults(Vec first, Vec second) {
+    return _mm256_packus_epi16(first, second);
 }
 
 inline Vec descale(Vec lower, Vec upper) {
     return shiftSignedWordsDown<5>(_mm256_blend_epi16(_mm256_srli_epi32(lower, 16), upper, 0xAA));
-}
-inline Vec clampToBytes(Vec lower, Vec upper) {
-    return _mm256_packus_epi16(lower, upper);
 }
 constexpr std::size_t placeAfterDescale(std::size_t i) {
     return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
@@ -113,40 +149,44 @@ constexpr std::size_t inOrder(std::size_t i) {
     return i;
 }
 
-/// Sixteen bytes of the 48 that the triples of one run take, from component `component`.
-template <std::size_t first, std::size_t component, std::size_t (*place)(std::size_t)>
+// The triples of a run of 16 pixels are three parts of 16 bytes. Byte j of part p belongs to component (p + j) % 3, so
+// in each byte the three parts hold one component each, and a part is chosen from them by a blend.
+
+template <std::size_t remainder>
+inline Vec everyThird() {
+    static constexpr auto mask = table([](std::size_t i) { return i % 16 % 3 == remainder ? 0xFF : 0; });
+    return loadVector(mask.data());
+}
+/// Byte j from the one of three vectors with number (shift - j) mod 3.
+template <std::size_t shift>
+inline Vec chooseInTurn(Vec v0, Vec v1, Vec v2) {
+    return _mm256_blendv_epi8(_mm256_blendv_epi8(v0, v1, everyThird<(shift + 2) % 3>()), v2,
+                              everyThird<(shift + 1) % 3>());
+}
+
+/// The samples of a component, pixel i of a run at place(i), where the parts of the triples have them.
+template <std::size_t component, std::size_t (*place)(std::size_t)>
 inline Vec spread(Vec v) {
-    constexpr auto index = table([](std::size_t i) {
-        const std::size_t at = first + i % 16;
-        return at % 3 == component ? place(at / 3) : 0x80;
+    static constexpr auto index = table([](std::size_t i) {
+        const std::size_t j = i % 16;
+        const std::size_t part = (component + 15 - j) % 3;
+        return place((16 * part + j) / 3);
     });
     return pick(v, loadVector(index.data()));
 }
-template <std::size_t first, std::size_t (*place)(std::size_t)>
-inline Vec triples(Vec a, Vec b, Vec c) {
-    return _mm256_or_si256(_mm256_or_si256(spread<first, 0, place>(a), spread<first, 1, place>(b)),
-                           spread<first, 2, place>(c));
-}
 
-/// Interleaves three vectors; pixel i of a half lies at place(i) in it.
+/// Interleaves three vectors; pixel i of a run lies at place(i) in its half.
 template <std::size_t (*place)(std::size_t)>
 inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
-    const Vec t0 = triples<0, place>(a, b, c);
-    const Vec t1 = triples<16, place>(a, b, c);
-    const Vec t2 = triples<32, place>(a, b, c);
-    storeVector(dst, _mm256_permute2x128_si256(t0, t1, 0x20));
-    storeVector(dst + 32, _mm256_blend_epi32(t2, t0, 0xF0));
-    storeVector(dst + 64, _mm256_permute2x128_si256(t1, t2, 0x31));
-}
-
-/// Component `component` of sixteen triples, as far as part `part` of their 48 bytes has it.
-template <std::size_t component, std::size_t part>
-inline Vec gather(Vec v) {
-    constexpr auto index = table([](std::size_t i) {
-        const std::size_t at = i % 16 * 3 + component;
-        return at / 16 == part ? at % 16 : 0x80;
-    });
-    return pick(v, loadVector(index.data()));
+    const Vec a3 = spread<0, place>(a);
+    const Vec b3 = spread<1, place>(b);
+    const Vec c3 = spread<2, place>(c);
+    const Vec part0 = chooseInTurn<0>(a3, c3, b3);
+    const Vec part1 = chooseInTurn<2>(a3, c3, b3);
+    const Vec part2 = chooseInTurn<1>(a3, c3, b3);
+    storeVector(dst, _mm256_permute2x128_si256(part0, part1, 0x20));
+    storeVector(dst + 32, _mm256_blend_epi32(part2, part0, 0xF0));
+    storeVector(dst + 64, _mm256_permute2x128_si256(part1, part2, 0x31));
 }
 
 /// One component of a block of triples.
@@ -155,9 +195,10 @@ inline Vec loadComponent(const unsigned char* src) {
     const Vec v0 = loadVector(src);
     const Vec v1 = loadVector(src + 32);
     const Vec v2 = loadVector(src + 64);
-    return _mm256_or_si256(_mm256_or_si256(gather<component, 0>(_mm256_blend_epi32(v0, v1, 0xF0)),
-                                           gather<component, 1>(_mm256_permute2x128_si256(v0, v2, 0x21))),
-                           gather<component, 2>(_mm256_blend_epi32(v1, v2, 0xF0)));
+    static constexpr auto index = table([](std::size_t i) { return (i % 16 * 3 + component) % 16; });
+    const Vec together = chooseInTurn<component>(
+        _mm256_blend_epi32(v0, v1, 0xF0), _mm256_permute2x128_si256(v0, v2, 0x21), _mm256_blend_epi32(v1, v2, 0xF0));
+    return pick(together, loadVector(index.data()));
 }
 
 /// Five triples in reverse; one byte after them is read, and one after the target overwritten.

@@ -22,6 +22,9 @@ inline Vec loadVector(const void* p) {
 inline void storeVector(void* p, Vec v) {
     _mm512_storeu_si512(p, v);
 }
+inline Vec allWords(int v) {
+    return _mm512_set1_epi16(static_cast<short>(v));
+}
 inline Vec allDwords(int v) {
     return _mm512_set1_epi32(v);
 }
@@ -30,6 +33,9 @@ inline Vec allBytes(int v) {
 }
 inline Vec zero() {
     return _mm512_setzero_si512();
+}
+inline Vec commonBits(Vec a, Vec b) {
+    return _mm512_and_si512(a, b);
 }
 inline Vec flipBits(Vec a, Vec b) {
     return _mm512_xor_si512(a, b);
@@ -44,6 +50,38 @@ inline Vec shiftWordsUp(Vec v) {
 template <int bits>
 inline Vec shiftSignedWordsDown(Vec v) {
     return _mm512_srai_epi16(v, bits);
+}
+template <int bits>
+inline Vec shiftWordsDown(Vec v) {
+    return _mm512_srli_epi16(v, bits);
+}
+inline Vec addBytes(Vec a, Vec b) {
+    return _mm512_add_epi8(a, b);
+}
+inline Vec subtractBytesToZero(Vec a, Vec b) {
+    return _mm512_subs_epu8(a, b);
+}
+inline Vec smallerBytes(Vec a, Vec b) {
+    return _mm512_min_epu8(a, b);
+}
+inline Vec addWords(Vec a, Vec b) {
+    return _mm512_add_epi16(a, b);
+}
+/// The upper halves of the products of words.
+inline Vec upperProducts(Vec a, Vec b) {
+    return _mm512_mulhi_epu16(a, b);
+}
+/// Sums of neighbouring bytes, as words.
+inline Vec sumPairs(Vec v) {
+    return _mm512_maddubs_epi16(v, allBytes(1));
+}
+/// Words to bytes, clamped; undoes weaveBytesLow() and weaveBytesHigh().
+inline Vec packWords(Vec low, Vec high) {
+    return _mm512_packus_epi16(low, high);
+}
+/// What packWords() made of two vectors' words, in the order of the words.
+inline Vec unweave(Vec packed) {
+    return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed);
 }
 inline Vec weaveBytesLow(Vec a, Vec b) {
     return _mm512_unpacklo_epi8(a, b);
@@ -80,7 +118,7 @@ constexpr std::array<unsigned char, vectorBytes> table(Function f) {
 /// Bytes b0..b3 of each pixel, as indices for pick(loadPixels()); zero for a negative one.
 template <int step, int b0, int b1, int b2, int b3>
 inline Vec pixelIndex() {
-    constexpr auto index = table([](std::size_t i) {
+    static constexpr auto index = table([](std::size_t i) {
         constexpr int offsets[4] = {b0, b1, b2, b3};
         return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4) + offsets[i % 4];
     });
@@ -98,24 +136,23 @@ inline Vec loadPixels(const unsigned char* src, int q) {
 
 /// The upper halves of the 32-bit lanes of two vectors, in turn.
 inline Vec upperWords(Vec a, Vec b) {
-    constexpr auto up = table([](std::size_t i) { return i % 16 + 2; });
+    static constexpr auto up = table([](std::size_t i) { return i % 16 + 2; });
     return _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, loadVector(up.data()));
 }
 
-/// Bits 23..30 of the four quarters' sums as bytes in pixel order.
-inline Vec packTopBytes(const Vec (&q)[4]) {
-    constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
-    const Vec first = _mm512_srli_epi16(upperWords(q[0], q[1]), 7);
-    const Vec second = _mm512_srli_epi16(upperWords(q[2], q[3]), 7);
+/// Bits 23..30 of the sums of two quarters, as words, and the words of two halves as bytes in pixel order.
+inline Vec resultsOf(Vec first, Vec second) {
+    return shiftWordsDown<7>(upperWords(first, second));
+}
+inline Vec packResults(Vec first, Vec second) {
+    static constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
     return _mm512_permutex2var_epi8(first, loadVector(order.data()), second);
 }
 
-/// Sums scaled by 2^21, of the lower and the upper half of eight pixels, as words. weavedOrder() tells where they are.
+/// Sums scaled by 2^21, of the lower and the upper four of eight pixels, as words; placeAfterDescale() tells where
+/// pixel i of a block is once the words have become bytes.
 inline Vec descale(Vec lower, Vec upper) {
     return shiftSignedWordsDown<5>(upperWords(lower, upper));
-}
-inline Vec clampToBytes(Vec lower, Vec upper) {
-    return _mm512_packus_epi16(lower, upper);
 }
 constexpr std::size_t placeAfterDescale(std::size_t i) {
     return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
@@ -127,8 +164,8 @@ constexpr std::size_t inOrder(std::size_t i) {
 /// One of the three vectors of 64 interleaved triples, starting at byte `first`; pixel i lies at place(i).
 template <std::size_t first, std::size_t (*place)(std::size_t)>
 inline Vec triples(Vec a, Vec b, Vec c) {
-    constexpr auto fromAB = table([](std::size_t i) { return place((first + i) / 3) + (first + i) % 3 * 64; });
-    constexpr auto fromC = table([](std::size_t i) { return place((first + i) / 3); });
+    static constexpr auto fromAB = table([](std::size_t i) { return place((first + i) / 3) + (first + i) % 3 * 64; });
+    static constexpr auto fromC = table([](std::size_t i) { return place((first + i) / 3); });
     constexpr std::uint64_t everyThird = 0x9249249249249249;
     constexpr std::uint64_t isC = everyThird << (2 - first % 3); // 64 % 3 == 1
     const Vec ab = _mm512_permutex2var_epi8(a, loadVector(fromAB.data()), b);
@@ -145,7 +182,7 @@ inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
 /// One component of a block of triples.
 template <std::size_t component>
 inline Vec loadComponent(const unsigned char* src) {
-    constexpr auto index = table([](std::size_t i) { return (3 * i + component) % 128; });
+    static constexpr auto index = table([](std::size_t i) { return (3 * i + component) % 128; });
     constexpr std::size_t inTwo = (128 - component + 2) / 3; // so many lie in the first two vectors
     const Vec most = _mm512_permutex2var_epi8(loadVector(src), loadVector(index.data()), loadVector(src + 64));
     return _mm512_mask_permutexvar_epi8(most, ~std::uint64_t{0} << inTwo, loadVector(index.data()),
@@ -155,7 +192,7 @@ inline Vec loadComponent(const unsigned char* src) {
 /// Triples in reverse; one byte after them is read, and one after the target overwritten.
 constexpr std::size_t mirroredAtOnce = 21;
 inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
-    constexpr auto order = table([](std::size_t i) { return i == 63 ? 63 : 60 - i / 3 * 3 + i % 3; });
+    static constexpr auto order = table([](std::size_t i) { return i == 63 ? 63 : 60 - i / 3 * 3 + i % 3; });
     storeVector(dst, _mm512_permutexvar_epi8(loadVector(order.data()), loadVector(src)));
 }
 

@@ -1,0 +1,76 @@
+#include "Frames.h"
+
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+namespace bench {
+
+namespace {
+
+cv::Mat mat(const Frames& f, const Bytes& bytes, int type) {
+    return {static_cast<int>(f.h), static_cast<int>(f.w), type, const_cast<Byte*>(bytes.data())};
+}
+
+void rgbTo444(Frames& f) {
+    cv::Mat to = mat(f, f.packedOut, CV_8UC3);
+    cv::cvtColor(mat(f, f.packed, CV_8UC3), to, cv::COLOR_RGB2YCrCb);
+}
+
+void toRgb(Frames& f) {
+    cv::Mat to = mat(f, f.packedOut, CV_8UC3);
+    cv::cvtColor(mat(f, f.packed, CV_8UC3), to, cv::COLOR_YCrCb2RGB);
+}
+
+void rgbTo420(Frames& f) {
+    cv::Mat to(static_cast<int>(f.h + f.h / 2), static_cast<int>(f.w), CV_8UC1, f.packedOut.data());
+    cv::cvtColor(mat(f, f.packed, CV_8UC3), to, cv::COLOR_RGB2YUV_I420);
+}
+
+template <int numerator, int denominator>
+void scalePlane(Frames& f) {
+    cv::Mat to = mat(f, f.planeOut[0], CV_8UC1);
+    mat(f, f.plane[0], CV_8UC1)
+        .convertTo(to, CV_8U, double{numerator} / denominator, numerator < denominator ? 16 : -16 * 1.164);
+}
+
+void split(Frames& f) {
+    cv::Mat to[3] = {mat(f, f.planeOut[0], CV_8UC1), mat(f, f.planeOut[1], CV_8UC1), mat(f, f.planeOut[2], CV_8UC1)};
+    cv::split(mat(f, f.packed, CV_8UC3), to);
+}
+
+void merge(Frames& f) {
+    const cv::Mat from[3] = {mat(f, f.plane[0], CV_8UC1), mat(f, f.plane[1], CV_8UC1), mat(f, f.plane[2], CV_8UC1)};
+    cv::Mat to = mat(f, f.packedOut, CV_8UC3);
+    cv::merge(from, 3, to);
+}
+
+void mirrorRgb(Frames& f) {
+    cv::Mat to = mat(f, f.packedOut, CV_8UC3);
+    cv::flip(mat(f, f.packed, CV_8UC3), to, 1);
+}
+
+template <int axis>
+void flipPlane(Frames& f) {
+    cv::Mat to = mat(f, f.planeOut[0], CV_8UC1);
+    cv::flip(mat(f, f.plane[0], CV_8UC1), to, axis);
+}
+
+} // namespace
+
+std::vector<Peer> opencvPeers() {
+    cv::setNumThreads(1);
+    return {
+        {"RGB to 4:4:4", "OpenCV (packed)", rgbTo444},
+        {"4:4:4 to RGB", "OpenCV (packed)", toRgb},
+        {"RGB to 4:2:0", "OpenCV", rgbTo420},
+        {"grey to studio", "OpenCV convertTo", scalePlane<219, 255>},
+        {"studio to grey", "OpenCV convertTo", scalePlane<255, 219>},
+        {"JFIF to 4:4:4", "OpenCV split (no range map)", split},
+        {"4:4:4 to JFIF", "OpenCV merge (no range map)", merge},
+        {"flip RGB left-right", "OpenCV", mirrorRgb},
+        {"flip plane left-right", "OpenCV", flipPlane<1>},
+        {"flip plane top-bottom", "OpenCV", flipPlane<0>},
+    };
+}
+
+} // namespace bench

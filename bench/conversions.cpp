@@ -1,0 +1,148 @@
+// Conversions and flips: our kernels level by level, convertIm as an application calls it, and what others make of
+// the same job. Arguments are those of Google Benchmark, and --table=FILE.
+#include "Contest.h"
+#include "Frames.h"
+
+#include "Kovanta/ConvertIm.h"
+#include "Kovanta/Flip.h"
+#include "image/kernels/KernelLevels.h"
+
+#include <cstring>
+#include <deque>
+#include <iostream>
+#include <memory>
+
+namespace {
+
+using namespace bench;
+using Im = Ko::Image<unsigned char>;
+using Routine = void (*)(Im& dst, const Im& src);
+
+struct Job {
+    const char* name;
+    Ko::PIXEL_FORMAT from;
+    Ko::PIXEL_FORMAT to;
+    Routine routine;
+    bool throughConvertIm;
+};
+
+void flipLeftRight(Im& dst, const Im& src) {
+    Ko::flipHor(dst, src);
+}
+void flipTopBottom(Im& dst, const Im& src) {
+    Ko::flipVer(dst, src);
+}
+
+const Job jobs[] = {
+    {"RGB to 4:4:4", Ko::PF_RGB, Ko::PF_YCC444P, RGB_2_YCC444P, true},
+    {"RGBA to 4:4:4", Ko::PF_RGBA, Ko::PF_YCC444P, RGB_2_YCC444P, true},
+    {"RGB to 4:2:0", Ko::PF_RGB, Ko::PF_YCC420P, RGB_2_YCC420P, false},
+    {"4:4:4 to RGB", Ko::PF_YCC444P, Ko::PF_RGB, YCC444P_2_RGB, true},
+    {"grey to studio", Ko::PF_Y, Ko::PF_YCC420P, Y_2_YCC444P, true},
+    {"studio to grey", Ko::PF_YCC444P, Ko::PF_Y, YCC444P_2_Y, true},
+    {"4:4:4 to 4:2:0", Ko::PF_YCC444P, Ko::PF_YCC420P, YCC444P_2_YCC420P, true},
+    {"4:2:0 to 4:4:4", Ko::PF_YCC420P, Ko::PF_YCC444P, YCC420P_2_YCC444P, true},
+    {"YUY2 to 4:4:4", Ko::PF_YUY2, Ko::PF_YCC444P, YUY2_2_YCC444P, true},
+    {"4:4:4 to YUY2", Ko::PF_YCC444P, Ko::PF_YUY2, YCC444P_2_YUY2, false},
+    {"JFIF 4:2:2 to 4:4:4", Ko::PF_JFIF422P, Ko::PF_YCC444P, JFIF422P_2_PF_YCC444P, true},
+    {"JFIF to 4:4:4", Ko::PF_JFIF, Ko::PF_YCC444P, JFIF_2_YCC444P, true},
+    {"4:4:4 to JFIF", Ko::PF_YCC444P, Ko::PF_JFIF, YCC444P_2_JFIF, true},
+    {"flip RGB left-right", Ko::PF_RGB, Ko::PF_RGB, flipLeftRight, false},
+    {"flip plane left-right", Ko::PF_Y, Ko::PF_Y, flipLeftRight, false},
+    {"flip plane top-bottom", Ko::PF_Y, Ko::PF_Y, flipTopBottom, false},
+};
+
+/// Bytes that a conversion has to read or write.
+std::size_t bytesOf(const Im& im, bool lumaOnly) {
+    std::size_t sum = 0;
+    for (int p = 0; p < (lumaOnly ? 1 : 4); ++p)
+        if (im.plane[p].rows)
+            sum += std::size_t{im.plane[p].width} * im.plane[p].height;
+    return sum;
+}
+
+void fill(Im& im, const Frames& frames) {
+    for (int p = 0; p < 3; ++p)
+        if (im.plane[p].data)
+            std::memcpy(im.plane[p].data, frames.packed.data() + static_cast<std::size_t>(p),
+                        std::size_t{im.plane[p].width} * im.plane[p].height - 3);
+}
+
+struct Level {
+    const char* name;
+    Ko::KernelLevel level;
+};
+constexpr Level levels[] = {
+    {"portable", Ko::KernelLevel::portable}, {"AVX2", Ko::KernelLevel::avx2}, {"AVX-512", Ko::KernelLevel::avx512}};
+
+Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const std::vector<Peer>& peers) {
+    const auto w = static_cast<unsigned>(frames->w);
+    const auto h = static_cast<unsigned>(frames->h);
+    Contest contest{job.name + (", " + std::to_string(w) + "x" + std::to_string(h)), double(w) * h, {}};
+    const auto src = std::make_shared<Im>(job.from);
+    src->size(w, h);
+    fill(*src, *frames);
+    const auto dst = std::make_shared<Im>(job.to);
+    dst->size(w, h);
+    fill(*dst, *frames);
+    Ko::KernelLevel best = Ko::KernelLevel::portable;
+    for (const Level& level : levels) {
+        if (!Ko::kernelsOf(level.level))
+            continue;
+        best = level.level;
+        contest.contenders.push_back({level.name, Side::ours, [=, routine = job.routine, forced = level.level] {
+                                          Ko::useKernels(forced);
+                                          routine(*dst, *src);
+                                      }});
+    }
+    if (job.throughConvertIm) {
+        contest.contenders.push_back({"convertIm", Side::ours, [=] {
+                                          Ko::useKernels(best);
+                                          Ko::convertIm(*dst, *src);
+                                      }});
+        contest.contenders.push_back({"convertIm, new image", Side::ours, [=, to = job.to] {
+                                          Ko::useKernels(best);
+                                          Im fresh(to);
+                                          Ko::convertIm(fresh, *src);
+                                      }});
+    }
+    for (const Peer& peer : peers)
+        if (peer.job == job.name)
+            contest.contenders.push_back({peer.name, Side::peer, [=, run = peer.run] {
+                                              run(*frames);
+                                          }});
+    const bool grey = job.from == Ko::PF_Y || job.to == Ko::PF_Y;
+    const std::size_t bytes = (bytesOf(*src, grey) + bytesOf(*dst, job.to == Ko::PF_Y)) / 2;
+    contest.contenders.push_back({"memcpy", Side::bound, [=] {
+                                      std::memcpy(frames->packedOut.data(), frames->packed.data(), bytes);
+                                  }});
+    return contest;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::vector<Peer> peers;
+    const auto add = [&](std::vector<Peer> more) {
+        peers.insert(peers.end(), more.begin(), more.end());
+    };
+#ifdef BENCH_LIBYUV
+    add(libyuvPeers());
+#endif
+#ifdef BENCH_OPENCV
+    add(opencvPeers());
+#endif
+#ifdef BENCH_SWSCALE
+    add(swscalePeers());
+#endif
+    if (peers.empty())
+        std::cout << "No peers were found when this was built.\n";
+    constexpr std::pair<std::size_t, std::size_t> sizes[] = {{640, 480}, {1920, 1080}, {3840, 2160}};
+    std::vector<Contest> contests;
+    for (const auto& [w, h] : sizes) {
+        const auto frames = std::make_shared<Frames>(w, h);
+        for (const Job& job : jobs)
+            contests.push_back(contestOf(job, frames, peers));
+    }
+    return runContests(argc, argv, contests, {"million pixels a second", 1e6, true});
+}

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs the peers, builds the benchmarks and runs them one after the other; the plot of the conversions goes to
+# docs/performance.svg. Arguments go to the programs: --fastest for a busy machine, --benchmark_filter=REGEX, ...
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+
+packages=(libbenchmark-dev libopencv-dev libswscale-dev libyuv-dev python3-minimal)
+missing=()
+for package in "${packages[@]}"; do
+  [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)" = installed ] || missing+=("$package")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  as_root=()
+  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  echo "bench: installing ${missing[*]}" >&2
+  "${as_root[@]}" apt-get update -qq >&2
+  DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -qq -y --no-install-recommends "${missing[@]}" >&2
+fi
+
+build=build/bench
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOVANTA_BUILD_BENCH=ON -DKOVANTA_BUILD_TESTS=OFF \
+  -DKOVANTA_BUILD_EXAMPLES=OFF >/dev/null
+cmake --build "$build" >/dev/null
+
+for program in conversions stills text videoread road; do
+  [ -x "$build/bench/bench_$program" ] || continue
+  printf '\n== %s\n' "$program"
+  # Whatever a peer or a writer has to say stays out of the tables.
+  "$build/bench/bench_$program" --table="$build/$program.tsv" "$@" 2>"$build/$program.log" ||
+    { cat "$build/$program.log" >&2; exit 1; }
+done
+printf '\n== growth\n'
+"$build/bench/bench_growth" 20000 2>"$build/growth.log"
+
+python3 bench/plot.py "$build/conversions.tsv" 1920x1080 >docs/performance.svg
+echo "The plot is docs/performance.svg."

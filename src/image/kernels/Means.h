@@ -1,0 +1,31 @@
+#ifndef KOVANTA_SRC_IMAGE_KERNELS_MEANS_H
+#define KOVANTA_SRC_IMAGE_KERNELS_MEANS_H
+
+#include "image/kernels/Blocks.h"
+#include "image/kernels/PlainLoops.h"
+
+namespace Ko {
+namespace {
+
+/// The means of the 2x2 blocks that a vector of each row holds, as words.
+template <Word rounding>
+inline Vec means(const Byte* row0, const Byte* row1) {
+    const Vec sum = addWords(sumPairs(loadVector(row0)), sumPairs(loadVector(row1)));
+    return shiftWordsDown<2>(rounding == 0 ? sum : addWords(sum, allWords(rounding)));
+}
+
+template <Word rounding>
+void meanOfBlocks(Byte* __restrict dst, const Byte* __restrict row0, const Byte* __restrict row1, std::size_t n) {
+    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n)) {
+        const Vec low = means<rounding>(row0 + 2 * i, row1 + 2 * i);
+        const Vec high = means<rounding>(row0 + 2 * i + vectorBytes, row1 + 2 * i + vectorBytes);
+        storeVector(dst + i, unweave(packWords(low, high)));
+    }
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
+        dst[i] = static_cast<Byte>((row0[2 * i] + row0[2 * i + 1] + row1[2 * i] + row1[2 * i + 1] + rounding) >> 2);
+}
+
+} // namespace
+} // namespace Ko
+
+#endif

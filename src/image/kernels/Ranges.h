@@ -1,0 +1,53 @@
+#ifndef KOVANTA_SRC_IMAGE_KERNELS_RANGES_H
+#define KOVANTA_SRC_IMAGE_KERNELS_RANGES_H
+
+// Full to studio range and back without a division, exact for every byte: x * 219 / 255 is x * 56284 / 2^16, and a
+// full-range sample is x + x * 36 / 219 with x = v - 16, and so on.
+
+#include "image/kernels/Blocks.h"
+#include "image/kernels/PlainLoops.h"
+
+namespace Ko {
+namespace {
+
+/// The products of bytes and a factor below 1, which is given times 2^16.
+template <Dword factor>
+inline Vec scaledBytes(Vec v) {
+    const Vec f = allWords(static_cast<Word>(factor));
+    return packWords(upperProducts(weaveBytesLow(v, zero()), f), upperProducts(weaveBytesHigh(v, zero()), f));
+}
+
+/// The mapping of a component, one sample and a vector at a time.
+template <Dword factor>
+struct ToStudio {
+    static Byte sample(Byte v) { return static_cast<Byte>((v * factor >> 16) + 16); }
+    static Vec vector(Vec v) { return addBytes(scaledBytes<factor>(v), allBytes(16)); }
+};
+template <Dword factor, Byte top>
+struct ToFull {
+    static Byte sample(Byte v) {
+        const Dword x = (v < 16 ? 16u : v > top ? Dword{top} : v) - 16u;
+        return static_cast<Byte>(x + (x * factor >> 16));
+    }
+    static Vec vector(Vec v) {
+        const Vec x = smallerBytes(subtractBytesToZero(v, allBytes(16)), allBytes(top - 16));
+        return addBytes(x, scaledBytes<factor>(x));
+    }
+};
+using LumaToStudio = ToStudio<56284>;
+using ChromaToStudio = ToStudio<57569>;
+using LumaToFull = ToFull<10776, 235>;
+using ChromaToFull = ToFull<9072, 240>;
+
+template <class Range>
+void mapRange(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
+    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n))
+        storeVector(dst + i, Range::vector(loadVector(src + i)));
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
+        dst[i] = Range::sample(src[i]);
+}
+
+} // namespace
+} // namespace Ko
+
+#endif
