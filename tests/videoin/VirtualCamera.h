@@ -31,9 +31,7 @@ enum Control : unsigned int {
     dropPercentage = 0x00f0f040,
     disconnect = 0x00f0f041, ///< Until all that have the device open have closed it.
     errorInBuffer = 0x00f0f042,
-    errorInReqbufs = 0x00f0f043,
     errorInQbuf = 0x00f0f044,
-    errorInStreamon = 0x00f0f045,
     errorInDqbuf = 0x00f0f046
 };
 
