@@ -1,5 +1,7 @@
 #include "videoin/VirtualCamera.h"
 
+#include "support/TempDirectory.h"
+
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
@@ -8,9 +10,8 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
+#include <stdexcept>
 #include <system_error>
 
 extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
@@ -37,10 +38,6 @@ void check(long result, const std::string& what) {
         throw std::system_error(errno, std::generic_category(), what);
 }
 
-std::string path(unsigned int device) {
-    return "/dev/video" + std::to_string(device);
-}
-
 } // namespace
 
 Driver::Driver(const std::string& moduleName, const std::string& parameters)
@@ -48,14 +45,8 @@ Driver::Driver(const std::string& moduleName, const std::string& parameters)
     const char* folder = std::getenv("KOVANTA_VM_MODULES");
     if (!folder)
         throw std::runtime_error("KOVANTA_VM_MODULES is not set: run this program through scripts/camera-vm.sh");
-    const std::string file = std::string(folder) + "/" + name + ".ko";
-    const int fd = ::open(file.c_str(), O_RDONLY);
-    check(fd, file);
-    const long result = ::syscall(SYS_finit_module, fd, parameters.c_str(), 0);
-    const int error = errno;
-    ::close(fd);
-    errno = error;
-    check(result, "loading " + name);
+    const std::string module = testing_support::fileBytes(std::string(folder) + "/" + name + ".ko");
+    check(::syscall(SYS_init_module, module.data(), module.size(), parameters.c_str()), "loading " + name);
 }
 
 Driver::~Driver() {
@@ -66,8 +57,8 @@ Driver::~Driver() {
 }
 
 Node::Node(unsigned int device)
-    : fd(::open(path(device).c_str(), O_RDWR)) {
-    check(fd, path(device));
+    : fd(::open(("/dev/video" + std::to_string(device)).c_str(), O_RDWR)) {
+    check(fd, "opening video" + std::to_string(device));
 }
 
 Node::~Node() {
@@ -120,29 +111,13 @@ v4l2_pix_format Node::setFormat(unsigned int fourcc, unsigned int width, unsigne
 
 Frame Node::readFrame() {
     const v4l2_pix_format pix = format();
-    Frame frame(pix.pixelformat, pix.width, pix.height, pix.bytesperline);
+    Frame frame{pix.pixelformat, pix.width, pix.height, pix.bytesperline};
     check(::read(fd, frame.bytes.data(), frame.bytes.size()), "read");
     return frame;
 }
 
 void Node::writeFrame(const Frame& frame) {
     check(::write(fd, frame.bytes.data(), frame.bytes.size()), "write");
-}
-
-int openDescriptors() {
-    int count = 0;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-        count += std::filesystem::read_symlink(entry, ignored).string().rfind("/dev/video", 0) == 0;
-    return count;
-}
-
-int liveMappings() {
-    int count = 0;
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        count += line.find("/dev/video") != std::string::npos;
-    return count;
 }
 
 } // namespace camera

@@ -31,9 +31,7 @@ enum Control : unsigned int {
     dropPercentage = 0x00f0f040,
     disconnect = 0x00f0f041, ///< Until all that have the device open have closed it.
     errorInBuffer = 0x00f0f042,
-    errorInReqbufs = 0x00f0f043,
     errorInQbuf = 0x00f0f044,
-    errorInStreamon = 0x00f0f045,
     errorInDqbuf = 0x00f0f046
 };
 
@@ -61,10 +59,6 @@ private:
     void request(unsigned long code, void* record, const char* what);
     int fd;
 };
-
-/// Descriptors and mappings of this process that belong to video devices.
-int openDescriptors();
-int liveMappings();
 
 /// While true, TRY_FMT with planar 4:2:0 reaches the driver as a format that it does not have, so that the driver does
 /// with it what drivers do with formats that they lack.
