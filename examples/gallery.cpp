@@ -4,6 +4,8 @@
 #include <Kovanta/Font.h>
 #include <Kovanta/ImageFile.h>
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <exception>
 #include <filesystem>
@@ -90,12 +92,12 @@ Picture paragraph() {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "Usage: gallery DIRECTORY\n";
-        return 2;
-    }
+    std::string folder;
+    CLI::App app{"Makes the pictures of the documentation: each drawing primitive, enlarged, and text."};
+    app.add_option("DIRECTORY", folder, "Where to write the PNG files; made when missing")->required();
+    CLI11_PARSE(app, argc, argv);
     try {
-        const std::filesystem::path directory(argv[1]);
+        const std::filesystem::path directory(folder);
         std::filesystem::create_directories(directory);
         constexpr int scale = 10;
         Ko::writeImage((directory / "lines.png").string(), enlarged(lines(), scale));
