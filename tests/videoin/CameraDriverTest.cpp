@@ -167,7 +167,7 @@ TEST_F(CameraDriver, TwoCamerasAtOnceAndAListWithGaps) {
     }
     EXPECT_EQ(left.tell(), 10);
     EXPECT_EQ(left.listDevs().size(), 8u); // beside the streams
-    left.close(); // the driver goes first
+    left.close();                          // the driver goes first
     right.close();
 }
 
