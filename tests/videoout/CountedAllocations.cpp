@@ -8,12 +8,20 @@
 
 static std::atomic<std::size_t> count{0};
 
+static thread_local long untilRefused = -1;
+
 std::size_t bigAllocations() {
     return count;
 }
 
+void refuseAllocation(long n) {
+    untilRefused = n;
+}
+
 void* operator new(std::size_t size) {
     count += size >= 10000;
+    if (untilRefused >= 0 && untilRefused-- == 0)
+        throw std::bad_alloc();
     if (void* memory = std::malloc(size ? size : 1))
         return memory;
     throw std::bad_alloc();

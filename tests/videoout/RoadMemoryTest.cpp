@@ -60,4 +60,27 @@ TEST_F(Road, FramesOnTheirWayAreRecycled) {
     EXPECT_LE(bigAllocations() - before, 3u * 8);
 }
 
+TEST_F(Road, ARefusedAllocationLeavesTheQueuedFrameWhole) {
+    Ko::ThreadedBuffer<Ko::Image<unsigned char>> buffer;
+    Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
+    frame.size(8, 8);
+    bool refusedOnce = false;
+    for (long n = 0;; ++n) {
+        buffer.put(frame);
+        try {
+            refuseAllocation(n);
+            const Ko::Image<unsigned char> taken = buffer.get();
+            refuseAllocation(-1);
+            ASSERT_TRUE(refusedOnce);
+            break; // no request is left to refuse
+        } catch (const std::bad_alloc&) {
+            refuseAllocation(-1);
+            refusedOnce = true;
+        }
+        const Ko::Image<unsigned char> kept = buffer.get();
+        for (int p = 0; p < 3; ++p)
+            ASSERT_NE(kept.plane[p].rows, nullptr) << "request " << n << " plane " << p;
+    }
+}
+
 } // namespace
