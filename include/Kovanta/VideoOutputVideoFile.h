@@ -51,9 +51,8 @@ public:
     ///         without memory also "[VideoOutputVideoFile::open]: avformat_alloc_context failed.",
     ///         "... av_set_parameters failed.", "[VideoOutputVideoFile::addVideoStream]: av_new_stream failed.",
     ///         "[allocPicture]: avcodec_alloc_frame failed." and "[allocPicture]: av_malloc failed."
-    /// @throws std::logic_error "[VideoOutputVideoFile::openVideo]: Can only convert to 4:2:0 Planar YUV." for an
-    /// encoder
-    ///         whose first choice is another pixel format
+    /// @throws std::logic_error "[VideoOutputVideoFile::openVideo]: Can only convert to 4:2:0 Planar YUV." when the
+    ///         encoder's first choice is another pixel format
     /// @throws boost::thread_resource_error, std::bad_alloc
     /// After a failure isOpened() is true, and close() releases what was begun.
     void open(unsigned int width, unsigned int height, const std::string& filename, Frac<unsigned int> frameRate,
@@ -75,9 +74,8 @@ public:
     bool isOpened() const;
 
     /// Chooses the encoder for the next open(), by libavcodec's name for it ("mpeg4", "libx264").
-    /// @throws std::logic_error "[VideoOutputVideoFile::setEncoder]: avcodec_find_encoder_by_name failed."; the next
-    /// open()
-    ///         then uses the container's default encoder
+    /// @throws std::logic_error "[VideoOutputVideoFile::setEncoder]: avcodec_find_encoder_by_name failed."; then the
+    ///         next open() uses the container's default encoder
     VideoOutputVideoFile& setEncoder(const std::string& name);
     /// Asks for interlaced coding from the next open() on.
     VideoOutputVideoFile& setInterlace(bool on);

@@ -1,6 +1,7 @@
 #include "Kovanta/Array2D.h"
 
 #include "image/ArrayStorage.h"
+#include "util/ErrorText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -12,7 +13,7 @@
 namespace Ko {
 
 void throwTooLarge(const char* function) {
-    throw std::runtime_error(std::string("[") + function + "]: Image too large.");
+    throw std::runtime_error(errorText(function, "Image too large."));
 }
 
 template <class T>

@@ -5,6 +5,7 @@
 #include "image/ImageLayout.h"
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
+#include "util/ErrorText.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -32,7 +33,7 @@ Units unitsOf(const Im& im, const char* function) {
     case PF_RGB:
         return {1, 3};
     default:
-        throw std::logic_error(std::string("[") + function + "]: Image not planar, nor packed!");
+        throw std::logic_error(errorText(function, "Image not planar, nor packed!"));
     }
 }
 

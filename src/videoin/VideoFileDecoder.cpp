@@ -1,5 +1,7 @@
 #include "videoin/VideoFileDecoder.h"
 
+#include "util/ErrorText.h"
+
 #include <algorithm>
 #include <new>
 #include <numeric>
@@ -16,7 +18,7 @@ namespace Ko {
 namespace {
 
 [[noreturn]] void fail(const std::string& reason) {
-    throw std::runtime_error("[VideoInputVideoFile::VideoInputVideoFile]: " + reason + ".");
+    throw std::runtime_error(errorText("VideoInputVideoFile::VideoInputVideoFile", reason + "."));
 }
 
 bool known(std::int64_t time) {

@@ -4,6 +4,7 @@
 #include "Kovanta/LibAvMutex.h"
 #include "image/ImageLayout.h"
 #include "libav/Log.h"
+#include "util/ErrorText.h"
 #include "videoin/DecodedPicture.h"
 #include "videoin/VideoFileDecoder.h"
 
@@ -35,6 +36,11 @@ Time subtract(Time a, Time b) {
     if (!__builtin_sub_overflow(a, b, &difference))
         return difference;
     return a < 0 ? std::numeric_limits<Time>::min() : std::numeric_limits<Time>::max();
+}
+
+[[noreturn]] void failToSeek(const VideoFileDecoder& source) {
+    throw std::runtime_error(
+        errorText("VideoInputVideoFile::seek", std::string(source.filename()) + ": error while seeking."));
 }
 
 /// Sets a flag for as long as it lives.
@@ -110,7 +116,7 @@ void VideoInputVideoFile::release() noexcept {
 
 VideoFileDecoder& VideoInputVideoFile::opened(const char* operation) const {
     if (!ready)
-        throw std::logic_error(std::string("[VideoInputVideoFile::") + operation + "]: Not opened.");
+        throw std::logic_error(errorText((std::string("VideoInputVideoFile::") + operation).c_str(), "Not opened."));
     return *decoder;
 }
 
@@ -164,8 +170,7 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
     Time aim = target - 1;
     for (Time step = source.second();; step = add(step, add(step, step))) {
         if (!source.seek(aim))
-            throw std::runtime_error(std::string("[VideoInputVideoFile::seek]: ") + source.filename() +
-                                     ": error while seeking.");
+            failToSeek(source);
         position = 0;
         endMet = false;
         if (decodeForward(target) || aim == 0)
@@ -192,8 +197,7 @@ bool VideoInputVideoFile::decodeForward(Time target) {
 
 long VideoInputVideoFile::rewind(VideoFileDecoder& source) {
     if (!source.rewind())
-        throw std::runtime_error(std::string("[VideoInputVideoFile::seek]: ") + source.filename() +
-                                 ": error while seeking.");
+        failToSeek(source);
     position = 0;
     endMet = false;
     deliveredSinceStart = false;

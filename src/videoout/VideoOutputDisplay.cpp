@@ -1,6 +1,7 @@
 #include "Kovanta/VideoOutputDisplay.h"
 
 #include "Kovanta/ConvertIm.h"
+#include "videoout/DisplayText.h"
 #include "videoout/SdlDriver.h"
 #include "videoout/XErrors.h"
 
@@ -29,12 +30,8 @@ constexpr char constructor[] = "VideoOutputDisplay";
 constexpr std::uint32_t largestWindow = 32767; // coordinates of X and SDL have 16 bits
 constexpr std::uint32_t largestPitch = 65535;  // of an overlay; SDL cuts larger ones off without a word
 
-std::string message(const char* function, const std::string& reason) {
-    return std::string("[VideoOutputDisplay::") + function + "]: " + reason;
-}
-
 [[noreturn]] void fail(const char* function, const std::string& call, const std::string& reason) {
-    throw std::runtime_error(message(function, call + " failed: " + reason + "."));
+    throw std::runtime_error(displayText(function, call + " failed: " + reason + "."));
 }
 
 /// Runs one step of tearing down; what the X server's end makes of it is printed.
@@ -52,15 +49,14 @@ bool survives(Step step) noexcept {
 } // namespace
 
 VideoOutputDisplay::VideoOutputDisplay(unsigned int windowW, unsigned int, unsigned int w, unsigned int h, bool full)
-    : windowWidth(windowW)
-    , width(w)
+    : width(w)
     , height(h)
     , fullscreen(full) {
     if (width == 0 || height == 0)
-        throw std::logic_error(message(constructor, "Width and height must not be zero."));
+        throw std::logic_error(displayText(constructor, "Width and height must not be zero."));
     setWindowWidth(windowW);
     if (width % 2 != 0 || height % 2 != 0)
-        throw std::logic_error(message(constructor, "Width and height of must both be even!"));
+        throw std::logic_error(displayText(constructor, "Width and height of must both be even!"));
 
     if (XErrors::takeLoss())
         SDL_Quit(); // of a display whose construction ended so
@@ -84,7 +80,7 @@ void VideoOutputDisplay::initVideo() {
         if (SDL_Init(SDL_INIT_VIDEO) < 0) {
             XErrors::remove();
             throw std::runtime_error(
-                message(constructor, std::string("Unable to init SDL: ") + SDL_GetError() + ".\n"));
+                displayText(constructor, std::string("Unable to init SDL: ") + SDL_GetError() + ".\n"));
         }
     }
     char driver[127];
@@ -97,7 +93,7 @@ void VideoOutputDisplay::initVideo() {
     SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
     const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
     if (!modes || (modes != anyMode && !modes[0]))
-        throw std::runtime_error(message(constructor, "No modes available."));
+        throw std::runtime_error(displayText(constructor, "No modes available."));
     if (modes != anyMode) {
         fullscreenWidth = modes[0]->w;
         fullscreenHeight = modes[0]->h;
@@ -216,7 +212,7 @@ void VideoOutputDisplay::unlockOverlay() {
 bool VideoOutputDisplay::write(const Image<unsigned char>& image) {
     const XErrors::Operation operation("write");
     if (image.width > width || image.height > height || (image.width != width && image.height != height))
-        throw std::logic_error(message("write", "Frame does not fit the display."));
+        throw std::logic_error(displayText("write", "Frame does not fit the display."));
     if (!screen)
         fail("write", "SDL_SetVideoMode", "No window");
 

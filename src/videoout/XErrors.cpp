@@ -1,5 +1,7 @@
 #include "videoout/XErrors.h"
 
+#include "videoout/DisplayText.h"
+
 #include <X11/Xlib.h>
 
 #include <stdexcept>
@@ -19,12 +21,8 @@ bool lost = false;
 ::XErrorHandler earlierHandler = nullptr;
 ::XIOErrorHandler earlierIOHandler = nullptr;
 
-std::string message(const char* name, const std::string& reason) {
-    return std::string("[VideoOutputDisplay::") + name + "]: " + reason;
-}
-
 [[noreturn]] void throwLost(const char* name) {
-    throw std::runtime_error(message(name, "Lost the connection to the X server."));
+    throw std::runtime_error(displayText(name, "Lost the connection to the X server."));
 }
 
 int onError(::Display* display, ::XErrorEvent* event) {
@@ -82,7 +80,7 @@ void Operation::check() const {
         return;
     const std::string text = lastError;
     lastError[0] = '\0';
-    throw std::runtime_error(message(operation, "X error: " + text + "."));
+    throw std::runtime_error(displayText(operation, "X error: " + text + "."));
 }
 
 } // namespace XErrors
