@@ -3,11 +3,11 @@
 #include "draw/Glyph.h"
 #include "draw/Line.h"
 #include "draw/TextBlend.h"
+#include "util/Errors.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <stdexcept>
 #include <utility>
 
 namespace Ko {
@@ -94,7 +94,7 @@ void Font::init(const std::string& file, const void* data, unsigned long size, u
     pixelSize = pixels;
     FT_Library opened = nullptr;
     if (FT_Init_FreeType(&opened) != 0)
-        throw std::runtime_error("[Font::init]: FT_Init_FreeType failed.");
+        throwRuntimeError("Font::init", "FT_Init_FreeType failed.");
     LibraryPtr fresh(opened);
 
     FT_Face loaded = nullptr;
@@ -102,12 +102,12 @@ void Font::init(const std::string& file, const void* data, unsigned long size, u
         const bool fits = size <= static_cast<unsigned long>(std::numeric_limits<FT_Long>::max());
         if (!fits ||
             FT_New_Memory_Face(opened, static_cast<const FT_Byte*>(data), static_cast<FT_Long>(size), 0, &loaded) != 0)
-            throw std::runtime_error("[Font::init]: Cannot load font from memory.");
+            throwRuntimeError("Font::init", "Cannot load font from memory.");
     } else if (FT_New_Face(opened, file.c_str(), 0, &loaded) != 0)
-        throw std::runtime_error("[Font::init]: Cannot load font file.");
+        throwRuntimeError("Font::init", "Cannot load font file.");
     const FacePtr face(loaded);
     if (FT_Set_Pixel_Sizes(loaded, pixels, 0) != 0)
-        throw std::runtime_error("[Font::init]: FT_Set_Pixel_Sizes failed.");
+        throwRuntimeError("Font::init", "FT_Set_Pixel_Sizes failed.");
 
     glyphs.reserve(characters);
     release();

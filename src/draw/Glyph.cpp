@@ -1,10 +1,10 @@
 #include "draw/Glyph.h"
+#include "util/Errors.h"
 
 #include FT_BITMAP_H
 
 #include <algorithm>
 #include <cstddef>
-#include <stdexcept>
 
 namespace Ko {
 
@@ -50,19 +50,19 @@ bool normalize(FT_Library library, FT_Bitmap& bitmap) {
 
 GlyphPtr renderGlyph(FT_Face face, unsigned char code) {
     if (FT_Load_Glyph(face, FT_Get_Char_Index(face, code), FT_LOAD_DEFAULT) != 0)
-        throw std::runtime_error("[Font::renderChar]: FT_Load_Glyph failed.");
+        throwRuntimeError("Font::renderChar", "FT_Load_Glyph failed.");
     FT_Glyph taken = nullptr;
     if (FT_Get_Glyph(face->glyph, &taken) != 0)
-        throw std::runtime_error("[Font::renderChar]: FT_Get_Glyph failed.");
+        throwRuntimeError("Font::renderChar", "FT_Get_Glyph failed.");
     GlyphPtr glyph(taken);
     // On failure the outline stays; otherwise the bitmap takes its place.
     if (!plausible(face, taken) || FT_Glyph_To_Bitmap(&taken, FT_RENDER_MODE_NORMAL, nullptr, 0) != 0)
-        throw std::runtime_error("[Font::renderChar]: FT_Glyph_To_Bitmap failed.");
+        throwRuntimeError("Font::renderChar", "FT_Glyph_To_Bitmap failed.");
     if (taken != glyph.get())
         glyph.reset(taken);
     if (glyph->format != FT_GLYPH_FORMAT_BITMAP ||
         !normalize(glyph->library, reinterpret_cast<FT_BitmapGlyph>(glyph.get())->bitmap))
-        throw std::runtime_error("[Font::renderChar]: FT_Glyph_To_Bitmap failed.");
+        throwRuntimeError("Font::renderChar", "FT_Glyph_To_Bitmap failed.");
     return glyph;
 }
 

@@ -1,19 +1,18 @@
 #include "Kovanta/Array2D.h"
 
 #include "image/ArrayStorage.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
 namespace Ko {
 
 void throwTooLarge(const char* function) {
-    throw std::runtime_error(errorText(function, "Image too large."));
+    throwRuntimeError(function, "Image too large.");
 }
 
 template <class T>
@@ -38,7 +37,7 @@ Array2D<T>& Array2D<T>::operator=(const Array2D& src) {
     if (this == &src)
         return *this;
     if (!alloc && (width != src.width || height != src.height))
-        throw std::logic_error("[Array2D<T>::operator=]: Noalloc and trying to resize.");
+        throwLogicError("Array2D<T>::operator=", "Noalloc and trying to resize.");
     std::vector<Subarray> views = src.subarrays;
     if (alloc)
         adopt(obtain(src.width, src.height, true), src.width, src.height, true);
@@ -77,7 +76,7 @@ template <class T>
 void Array2D<T>::resize(unsigned int w, unsigned int h) {
     if (!alloc) {
         if (w != width && h != height)
-            throw std::logic_error("[Array2D<T>::resize]: Noalloc and trying to resize.");
+            throwLogicError("Array2D<T>::resize", "Noalloc and trying to resize.");
         return;
     }
     if (!fitsArray(w, h))

@@ -2,11 +2,10 @@
 
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
+#include "util/Errors.h"
 
 #include <boost/thread/lock_guard.hpp>
 #include <boost/thread/mutex.hpp>
-
-#include <stdexcept>
 
 namespace {
 
@@ -18,8 +17,8 @@ void identityTransform(Image<unsigned char>& dst, const Image<unsigned char>& sr
 }
 
 void unsupportedConversion(Image<unsigned char>& dst, const Image<unsigned char>& src) {
-    throw std::logic_error("[convertIm]: Don't know how to convert from " + fmt2string(src.format) + " to " +
-                           fmt2string(dst.format) + ".");
+    Ko::throwLogicError("convertIm", "Don't know how to convert from " + fmt2string(src.format) + " to " +
+                                         fmt2string(dst.format) + ".");
 }
 
 Routine branchTable[Ko::formatCount][Ko::formatCount]; // [target][source]

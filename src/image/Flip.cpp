@@ -5,10 +5,9 @@
 #include "image/ImageLayout.h"
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <cstring>
-#include <stdexcept>
 #include <string>
 
 namespace Ko {
@@ -33,7 +32,7 @@ Units unitsOf(const Im& im, const char* function) {
     case PF_RGB:
         return {1, 3};
     default:
-        throw std::logic_error(errorText(function, "Image not planar, nor packed!"));
+        throwLogicError(function, "Image not planar, nor packed!");
     }
 }
 

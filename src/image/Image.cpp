@@ -3,8 +3,8 @@
 #include "image/ArrayStorage.h"
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
+#include "util/Errors.h"
 
-#include <stdexcept>
 #include <utility>
 
 namespace Ko {
@@ -50,7 +50,7 @@ void Image<T>::fmt(PIXEL_FORMAT f) {
     format = f;
     const FormatEntry* entry = findFormat(f);
     if (!entry || entry->kind == FormatKind::none)
-        throw std::logic_error("[Image<T>::Image]: Unknown format.");
+        throwLogicError("Image<T>::Image", "Unknown format.");
     planar = entry->kind == FormatKind::planar;
     bytesPerPixelNum = entry->bytesPerPixelNum;
     bytesPerPixelDen = entry->bytesPerPixelDen;
@@ -120,7 +120,7 @@ void ImageLayout::resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::u
     if (!wrappedFit) {
         im.width = w;
         im.height = h;
-        throw std::logic_error("[Array2D<T>::resize]: Noalloc and trying to resize.");
+        throwLogicError("Array2D<T>::resize", "Noalloc and trying to resize.");
     }
     if (anyOwning && !fits(im, w, h))
         throwTooLarge(function);

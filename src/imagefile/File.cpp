@@ -1,11 +1,10 @@
 #include "imagefile/File.h"
 
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <stdexcept>
 
 namespace Ko {
 
@@ -21,7 +20,7 @@ FilePtr openFile(const char* function, const std::string& name, const char* mode
 }
 
 void throwCannotOpen(const char* function, const std::string& name, int error) {
-    throw std::runtime_error(errorText(function, "Cannot open " + name, error));
+    throwRuntimeError(function, "Cannot open " + name, error);
 }
 
 } // namespace Ko

@@ -3,6 +3,7 @@
 #include "imagefile/File.h"
 #include "imagefile/JpegObjects.h"
 #include "imagefile/Picture.h"
+#include "util/Errors.h"
 
 #include <utility>
 
@@ -51,7 +52,7 @@ void readJpegImage(Image<unsigned char>& im, const std::string& name) {
 
     const J_COLOR_SPACE coding = jpeg->jpeg_color_space;
     if (coding != JCS_GRAYSCALE && coding != JCS_RGB && coding != JCS_YCbCr)
-        throw std::runtime_error(errorText(function, "Unsupported color space."));
+        throwRuntimeError(function, "Unsupported color space.");
     // libjpeg has no way from RGB to Y'CbCr: such a file ends in its error.
     const J_COLOR_SPACE wanted = coding == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_YCbCr;
     jpeg.run([=](j_decompress_ptr info) {

@@ -2,7 +2,7 @@
 #define KOVANTA_SRC_IMAGEFILE_JPEGOBJECTS_H
 
 #include "imagefile/GuardedStep.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <cstdio>
 // jpeglib.h needs stdio.h before it.
@@ -10,7 +10,6 @@
 
 #include <csetjmp>
 #include <cstdint>
-#include <stdexcept>
 
 namespace Ko {
 
@@ -54,7 +53,7 @@ public:
     void run(Step step) {
         Object* const target = &object;
         if (!guarded(errors.jump, [target, step] { step(target); }))
-            throw std::runtime_error(errorText(name, "libjpeg failed.", errors.message));
+            throwRuntimeError(name, "libjpeg failed.", errors.message);
     }
 
 private:

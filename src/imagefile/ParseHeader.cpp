@@ -1,12 +1,11 @@
 #include "Kovanta/ImageFile.h"
 
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <boost/lexical_cast.hpp>
 
 #include <istream>
 #include <locale>
-#include <stdexcept>
 
 namespace {
 
@@ -54,11 +53,11 @@ void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream
         return stream.get() == 'P' && stream.get() == std::char_traits<char>::to_int_type(type);
     };
     if (!startsRight())
-        throw std::runtime_error(Ko::errorText(function, "Incorrect PPM/PGM header."));
+        Ko::throwRuntimeError(function, "Incorrect PPM/PGM header.");
     const unsigned int w = toNumber(nextToken(stream));
     const unsigned int h = toNumber(nextToken(stream));
     if (toNumber(nextToken(stream)) != 255)
-        throw std::runtime_error(Ko::errorText(function, "Only a maximum color value of 255 is supported now."));
+        Ko::throwRuntimeError(function, "Only a maximum color value of 255 is supported now.");
     stream.get();
     width = w;
     height = h;

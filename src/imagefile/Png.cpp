@@ -3,7 +3,7 @@
 #include "imagefile/File.h"
 #include "imagefile/Picture.h"
 #include "imagefile/PngObjects.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <iostream>
 #include <utility>
@@ -50,7 +50,7 @@ PngDecoding chooseDecoding(const PngHeader& header) {
         decoding.format = PF_RGBA;
         break;
     default:
-        throw std::runtime_error(errorText("readPngImage", "Do not know how to decode this PNG."));
+        throwRuntimeError("readPngImage", "Do not know how to decode this PNG.");
     }
     return decoding;
 }
@@ -116,7 +116,7 @@ void readPngImage(Image<unsigned char>& im, const std::string& name) {
     });
     picture.size(header.width, header.height, true);
     if (rowBytes != picture.plane[0].width) // whatever libpng makes of the requests, rows must hold it
-        throw std::runtime_error(errorText(function, "Do not know how to decode this PNG."));
+        throwRuntimeError(function, "Do not know how to decode this PNG.");
 
     png_bytepp const rows = picture.plane[0].view;
     reader.run([rows](png_structp png, png_infop info) {

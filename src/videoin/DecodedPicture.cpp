@@ -1,9 +1,9 @@
 #include "videoin/DecodedPicture.h"
 
 #include "libav/Handles.h"
+#include "util/Errors.h"
 
 #include <cstddef>
-#include <stdexcept>
 
 extern "C" {
 #include <libavutil/pixfmt.h>
@@ -20,7 +20,7 @@ PIXEL_FORMAT wrapperFormat(int avPixelFormat) {
     case AV_PIX_FMT_YUVJ422P:
         return PF_JFIF422P;
     default:
-        throw std::runtime_error("[VideoInputVideoFile::open]: Input pixel format of stream is not supported.");
+        throwRuntimeError("VideoInputVideoFile::open", "Input pixel format of stream is not supported.");
     }
 }
 

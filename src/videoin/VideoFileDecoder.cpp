@@ -1,11 +1,10 @@
 #include "videoin/VideoFileDecoder.h"
 
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <algorithm>
 #include <new>
 #include <numeric>
-#include <stdexcept>
 
 extern "C" {
 #include <libavutil/avutil.h>
@@ -18,7 +17,7 @@ namespace Ko {
 namespace {
 
 [[noreturn]] void fail(const std::string& reason) {
-    throw std::runtime_error(errorText("VideoInputVideoFile::VideoInputVideoFile", reason + "."));
+    throwRuntimeError("VideoInputVideoFile::VideoInputVideoFile", reason + ".");
 }
 
 bool known(std::int64_t time) {

@@ -1,7 +1,7 @@
 #include "Kovanta/VideoInputCaptureV4L.h"
 
 #include "Kovanta/ConvertIm.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 #include "videoin/V4LBuffer.h"
 #include "videoin/V4LHandles.h"
 
@@ -44,7 +44,7 @@ const char* const initName = "VideoInputCaptureV4L::init";
 template <class... Parts>
 [[noreturn]] void throwSystemError(const char* function, const Parts&... parts) {
     const int error = errno; // before anything allocates
-    throw std::runtime_error(errorText(function, (std::string() + ... + parts), error));
+    throwRuntimeError(function, (std::string() + ... + parts), error);
 }
 
 /// @param name of the request, for the message
@@ -194,8 +194,8 @@ void VideoInputCaptureV4L::openDevice(unsigned int device) {
         (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps : capability.capabilities;
     constexpr std::uint32_t needed = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     if ((capabilities & needed) != needed)
-        throw std::runtime_error(errorText(initName, "Device does not support V4L2_CAP_VIDEO_CAPTURE and "
-                                                     "V4L2_CAP_STREAMING."));
+        throwRuntimeError(initName, "Device does not support V4L2_CAP_VIDEO_CAPTURE and "
+                                    "V4L2_CAP_STREAMING.");
 }
 
 v4l2_format VideoInputCaptureV4L::getFormat() const {
@@ -215,9 +215,8 @@ void VideoInputCaptureV4L::setFormat(v4l2_format format) {
     while (preference->fourcc != 0 && !accepts(*preference))
         ++preference;
     if (preference->fourcc == 0)
-        throw std::runtime_error(
-            errorText("VideoInputCaptureV4L::setFormat",
-                      "Pixel format of camera is not supported. Uncle Brom wants YOU to implement it."));
+        throwRuntimeError("VideoInputCaptureV4L::setFormat",
+                          "Pixel format of camera is not supported. Uncle Brom wants YOU to implement it.");
     state->pixelFormat = preference->format;
     request(state->device, VIDIOC_S_FMT, &format, "VideoInputCaptureV4L::setFormat", "VIDIOC_S_FMT");
 }
@@ -232,7 +231,7 @@ void VideoInputCaptureV4L::mapBuffers(const v4l2_pix_format& format) {
         if (buffer.mapping.map(state->device, static_cast<off_t>(record.m.offset), record.length) == -1)
             throwSystemError(initName, "mmap failed");
         if (!buffer.wrap(format))
-            throw std::runtime_error(errorText(initName, "Driver's buffer is smaller than a frame."));
+            throwRuntimeError(initName, "Driver's buffer is smaller than a frame.");
         request(state->device, VIDIOC_QBUF, &record, initName, "VIDIOC_QBUF");
     }
 }
@@ -246,7 +245,7 @@ bool VideoInputCaptureV4L::read(Image<unsigned char>& frame) {
                                  std::strerror(error) + ".");
     }
     if (record.index >= state->buffers.size())
-        throw std::runtime_error(errorText("VideoInputCaptureV4L::read", "Driver returned an unknown buffer."));
+        throwRuntimeError("VideoInputCaptureV4L::read", "Driver returned an unknown buffer.");
     Dequeued dequeued(state->device, record);
     convertIm(frame, state->buffers[record.index].image);
     if (dequeued.queue() == -1)
@@ -307,7 +306,7 @@ void VideoInputCaptureV4L::setFieldOrder(FIELD_ORDER order) {
         state->field = V4L2_FIELD_TOP;
         return;
     }
-    throw std::logic_error(errorText("VideoInputCaptureV4L::setFieldOrder", "Unknown field order."));
+    throwLogicError("VideoInputCaptureV4L::setFieldOrder", "Unknown field order.");
 }
 
 std::vector<std::string> VideoInputCaptureV4L::listDevs() {

@@ -1,7 +1,7 @@
 #include "Kovanta/VideoInputImageFile.h"
 
 #include "Kovanta/ImageFile.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <boost/filesystem.hpp>
 
@@ -40,7 +40,7 @@ std::vector<std::string> listStills(const fs::path& directory) {
             if (fs::is_regular_file(fs::status(entry.path())) && isStill(entry.path()))
                 paths.push_back(entry.path().string());
     } catch (const std::exception& e) {
-        throw std::runtime_error(errorText(constructorName, "Error reading image directory!", e.what()));
+        throwRuntimeError(constructorName, "Error reading image directory!", e.what());
     }
     std::sort(paths.begin(), paths.end());
     return paths;
@@ -51,10 +51,10 @@ std::vector<std::string> listStills(const fs::path& directory) {
 VideoInputImageFile::VideoInputImageFile(std::string directory) { // NOLINT(performance-unnecessary-value-param)
     const fs::path path(directory);
     if (!isDirectory(path))
-        throw std::runtime_error(errorText(constructorName, "Invalid image file directory given!"));
+        throwRuntimeError(constructorName, "Invalid image file directory given!");
     paths = listStills(path);
     if (paths.empty())
-        throw std::runtime_error(errorText(constructorName, "No image files found!"));
+        throwRuntimeError(constructorName, "No image files found!");
     last = paths.size() - 1;
     atEnd = paths.size() == 1;
 
@@ -72,7 +72,7 @@ bool VideoInputImageFile::read(Image<unsigned char>& frame) {
     try {
         readImage(frame, paths[current]);
     } catch (const std::exception& e) {
-        throw std::runtime_error(errorText("VideoInputImageFile::read", "Error reading image!", e.what()));
+        throwRuntimeError("VideoInputImageFile::read", "Error reading image!", e.what());
     }
     if (current == last)
         atEnd = true;
@@ -94,7 +94,7 @@ long VideoInputImageFile::seek(long offset, VideoPosId origin) {
         current = distance < last ? last - distance : 0;
         break;
     default:
-        throw std::logic_error(errorText("VideoInputImageFile::seek", "Erroneous position indicator given!"));
+        throwLogicError("VideoInputImageFile::seek", "Erroneous position indicator given!");
     }
     atEnd = false;
     return static_cast<long>(current);

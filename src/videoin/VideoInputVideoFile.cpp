@@ -4,7 +4,7 @@
 #include "Kovanta/LibAvMutex.h"
 #include "image/ImageLayout.h"
 #include "libav/Log.h"
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 #include "videoin/DecodedPicture.h"
 #include "videoin/VideoFileDecoder.h"
 
@@ -39,8 +39,7 @@ Time subtract(Time a, Time b) {
 }
 
 [[noreturn]] void failToSeek(const VideoFileDecoder& source) {
-    throw std::runtime_error(
-        errorText("VideoInputVideoFile::seek", std::string(source.filename()) + ": error while seeking."));
+    throwRuntimeError("VideoInputVideoFile::seek", std::string(source.filename()) + ": error while seeking.");
 }
 
 /// Sets a flag for as long as it lives.
@@ -86,7 +85,7 @@ void VideoInputVideoFile::setFormat(const std::string& name) {
         return;
     forcedFormat = av_find_input_format(name.c_str());
     if (!forcedFormat)
-        throw std::logic_error("[VideoInputVideoFile::setFormat]: av_find_input_format failed.");
+        throwLogicError("VideoInputVideoFile::setFormat", "av_find_input_format failed.");
 }
 
 void VideoInputVideoFile::open(const std::string& filename) {
@@ -116,7 +115,7 @@ void VideoInputVideoFile::release() noexcept {
 
 VideoFileDecoder& VideoInputVideoFile::opened(const char* operation) const {
     if (!ready)
-        throw std::logic_error(errorText((std::string("VideoInputVideoFile::") + operation).c_str(), "Not opened."));
+        throwLogicError((std::string("VideoInputVideoFile::") + operation).c_str(), "Not opened.");
     return *decoder;
 }
 
@@ -158,7 +157,7 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
         target = length ? subtract(*length, offset) : 0;
         break;
     default:
-        throw std::logic_error("[VideoInputVideoFile::seek]: Erroneous position indicator given!");
+        throwLogicError("VideoInputVideoFile::seek", "Erroneous position indicator given!");
     }
     if (target >= 0 && length && target >= *length)
         target = *length;

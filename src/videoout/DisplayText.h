@@ -1,7 +1,7 @@
 #ifndef KOVANTA_SRC_VIDEOOUT_DISPLAYTEXT_H
 #define KOVANTA_SRC_VIDEOOUT_DISPLAYTEXT_H
 
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <string>
 

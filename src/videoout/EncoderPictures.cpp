@@ -1,7 +1,7 @@
 #include "videoout/EncoderPictures.h"
+#include "util/Errors.h"
 
 #include <cstring>
-#include <stdexcept>
 
 namespace Ko {
 
@@ -10,12 +10,12 @@ namespace {
 libav::FrameHandle allocPicture(int width, int height) {
     libav::FrameHandle frame(av_frame_alloc());
     if (!frame)
-        throw std::runtime_error("[allocPicture]: avcodec_alloc_frame failed.");
+        throwRuntimeError("allocPicture", "avcodec_alloc_frame failed.");
     frame->format = AV_PIX_FMT_YUV420P;
     frame->width = width;
     frame->height = height;
     if (av_frame_get_buffer(frame.get(), 0) < 0)
-        throw std::runtime_error("[allocPicture]: av_malloc failed.");
+        throwRuntimeError("allocPicture", "av_malloc failed.");
     // The encoder's planes round odd sizes up, ours down: the last column and row of chroma are never written.
     for (const AVBufferRef* buffer : frame->buf)
         if (buffer)

@@ -1,4 +1,5 @@
 #include "videoout/VideoFileEncoder.h"
+#include "util/Errors.h"
 
 #include "Kovanta/ConvertIm.h"
 
@@ -10,7 +11,6 @@ extern "C" {
 #include <cstring>
 #include <new>
 #include <numeric>
-#include <stdexcept>
 
 namespace Ko {
 
@@ -62,41 +62,41 @@ void padTransportStream(AVIOContext* file) {
 VideoFileEncoder::VideoFileEncoder()
     : formatContext(avformat_alloc_context()) {
     if (!formatContext)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: avformat_alloc_context failed.");
+        throwRuntimeError("VideoOutputVideoFile::open", "avformat_alloc_context failed.");
 }
 
 void VideoFileEncoder::open(const std::string& filename, const Settings& settings, const AVCodec*& codec) {
     const AVOutputFormat* container = av_guess_format(nullptr, filename.c_str(), nullptr);
     if (!container)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: guess_format failed.");
+        throwRuntimeError("VideoOutputVideoFile::open", "guess_format failed.");
     AVFormatContext* context = nullptr;
     if (avformat_alloc_output_context2(&context, container, nullptr, filename.c_str()) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: avformat_alloc_context failed.");
+        throwRuntimeError("VideoOutputVideoFile::open", "avformat_alloc_context failed.");
     formatContext.reset(context);
 
     if (!codec)
         codec = avcodec_find_encoder(container->video_codec);
     if (!codec)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: avcodec_find_encoder failed.");
+        throwRuntimeError("VideoOutputVideoFile::open", "avcodec_find_encoder failed.");
     addVideoStream(settings, *codec);
     openVideo(*codec);
     if (avcodec_parameters_from_context(stream->codecpar, codecContext.get()) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: av_set_parameters failed.");
+        throwRuntimeError("VideoOutputVideoFile::open", "av_set_parameters failed.");
 
     if (!(container->flags & AVFMT_NOFILE) && avio_open(&formatContext->pb, filename.c_str(), AVIO_FLAG_WRITE) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: url_fopen failed to open " + filename + ".");
+        throwRuntimeError("VideoOutputVideoFile::open", "url_fopen failed to open " + filename + ".");
     // The muxers of this family would multiply a small time base up, and positions would no longer count frames. The
     // others do not know the option.
     if (container->priv_class)
         av_opt_set_int(formatContext->priv_data, "video_track_timescale", codecContext->time_base.den, 0);
     if (avformat_write_header(formatContext.get(), nullptr) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::open]: av_write_header failed.");
+        throwRuntimeError("VideoOutputVideoFile::open", "av_write_header failed.");
 }
 
 void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& codec) {
     stream = avformat_new_stream(formatContext.get(), nullptr);
     if (!stream)
-        throw std::runtime_error("[VideoOutputVideoFile::addVideoStream]: av_new_stream failed.");
+        throwRuntimeError("VideoOutputVideoFile::addVideoStream", "av_new_stream failed.");
     stream->id = 0;
     codecContext.reset(avcodec_alloc_context3(&codec));
     packet.reset(av_packet_alloc());
@@ -119,29 +119,28 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
 
 void VideoFileEncoder::openVideo(const AVCodec& codec) {
     if (codecContext->pix_fmt != AV_PIX_FMT_YUV420P)
-        throw std::logic_error("[VideoOutputVideoFile::openVideo]: Can only convert to 4:2:0 Planar YUV.");
+        throwLogicError("VideoOutputVideoFile::openVideo", "Can only convert to 4:2:0 Planar YUV.");
     if (avcodec_open2(codecContext.get(), &codec, nullptr) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::openVideo]: avcodec_open failed.");
+        throwRuntimeError("VideoOutputVideoFile::openVideo", "avcodec_open failed.");
     pictures.emplace(static_cast<unsigned int>(codecContext->width), static_cast<unsigned int>(codecContext->height));
 }
 
 void VideoFileEncoder::frameWrite(const Image<unsigned char>& image) {
     if (image.width != static_cast<unsigned int>(codecContext->width) ||
         image.height != static_cast<unsigned int>(codecContext->height))
-        throw std::logic_error(
-            "[VideoOutputVideoFile::frameWrite]: Image size is not equal to the output file image size.");
+        throwLogicError("VideoOutputVideoFile::frameWrite", "Image size is not equal to the output file image size.");
     EncoderPicture& picture = pictures->writable();
     convertIm(picture.image, image);
     picture.frame->pts = frameCount;
     if (avcodec_send_frame(codecContext.get(), picture.frame.get()) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: avcodec_encode_video failed.");
+        throwRuntimeError("VideoOutputVideoFile::frameWrite", "avcodec_encode_video failed.");
     writePackets();
     ++frameCount;
 }
 
 void VideoFileEncoder::drain() {
     if (avcodec_send_frame(codecContext.get(), nullptr) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: avcodec_encode_video failed.");
+        throwRuntimeError("VideoOutputVideoFile::frameWrite", "avcodec_encode_video failed.");
     writePackets();
 }
 
@@ -151,25 +150,25 @@ void VideoFileEncoder::writePackets() {
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
             return;
         if (result < 0)
-            throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: avcodec_encode_video failed.");
+            throwRuntimeError("VideoOutputVideoFile::frameWrite", "avcodec_encode_video failed.");
         packet->stream_index = stream->index;
         packet->duration = 1; // Without it the last frame of some containers is not shown.
         av_packet_rescale_ts(packet.get(), codecContext->time_base, stream->time_base);
         if (av_write_frame(formatContext.get(), packet.get()) < 0)
-            throw std::runtime_error("[VideoOutputVideoFile::frameWrite]: av_write_frame failed.");
+            throwRuntimeError("VideoOutputVideoFile::frameWrite", "av_write_frame failed.");
     }
 }
 
 void VideoFileEncoder::writeTrailer() {
     if (av_write_trailer(formatContext.get()) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::close]: av_write_trailer failed.");
+        throwRuntimeError("VideoOutputVideoFile::close", "av_write_trailer failed.");
 }
 
 void VideoFileEncoder::closeFile() {
     if (formatContext->pb && std::strcmp(formatContext->oformat->name, "mpegts") == 0)
         padTransportStream(formatContext->pb);
     if (!(formatContext->oformat->flags & AVFMT_NOFILE) && avio_closep(&formatContext->pb) < 0)
-        throw std::runtime_error("[VideoOutputVideoFile::close]: url_fclose failed.");
+        throwRuntimeError("VideoOutputVideoFile::close", "url_fclose failed.");
 }
 
 } // namespace Ko

@@ -3,6 +3,7 @@
 #include "Kovanta/LibAvMutex.h"
 #include "Kovanta/ThreadedBuffer.h"
 #include "libav/Log.h"
+#include "util/Errors.h"
 #include "videoout/FramePool.h"
 #include "videoout/VideoFileEncoder.h"
 
@@ -78,7 +79,7 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
 
 bool VideoOutputVideoFile::write(const Image<unsigned char>& image) {
     if (!output || !output->writer.joinable())
-        throw std::logic_error("[VideoOutputVideoFile::write]: Not opened.");
+        throwLogicError("VideoOutputVideoFile::write", "Not opened.");
     Image<unsigned char> copy = output->pool.take();
     copy = image;
     output->buffer.put(std::move(copy));
@@ -149,7 +150,7 @@ std::string VideoOutputVideoFile::getError() const {
 VideoOutputVideoFile& VideoOutputVideoFile::setEncoder(const std::string& name) {
     codec = avcodec_find_encoder_by_name(name.c_str());
     if (!codec)
-        throw std::logic_error("[VideoOutputVideoFile::setEncoder]: avcodec_find_encoder_by_name failed.");
+        throwLogicError("VideoOutputVideoFile::setEncoder", "avcodec_find_encoder_by_name failed.");
     return *this;
 }
 

@@ -1,9 +1,8 @@
 #include "Kovanta/ImageFile.h"
 
-#include "util/ErrorText.h"
+#include "util/Errors.h"
 
 #include <locale>
-#include <stdexcept>
 
 namespace Ko {
 
@@ -37,14 +36,14 @@ const FileFormat* findFileFormat(const std::string& name) {
 void readImage(Image<unsigned char>& im, const std::string& name) {
     const FileFormat* format = findFileFormat(name);
     if (!format)
-        throw std::logic_error(errorText("readImage", "Cannot read " + name + ": extension not recognized."));
+        throwLogicError("readImage", "Cannot read " + name + ": extension not recognized.");
     format->read(im, name);
 }
 
 void writeImage(const std::string& name, const Image<unsigned char>& im) {
     const FileFormat* format = findFileFormat(name);
     if (!format)
-        throw std::logic_error(errorText("writeImage", "Cannot write " + name + ": extension not recognized."));
+        throwLogicError("writeImage", "Cannot write " + name + ": extension not recognized.");
     format->write(name, im);
 }
 
