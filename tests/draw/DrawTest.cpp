@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 using Pixels = std::set<std::pair<int, int>>;
 

@@ -22,8 +22,8 @@
 
 namespace {
 
-using testing_support::Image;
-using testing_support::randomImage;
+using test::Image;
+using test::randomImage;
 
 constexpr Ko::YCCColor ink{235, 90, 170};
 const Image blank = randomImage(Ko::PF_YCC444P, 70, 50);
@@ -38,11 +38,11 @@ const std::string allCharacters = [] {
 }();
 
 bool same(const Image& a, const Image& b) {
-    return testing_support::difference(a, b).empty();
+    return test::difference(a, b).empty();
 }
 
 std::string failure(const std::function<void()>& action) {
-    return testing_support::thrownText<std::runtime_error>(action);
+    return test::thrownText<std::runtime_error>(action);
 }
 
 Ko::Font sized(unsigned int pixels, const std::string& data = builtIn) {
@@ -109,7 +109,7 @@ struct Oracle {
 
 TEST(Font, TheBuiltInFontIsTheUnmodifiedFile) {
     EXPECT_EQ(builtIn.size(), 71784u);
-    EXPECT_TRUE(testing_support::fileBytes(KOVANTA_FONT_FILE) == builtIn);
+    EXPECT_TRUE(test::fileBytes(KOVANTA_FONT_FILE) == builtIn);
     // A TrueType file's words, head.checkSumAdjustment included, add up to this.
     std::uint32_t sum = 0;
     for (std::size_t i = 0; i < builtIn.size(); ++i)
@@ -159,7 +159,7 @@ TEST(Font, DrawingStaysWithinTheRowsOfAnyImage) {
     const std::pair<unsigned int, unsigned int> sizes[] = {{0, 9}, {9, 0}, {1, 1}, {1, 30}, {30, 1}, {40, 30}};
     for (const auto format : {Ko::PF_YCC444P, Ko::PF_YCC420P, Ko::PF_RGB, Ko::PF_Y, Ko::PF_JFIF422P})
         for (const auto& [width, height] : sizes) {
-            testing_support::WrappedImage wrapped(format, width, height);
+            test::WrappedImage wrapped(format, width, height);
             for (const int x : {-5, 0})
                 font.drawText(wrapped.im, "text\ntext", {x, 15}, ink);
             EXPECT_TRUE(wrapped.intact()) << fmt2string(format) << " " << width << "x" << height;
@@ -233,7 +233,7 @@ TEST(Font, LoadsFilesAndSaysWhatItCannot) {
 TEST(Font, ReadyMadeBitmapsAreFullCoverage) {
     Image im(Ko::PF_YCC444P);
     im.size(12, 5);
-    testing_support::fill(im, 0);
+    test::fill(im, 0);
     sized(10, smallBitmapFont()).drawText(im, "A", {0, 4}, {255, 255, 255});
     const char* const picture[] = {"XXXXXXXXXXX.", "X.........X.", "X.X.X.X.X.X."};
     for (unsigned int y = 0; y < 3; ++y)

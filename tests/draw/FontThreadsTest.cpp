@@ -1,6 +1,6 @@
 #include "Kovanta/Font.h"
 
-#include "draw/AllocationCount.h"
+#include "support/Allocations.h"
 #include "support/TestImages.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +13,9 @@
 namespace {
 
 std::array<std::vector<std::vector<unsigned char>>, 3> picture(const Ko::Font& font) {
-    auto im = testing_support::randomImage(Ko::PF_YCC444P, 150, 60);
+    auto im = test::randomImage(Ko::PF_YCC444P, 150, 60);
     font.drawText(im, "threads\n\xff{}", {3, 25}, {235, 90, 170});
-    using testing_support::samples;
+    using test::samples;
     return {samples(im, 0), samples(im, 1), samples(im, 2)};
 }
 
@@ -41,12 +41,12 @@ TEST(FontThreads, ShareOneFontOrMakeTheirOwn) {
 TEST(FontThreads, DrawingAllocatesNothing) {
     Ko::Font font;
     font.init(nullptr, 0, 20);
-    auto im = testing_support::randomImage(Ko::PF_YCC444P, 200, 60);
+    auto im = test::randomImage(Ko::PF_YCC444P, 200, 60);
     const std::string text = "none at all,\nnot even over edges";
-    const long before = allocationCount();
+    const std::size_t before = test::allocations();
     font.drawText(im, text, {-5, 10}, {235, 128, 128});
-    EXPECT_EQ(allocationCount(), before);
-    EXPECT_GT(before, 0);
+    EXPECT_EQ(test::allocations(), before);
+    EXPECT_GT(before, 0u);
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 namespace {
 
 using Array = Ko::Array2D<unsigned char>;
-using testing_support::thrownText;
+using test::thrownText;
 
 constexpr const char* resizeText = "[Array2D<T>::resize]: Noalloc and trying to resize.";
 constexpr const char* assignText = "[Array2D<T>::operator=]: Noalloc and trying to resize.";

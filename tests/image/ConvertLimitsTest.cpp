@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 constexpr unsigned char poison = 0xA5;
 constexpr const char* resizeText = "[Array2D<T>::resize]: Noalloc and trying to resize.";

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 Ko::PIXEL_FORMAT format(unsigned value) {
     return static_cast<Ko::PIXEL_FORMAT>(value);

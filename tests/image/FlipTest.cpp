@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 const Ko::PIXEL_FORMAT known[] = {Ko::PF_Y, Ko::PF_YCC444P, Ko::PF_RGB};
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 using Sizes = std::array<std::pair<unsigned, unsigned>, 4>;
 

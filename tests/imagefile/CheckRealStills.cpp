@@ -48,9 +48,9 @@ std::vector<std::string> findStills(const std::string& directory) {
 
 /// What is wrong with how a file is read; counts it.
 std::string compare(const std::string& path, Counts& counts) {
-    const std::string bytes = testing_support::fileBytes(path);
+    const std::string bytes = test::fileBytes(path);
     const bool png = lowerExtension(path) == ".png";
-    const auto decoded = png ? testing_support::decodePng(bytes) : testing_support::decodeJpeg(bytes);
+    const auto decoded = png ? test::decodePng(bytes) : test::decodeJpeg(bytes);
     if (!decoded) {
         ++counts.refused;
         Ko::Image<unsigned char> im(Ko::PF_YCC444P);
@@ -63,8 +63,8 @@ std::string compare(const std::string& path, Counts& counts) {
     }
     ++(png ? counts.png : counts.jpeg);
     counts.pixels += static_cast<unsigned long long>(decoded->width) * decoded->height;
-    const std::string wrong = testing_support::wrongReading(path, *decoded, Ko::PF_YCC444P);
-    return wrong.empty() ? testing_support::wrongReading(path, *decoded, decoded->format) : wrong;
+    const std::string wrong = test::wrongReading(path, *decoded, Ko::PF_YCC444P);
+    return wrong.empty() ? test::wrongReading(path, *decoded, decoded->format) : wrong;
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 TEST(Dispatch, TheLastExtensionChoosesTheFormatInAnyCase) {
     const TempDirectory directory;

@@ -3,6 +3,7 @@
 #include "imagefile/StillMakers.h"
 #include "imagefile/StillOracle.h"
 #include "support/MemoryFile.h"
+#include "support/Resources.h"
 #include "support/TestImages.h"
 
 #include <gtest/gtest.h>
@@ -14,8 +15,6 @@
 
 #include <malloc.h>
 
-#include <filesystem>
-#include <iterator>
 #include <stdexcept>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -26,7 +25,7 @@ constexpr bool sanitized = false;
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 using Reader = void (*)(Image&, const std::string&);
 
@@ -172,12 +171,10 @@ TEST(HostileStills, HeadersThatLie) {
 }
 
 /// Open descriptors, and bytes taken from malloc.
-std::pair<std::ptrdiff_t, std::size_t> held() {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    const auto count = std::distance(begin(descriptors), end(descriptors));
+std::pair<std::size_t, std::size_t> held() {
     const struct mallinfo2 info = mallinfo2();
     // Sanitizers report leaks themselves.
-    return {count, sanitized ? 0 : info.uordblks + info.hblkhd};
+    return {openDescriptors(), sanitized ? 0 : info.uordblks + info.hblkhd};
 }
 
 TEST(HostileStills, NothingIsLeftBehindByManyReads) {

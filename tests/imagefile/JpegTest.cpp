@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 TEST(Jpeg, EveryCodingOfGreyAndYccReadsAsLibjpegDecodesIt) {
     const TempDirectory directory;

@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 const std::string notice = "[readPngImage]: Grayscale plus alpha is currently not supported, removing alpha channel.\n";
 

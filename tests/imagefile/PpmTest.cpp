@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace testing_support;
+using namespace test;
 
 const std::string badMagic = "[ConvertIm::parseHeader]: Incorrect PPM/PGM header.";
 const std::string badMaximum = "[ConvertIm::parseHeader]: Only a maximum color value of 255 is supported now.";

@@ -10,7 +10,7 @@
 #include <random>
 #include <vector>
 
-namespace testing_support {
+namespace test {
 
 namespace {
 
@@ -129,4 +129,4 @@ std::string pngStart(unsigned width, unsigned height, int bitDepth, int colorTyp
     return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", header, 13);
 }
 
-} // namespace testing_support
+} // namespace test

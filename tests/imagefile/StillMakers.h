@@ -4,7 +4,7 @@
 #include <string>
 
 /// Makers of files that the library itself never writes, by bare libjpeg and libpng calls; random contents.
-namespace testing_support {
+namespace test {
 
 struct PngRecipe {
     int colorType;
@@ -38,6 +38,6 @@ std::string withRightChecksums(std::string bytes);
 /// Signature and IHDR of a PNG that may be absurd.
 std::string pngStart(unsigned width, unsigned height, int bitDepth, int colorType);
 
-} // namespace testing_support
+} // namespace test
 
 #endif

@@ -10,7 +10,7 @@
 
 #include <csetjmp>
 
-namespace testing_support {
+namespace test {
 
 namespace {
 
@@ -125,4 +125,4 @@ std::string wrongReading(const std::string& path, const Image& picture, Ko::PIXE
     return difference(im, inFormat(format, picture));
 }
 
-} // namespace testing_support
+} // namespace test

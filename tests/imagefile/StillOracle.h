@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace testing_support {
+namespace test {
 
 /// What bare libpng delivers for a file, taken sample by sample from its untransformed rows: PF_Y, PF_RGB or PF_RGBA.
 /// Nothing when libpng refuses the file.
@@ -20,6 +20,6 @@ std::optional<Ko::Image<unsigned char>> decodeJpeg(const std::string& bytes);
 /// has to; the text of an exception, too. Empty when all is right.
 std::string wrongReading(const std::string& path, const Ko::Image<unsigned char>& picture, Ko::PIXEL_FORMAT format);
 
-} // namespace testing_support
+} // namespace test
 
 #endif

@@ -44,7 +44,7 @@ void writeNumbered(const std::string& file, const Container& c, int count) {
 }
 
 TEST(RoundTrip, EveryFrameOfEveryContainerInOrder) {
-    const test::TemporaryDirectory directory;
+    const test::TempDirectory directory;
     for (const Container& c : containers)
         for (const int count : {1, 2, 5, 100}) {
             SCOPED_TRACE(std::string(c.extension) + " " + c.encoder + " " + std::to_string(count) + " frames");
@@ -75,7 +75,7 @@ TEST(RoundTrip, EveryFrameOfEveryContainerInOrder) {
 
 TEST(RoundTrip, DrawnFramesArriveAsTheyWereDrawn) {
     // Lossless in between, so that what differs is what the road itself changes.
-    const test::TemporaryDirectory directory;
+    const test::TempDirectory directory;
     const std::string file = directory / "drawn.mkv";
     Image drawn(Ko::PF_YCC444P);
     drawn.size(96, 64);

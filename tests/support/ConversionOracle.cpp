@@ -3,7 +3,7 @@
 #include <functional>
 #include <stdexcept>
 
-namespace testing_support {
+namespace test {
 
 namespace {
 
@@ -143,4 +143,4 @@ Image inFormat(Ko::PIXEL_FORMAT format, const Image& picture) {
     return im;
 }
 
-} // namespace testing_support
+} // namespace test

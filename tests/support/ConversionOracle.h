@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace testing_support {
+namespace test {
 
 using Triple = std::array<unsigned char, 3>;
 
@@ -22,6 +22,6 @@ bool expectedConversion(Image& dst, const Image& src);
 /// The same as an image of its own; throws when there is no conversion for the pair.
 Image inFormat(Ko::PIXEL_FORMAT format, const Image& picture);
 
-} // namespace testing_support
+} // namespace test
 
 #endif

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace testing_support {
+namespace test {
 
 /// A file without a disk, for thousands of small ones; has a path like any other.
 class MemoryFile {
@@ -32,6 +32,6 @@ private:
     int descriptor;
 };
 
-} // namespace testing_support
+} // namespace test
 
 #endif

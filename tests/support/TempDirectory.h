@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace testing_support {
+namespace test {
 
 /// A directory of its own for one test, gone with it.
 class TempDirectory {
@@ -44,6 +44,6 @@ inline std::string fileBytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-} // namespace testing_support
+} // namespace test
 
 #endif

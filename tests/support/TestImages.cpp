@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-namespace testing_support {
+namespace test {
 
 namespace {
 
@@ -90,4 +90,4 @@ bool WrappedImage::intact() const {
     return std::all_of(memory.begin(), memory.end(), [](const GuardedRows& rows) { return rows.intact(); });
 }
 
-} // namespace testing_support
+} // namespace test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace testing_support {
+namespace test {
 
 using Image = Ko::Image<unsigned char>;
 
@@ -23,7 +23,8 @@ std::vector<std::vector<unsigned char>> samples(const Image& im, int plane);
 /// In what a picture differs from the expected one: format, size or samples. Empty if in nothing.
 std::string difference(const Image& im, const Image& expected);
 
-/// The text of the exception of the given type that the call throws; fails the test when it does not.
+/// The text of the exception of the given type that the call throws; another text when it throws none or another one.
+/// New tests say EXPECT_THAT(call, testing::ThrowsMessage<Exception>(text)) instead.
 template <class Exception, class Call>
 std::string thrownText(Call&& call) {
     try {
@@ -64,6 +65,6 @@ struct WrappedImage {
     std::vector<GuardedRows> memory;
 };
 
-} // namespace testing_support
+} // namespace test
 
 #endif

@@ -9,8 +9,6 @@
 
 namespace test {
 
-using TemporaryDirectory = testing_support::TempDirectory;
-
 /// Frames that carry their index as eight dark or bright fields, 4 by 2, coarse enough for any codec, with a fine
 /// pattern on top; the chroma is about Cb 90, Cr 170 all over.
 struct NumberedFrames {

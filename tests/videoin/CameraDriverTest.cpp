@@ -1,4 +1,5 @@
 #include "Kovanta/VideoInput.h"
+#include "support/Resources.h"
 #include "support/TestImages.h"
 #include "videoin/VirtualCamera.h"
 
@@ -18,21 +19,21 @@ namespace {
 using camera::Driver;
 using camera::Frame;
 using camera::Node;
+using test::Image;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-using testing_support::Image;
 using Camera = Ko::VideoInputCaptureV4L;
 
 const char* const webcam = "n_devs=1 node_types=0x1 num_inputs=1 input_types=0x0";
 
 std::string failure(const std::function<void()>& action) {
-    return testing_support::thrownText<std::runtime_error>(action);
+    return test::thrownText<std::runtime_error>(action);
 }
 
 void expectHeld(unsigned int descriptors, unsigned int mappings = 0) {
-    EXPECT_EQ(camera::opened("/dev/video"), descriptors);
-    EXPECT_EQ(camera::mapped("/dev/video"), mappings);
+    EXPECT_EQ(test::openDescriptors("/dev/video"), descriptors);
+    EXPECT_EQ(test::mappedFiles("/dev/video"), mappings);
 }
 
 /// Of the size asked for, and numbered from tell() on.

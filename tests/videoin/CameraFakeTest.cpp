@@ -1,4 +1,5 @@
 #include "Kovanta/VideoInput.h"
+#include "support/Resources.h"
 #include "support/TestImages.h"
 #include "videoin/FakeCamera.h"
 
@@ -17,10 +18,10 @@
 namespace {
 
 using Camera = Ko::VideoInputCaptureV4L;
+using test::Image;
+using test::thrownText;
 using testing::Contains;
 using testing::ElementsAre;
-using testing_support::Image;
-using testing_support::thrownText;
 
 constexpr unsigned int deviceNumber = 3;
 
@@ -47,8 +48,8 @@ std::string reason(int error) {
 }
 
 void expectHeld(unsigned int descriptors, unsigned int mappings) {
-    EXPECT_EQ(camera::opened(fake::memoryName), descriptors);
-    EXPECT_EQ(camera::mapped(fake::memoryName), mappings);
+    EXPECT_EQ(test::openDescriptors(fake::memoryName), descriptors);
+    EXPECT_EQ(test::mappedFiles(fake::memoryName), mappings);
 }
 
 void expectFrame(Camera& camera, unsigned int number) {

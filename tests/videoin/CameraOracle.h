@@ -6,10 +6,7 @@
 #include <linux/videodev2.h>
 
 #include <cstddef>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <system_error>
 #include <vector>
 
 /// The bytes of a frame as V4L2 documents them, against what the library made of them.
@@ -53,22 +50,6 @@ inline std::string difference(const Ko::Image<unsigned char>& image, const Frame
                 if (frame.has(x, y, p) && image.plane[p].view[y][x] != frame.at(x, y, p))
                     return "plane " + std::to_string(p) + " at " + std::to_string(x) + "," + std::to_string(y);
     return "";
-}
-
-/// Descriptors and mappings of this process, of files with this in their names, as the system lists them.
-inline std::size_t opened(const std::string& file) {
-    std::size_t count = 0;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-        count += std::filesystem::read_symlink(entry, ignored).string().find(file) != std::string::npos;
-    return count;
-}
-inline std::size_t mapped(const std::string& file) {
-    std::size_t count = 0;
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        count += line.find(file) != std::string::npos;
-    return count;
 }
 
 } // namespace camera

@@ -19,15 +19,15 @@ namespace {
 namespace fs = std::filesystem;
 
 using Ko::VideoInputImageFile;
-using testing_support::Image;
-using testing_support::TempDirectory;
-using testing_support::thrownText;
+using test::Image;
+using test::TempDirectory;
+using test::thrownText;
 
 /// A grey still whose samples tell which one it is (0 to 21), roundings of the file formats notwithstanding.
 void writeStill(const std::string& path, int number, unsigned width = 4, unsigned height = 2) {
     Image im(Ko::PF_YCC444P);
     im.size(width, height);
-    testing_support::fill(im, 128);
+    test::fill(im, 128);
     std::fill_n(im.plane[0].data, width * height, static_cast<unsigned char>(16 + 10 * number));
     Ko::writeImage(path, im);
 }

@@ -1,23 +1,23 @@
 #include "Kovanta/VideoInput.h"
+#include "support/Resources.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <iterator>
 #include <string>
 
 namespace {
 
 using Ko::Image;
 using Ko::VideoInputVideoFile;
-using testing_support::fileBytes;
-using testing_support::thrownText;
+using test::fileBytes;
+using test::thrownText;
 
 class VideoFileFaults : public testing::Test {
 protected:
-    test::TemporaryDirectory directory;
+    test::TempDirectory directory;
     std::string good = directory / "good.avi";
 
     void SetUp() override { test::encodeNumbered(good, {64, 48, 10}, "-c:v mpeg4"); }
@@ -28,11 +28,6 @@ protected:
         return file;
     }
 };
-
-std::ptrdiff_t openFiles() {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
-}
 
 int countFrames(Ko::VideoInput& in) {
     Image<unsigned char> frame(Ko::PF_YCC444P);
@@ -68,18 +63,18 @@ TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing)
         {make("422.mkv", "-c:v ffv1 -pix_fmt yuv422p"), format},
         {make("full.avi", "-c:v mjpeg -pix_fmt yuvj420p"), format},
     };
-    const auto before = openFiles();
+    const auto before = test::openDescriptors();
     VideoInputVideoFile used;
     for (const auto& refusal : refusals) {
         EXPECT_EQ(thrownText<std::runtime_error>([&] { VideoInputVideoFile in(refusal.file); }), refusal.message);
-        EXPECT_EQ(openFiles(), before);
+        EXPECT_EQ(test::openDescriptors(), before);
         EXPECT_EQ(thrownText<std::runtime_error>([&] { used.open(refusal.file); }), refusal.message);
         Image<unsigned char> frame(Ko::PF_YCC444P);
         EXPECT_EQ(thrownText<std::logic_error>([&] { used.read(frame); }), "[VideoInputVideoFile::read]: Not opened.");
         used.open(good);
         EXPECT_EQ(countFrames(used), 10);
         used.close();
-        EXPECT_EQ(openFiles(), before);
+        EXPECT_EQ(test::openDescriptors(), before);
     }
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 using Ko::Image;
 using Ko::VideoInputVideoFile;
-using testing_support::samples;
-using testing_support::thrownText;
+using test::samples;
+using test::thrownText;
 
 /// What one file is made of, and what it must look like when it is read.
 struct Case {
@@ -62,7 +62,7 @@ protected:
         test::encodeNumbered(directory / c.name, {c.width, c.height, frameCount, c.rate}, c.options, c.inputs);
         return directory / c.name;
     }
-    const test::TemporaryDirectory directory;
+    const test::TempDirectory directory;
 };
 
 /// The index of the next frame, or -2 at the end.
@@ -208,7 +208,7 @@ TEST_F(VideoFile, PicturesOfAnotherSizeOrFormatMidway) {
     for (const int kind : {0, 1, 2}) {
         test::encodeNumbered(part, {64 + 32 * kind, 48 + 32 * kind, 12, "25", 12 * kind},
                              options + (kind == 2 ? " -pix_fmt yuv422p" : ""));
-        bytes += testing_support::fileBytes(part);
+        bytes += test::fileBytes(part);
     }
     VideoInputVideoFile in(directory.write("joined.ts", bytes));
     Image<unsigned char> frame(Ko::PF_YCC444P);

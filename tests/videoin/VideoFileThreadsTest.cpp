@@ -15,7 +15,7 @@
 namespace {
 
 TEST(VideoFileThreads, SixteenThreadsOpenReadSeekAndCloseFilesOfTheirOwn) {
-    const test::TemporaryDirectory directory;
+    const test::TempDirectory directory;
     const char* const kinds[][2] = {{"a.mp4", "-c:v libx264 -bf 2 -g 6"},
                                     {"b.avi", "-c:v mpeg4"},
                                     {"c.mpg", "-c:v mpeg2video -bf 2"},
@@ -42,7 +42,7 @@ TEST(VideoFileThreads, SixteenThreadsOpenReadSeekAndCloseFilesOfTheirOwn) {
 }
 
 TEST(VideoFileThreads, OpeningAndClosingHoldTheLock) {
-    const test::TemporaryDirectory directory;
+    const test::TempDirectory directory;
     const std::string pipe = directory / "pipe.avi";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     Ko::VideoInputVideoFile in;

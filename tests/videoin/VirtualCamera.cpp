@@ -45,7 +45,7 @@ Driver::Driver(const std::string& moduleName, const std::string& parameters)
     const char* folder = std::getenv("KOVANTA_VM_MODULES");
     if (!folder)
         throw std::runtime_error("KOVANTA_VM_MODULES is not set: run this program through scripts/camera-vm.sh");
-    const std::string module = testing_support::fileBytes(std::string(folder) + "/" + name + ".ko");
+    const std::string module = test::fileBytes(std::string(folder) + "/" + name + ".ko");
     check(::syscall(SYS_init_module, module.data(), module.size(), parameters.c_str()), "loading " + name);
 }
 

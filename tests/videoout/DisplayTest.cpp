@@ -29,8 +29,8 @@ namespace {
 using Ko::PF_Y;
 using Ko::PF_YCC420P;
 using Ko::PF_YCC444P;
-using testing_support::Image;
-using testing_support::thrownText;
+using test::Image;
+using test::thrownText;
 using Display = Ko::VideoOutputDisplay;
 
 constexpr unsigned int frameWidth = 64;
@@ -201,7 +201,7 @@ TEST(DisplayTest, AFrameSmallerInOneDirectionCoversItsPart) {
         for (const auto& [w, h] : sizes) {
             Image flat(format);
             flat.size(w, h);
-            testing_support::fill(flat, 200);
+            test::fill(flat, 200);
             EXPECT_TRUE(display.write(flat));
         }
         const auto pixels = user::screen(user::geometry());

@@ -1,25 +1,11 @@
 #include "videoout/Programs.h"
 
+#include "support/Commands.h"
 #include "support/VideoMedia.h"
-
-#include <cstdio>
-#include <memory>
-#include <stdexcept>
 
 namespace test {
 
 namespace {
-
-std::string outputOf(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    if (!pipe)
-        throw std::runtime_error("cannot run " + command);
-    std::string text;
-    char part[65536];
-    while (const std::size_t n = std::fread(part, 1, sizeof part, pipe.get()))
-        text.append(part, n);
-    return text;
-}
 
 std::string raw(const std::string& format) {
     return " -fps_mode passthrough -f rawvideo -pix_fmt " + format + " pipe:1 ";
@@ -32,7 +18,7 @@ Decoded decode(const std::string& file, unsigned int width, unsigned int height)
     // Twice at once: as it is, and through the time stamps' way to a constant rate, which complains about bad ones.
     std::string pictures =
         outputOf("ffmpeg -nostdin -v warning -i '" + file + "' -f null -" + raw("yuv444p") + "2>'" + log + "'");
-    Decoded decoded = {{}, testing_support::fileBytes(log)};
+    Decoded decoded = {{}, test::fileBytes(log)};
     Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
     frame.size(width, height, false);
     for (std::size_t at = 0; at + std::size_t{3} * width * height <= pictures.size();) {

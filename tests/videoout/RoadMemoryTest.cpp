@@ -2,8 +2,8 @@
 #include "Kovanta/Draw.h"
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
+#include "support/Allocations.h"
 #include "support/VideoMedia.h"
-#include "videoout/CountedAllocations.h"
 
 #include <gtest/gtest.h>
 
@@ -27,26 +27,26 @@ protected:
     }
     std::string path(const char* name) const { return folder / name; }
 
-    test::TemporaryDirectory folder;
+    test::TempDirectory folder;
 };
 
 TEST_F(Road, ReadingAsksForMemoryOnlyForTheFirstFrame) {
     Ko::VideoInputVideoFile in(path("in.avi"));
     Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
     ASSERT_TRUE(in.read(frame));
-    const std::size_t before = bigAllocations();
+    const std::size_t before = test::bigAllocations();
     int frames = 1;
     while (in.read(frame))
         ++frames;
     EXPECT_EQ(frames, count);
-    EXPECT_EQ(bigAllocations(), before);
+    EXPECT_EQ(test::bigAllocations(), before);
 }
 
 TEST_F(Road, FramesOnTheirWayAreRecycled) {
     Ko::VideoInputVideoFile in(path("in.avi"));
     Ko::VideoOutputVideoFile out(width, height, path("out.avi"), {25, 1}, 500000);
     Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
-    const std::size_t before = bigAllocations();
+    const std::size_t before = test::bigAllocations();
     int frames = 0;
     for (; in.read(frame); ++frames) {
         Ko::drawBbox(frame, Ko::Bbox<int>{20, 20, 60, 50}, Ko::YCCColor{173, 42, 26}, false);
@@ -56,26 +56,23 @@ TEST_F(Road, FramesOnTheirWayAreRecycled) {
     EXPECT_EQ(frames, count);
     EXPECT_EQ(out.getError(), "");
     // At any time five are queued, one is the writer's, one ours and one being copied, of three planes each.
-    EXPECT_GT(bigAllocations(), before);
-    EXPECT_LE(bigAllocations() - before, 3u * 8);
+    EXPECT_GT(test::bigAllocations(), before);
+    EXPECT_LE(test::bigAllocations() - before, 3u * 8);
 }
 
 TEST_F(Road, ARefusedAllocationLeavesTheQueuedFrameWhole) {
     Ko::ThreadedBuffer<Ko::Image<unsigned char>> buffer;
     Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
     frame.size(8, 8);
-    bool refusedOnce = false;
     for (long n = 0;; ++n) {
         buffer.put(frame);
+        const test::RefusedAllocation refused(n);
         try {
-            refuseAllocation(n);
             const Ko::Image<unsigned char> taken = buffer.get();
-            refuseAllocation(-1);
-            ASSERT_TRUE(refusedOnce);
+            ASSERT_FALSE(refused.happened());
+            ASSERT_GT(n, 0);
             break; // no request is left to refuse
         } catch (const std::bad_alloc&) {
-            refuseAllocation(-1);
-            refusedOnce = true;
         }
         const Ko::Image<unsigned char> kept = buffer.get();
         for (int p = 0; p < 3; ++p)

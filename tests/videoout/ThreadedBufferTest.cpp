@@ -183,7 +183,7 @@ TEST(ThreadedBuffer, KeepsImagesOfItsOwnAndCopiesNoMoreThanThat) {
     buffer.put(std::move(owning));
     buffer.put(wrapping);
     buffer.put(std::move(wrapping));
-    testing_support::fill(foreign, 0);
+    test::fill(foreign, 0);
 
     for (int i = 0; i < 4; ++i) {
         SCOPED_TRACE(i);
@@ -191,7 +191,7 @@ TEST(ThreadedBuffer, KeepsImagesOfItsOwnAndCopiesNoMoreThanThat) {
         EXPECT_EQ(kept.plane[0].data == memory, i == 1) << "only what was moved in is the same memory";
         for (int p = 0; p < 3; ++p) {
             EXPECT_TRUE(kept.plane[p].alloc);
-            EXPECT_EQ(testing_support::samples(kept, p), testing_support::samples(expected, p));
+            EXPECT_EQ(test::samples(kept, p), test::samples(expected, p));
         }
     }
 }

@@ -37,7 +37,7 @@ protected:
         return file;
     }
 
-    const test::TemporaryDirectory folder;
+    const test::TempDirectory folder;
 };
 
 TEST_F(VideoFileContainers, EveryFrameComesBackInOrderAndTime) {

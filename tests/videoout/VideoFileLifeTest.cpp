@@ -26,7 +26,7 @@ namespace {
 
 using Ko::VideoOutputVideoFile;
 using Image = Ko::Image<unsigned char>;
-using testing_support::thrownText;
+using test::thrownText;
 
 constexpr Ko::Frac<unsigned int> rate = {25, 1};
 
@@ -60,7 +60,7 @@ protected:
     std::string path(const std::string& name) const { return folder / name; }
     void open(const std::string& name) { out.open(64, 48, path(name), rate, 500000); }
 
-    const test::TemporaryDirectory folder;
+    const test::TempDirectory folder;
     VideoOutputVideoFile out;
 };
 
@@ -207,7 +207,7 @@ TEST_F(VideoFileLife, AFullDiskIsAnErrorAndNothingWorse) {
     constexpr int frames = 12; // and as much room in the queue: nobody takes them out after the error
     std::vector<Image> noise;
     for (unsigned int seed = 0; seed < frames; ++seed)
-        noise.push_back(testing_support::randomImage(Ko::PF_YCC420P, 320, 240, seed));
+        noise.push_back(test::randomImage(Ko::PF_YCC420P, 320, 240, seed));
     // The device refuses every byte; the limit on a file's size, like a small disk, takes the beginning.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before = {};

@@ -1,4 +1,5 @@
 #include "Kovanta/VideoInput.h"
+#include "support/Commands.h"
 #include "support/TempDirectory.h"
 #include "videoin/VirtualCamera.h"
 
@@ -6,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 
 namespace {
@@ -15,16 +15,11 @@ using testing::HasSubstr;
 
 /// @return both streams, then the exit code
 std::string capture(const std::string& arguments, const std::string& launcher = "") {
-    FILE* const pipe = ::popen((launcher + " " CAPTURE_EXAMPLE " " + arguments + " 2>&1; echo $?").c_str(), "r");
-    std::string output;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-        output += static_cast<char>(c);
-    ::pclose(pipe);
-    return output;
+    return test::outputOf(launcher + " " CAPTURE_EXAMPLE " " + arguments + " 2>&1; echo $?");
 }
 
 TEST(CaptureExample, RecordsAndShowsACamera) {
-    const testing_support::TempDirectory folder;
+    const test::TempDirectory folder;
     const std::string file = folder.file("red.avi");
     EXPECT_EQ(capture(""), "No camera found.\n0\n");
     const camera::Driver vivid("vivid", "n_devs=1 node_types=0x1 num_inputs=1 input_types=0x0 vid_cap_nr=2");

@@ -1,0 +1,64 @@
+#include "support/Allocations.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+// A file of its own: seen together with a "new", the compiler takes the "free" below for a mistake.
+
+static std::atomic<std::size_t> all{0}, big{0};
+static thread_local long untilRefused = -1;
+
+/// @return memory that free() takes
+static void* request(std::size_t size, std::size_t alignment) {
+    ++all;
+    big += size >= 10000;
+    if (untilRefused >= 0 && untilRefused-- == 0)
+        throw std::bad_alloc();
+    if (void* memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment))
+        return memory;
+    throw std::bad_alloc();
+}
+
+namespace test {
+
+std::size_t allocations() {
+    return all;
+}
+std::size_t bigAllocations() {
+    return big;
+}
+
+RefusedAllocation::RefusedAllocation(long n) {
+    untilRefused = n;
+}
+RefusedAllocation::~RefusedAllocation() {
+    untilRefused = -1;
+}
+bool RefusedAllocation::happened() const {
+    return untilRefused < 0;
+}
+
+} // namespace test
+
+void* operator new(std::size_t size) {
+    return request(size, alignof(std::max_align_t));
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return request(size, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return request(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
