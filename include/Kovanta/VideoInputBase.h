@@ -22,7 +22,7 @@ public:
     virtual ~VideoInput();
     /// Delivers the next frame, converted into the format that @p frame has; sizes it too.
     /// @return true when a frame was delivered, false at the end
-    virtual bool read(Image<unsigned char>& frame) = 0;
+    virtual bool read(Image<>& frame) = 0;
     /// Moves to a position. @return the new position
     virtual long seek(long offset, VideoPosId origin) = 0;
     /// The position of the frame that the next read() delivers.

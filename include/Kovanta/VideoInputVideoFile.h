@@ -6,15 +6,10 @@
 #include "Kovanta/Image.h"
 #include "Kovanta/VideoInputBase.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
-struct AVInputFormat;
-
 namespace Ko {
-
-class VideoFileDecoder;
 
 /// The first video stream of a file, in any container and codec that the installed libav reads, as long as it decodes
 /// to planar 4:2:0 or to full-range planar 4:2:2.
@@ -75,7 +70,7 @@ public:
     /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported." when
     ///         the stream changes to such a format midway
     /// @throws std::bad_alloc
-    bool read(Image<unsigned char>& frame) override;
+    bool read(Image<>& frame) override;
 
     /// Moves to a position in ticks, by decoding forward from the key frame before it: the next read() delivers the
     /// first picture whose time stamp is not below the position returned. A target below 0 is the beginning, one past
@@ -109,20 +104,8 @@ public:
     void setLoop(bool loop) override;
 
 private:
-    KOVANTA_LOCAL VideoFileDecoder& opened(const char* operation) const;
-    KOVANTA_LOCAL void release() noexcept;
-    KOVANTA_LOCAL long rewind(VideoFileDecoder& source);
-    KOVANTA_LOCAL bool decodeForward(std::int64_t target);
-
-    std::unique_ptr<VideoFileDecoder> decoder; ///< Set from the start of an open, also of a failed one.
-    const AVInputFormat* forcedFormat = nullptr;
-    Image<unsigned char> wrapper; ///< Its rows point into the decoder's current picture.
-    std::int64_t position = 0;
-    bool looping = false;
-    bool ready = false;               ///< Whether an open went through.
-    bool endMet = false;              ///< The packets ran out since the last seek.
-    bool deliveredSinceStart = false; ///< Keeps a file without pictures from looping for ever.
-    bool seeking = false;             ///< A seek's forward decode must not wrap around.
+    struct Impl;
+    std::unique_ptr<Impl> impl;
 };
 
 } // namespace Ko

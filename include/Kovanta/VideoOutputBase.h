@@ -11,7 +11,7 @@ class KOVANTA_API VideoOutput {
 public:
     virtual ~VideoOutput();
     /// Hands one frame to the sink, which copies what it needs. @return true on success
-    virtual bool write(const Image<unsigned char>& image) = 0;
+    virtual bool write(const Image<>& image) = 0;
 };
 
 } // namespace Ko

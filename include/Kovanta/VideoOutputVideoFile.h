@@ -6,12 +6,8 @@
 #include "Kovanta/Image.h"
 #include "Kovanta/VideoOutputBase.h"
 
-#include <boost/thread/mutex.hpp>
-
 #include <memory>
 #include <string>
-
-struct AVCodec;
 
 namespace Ko {
 
@@ -64,7 +60,7 @@ public:
     /// @return true
     /// @throws std::logic_error "[VideoOutputVideoFile::write]: Not opened." when closed, and after a failed open()
     /// @throws boost::thread_interrupted, std::bad_alloc; the frame is not queued then
-    bool write(const Image<unsigned char>& image) override;
+    bool write(const Image<>& image) override;
 
     /// Lets the writer encode every queued frame, ends it, and finishes the file. Does nothing when not open. A failure
     /// to finish the file is not thrown: getError() tells.
@@ -87,19 +83,8 @@ public:
     std::string getError() const;
 
 private:
-    struct Output;
-
-    KOVANTA_LOCAL void release();
-    KOVANTA_LOCAL void writerThread(Output& to);
-    KOVANTA_LOCAL void setError(const char* reason);
-
-    const AVCodec* codec = nullptr;
-    int codecFlags = 0;
-    unsigned int queueSize = 5;
-    std::unique_ptr<Output> output; // All that exists between open() and close().
-    boost::mutex writerGate;        // Whoever holds it holds the writer before its next frame.
-    mutable boost::mutex errorMutex;
-    std::string error;
+    struct Impl;
+    std::unique_ptr<Impl> impl;
 };
 
 } // namespace Ko

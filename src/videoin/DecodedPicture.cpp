@@ -26,20 +26,20 @@ PIXEL_FORMAT wrapperFormat(int avPixelFormat) {
 
 } // namespace
 
-void shapeWrapper(Image<unsigned char>& wrapper, int avPixelFormat, unsigned int width, unsigned int height) {
+void shapeWrapper(Image<>& wrapper, int avPixelFormat, unsigned int width, unsigned int height) {
     wrapper.fmt(wrapperFormat(avPixelFormat));
     wrapper.width = 0; // should there be no memory for the rows, the next picture tries again
     wrapper.size(width, height, false);
 }
 
-void wrapPicture(Image<unsigned char>& wrapper, const AVFrame& picture) {
+void wrapPicture(Image<>& wrapper, const AVFrame& picture) {
     const auto width = static_cast<unsigned int>(picture.width);
     const auto height = static_cast<unsigned int>(picture.height);
     if (wrapper.format != wrapperFormat(picture.format) || wrapper.width != width || wrapper.height != height)
         shapeWrapper(wrapper, picture.format, width, height);
     // The planes' own heights make the rows: a last odd luma row is pointed, a chroma row that the image lacks is not.
     for (int p = 0; p < 3; ++p) {
-        Array2D<unsigned char>& plane = wrapper.plane[p];
+        auto& plane = wrapper.plane[p];
         if (!plane.rows)
             continue;
         unsigned char* row = picture.data[p];

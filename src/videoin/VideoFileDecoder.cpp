@@ -16,9 +16,8 @@ namespace Ko {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& reason) {
-    throwRuntimeError("VideoInputVideoFile::VideoInputVideoFile", reason + ".");
-}
+/// Where the caller meets these failures first.
+constexpr const char* constructor = "VideoInputVideoFile::VideoInputVideoFile";
 
 bool known(std::int64_t time) {
     return time != AV_NOPTS_VALUE;
@@ -29,10 +28,10 @@ bool known(std::int64_t time) {
 void VideoFileDecoder::open(const std::string& filename, const AVInputFormat* forcedFormat) {
     AVFormatContext* opened = nullptr;
     if (avformat_open_input(&opened, filename.c_str(), forcedFormat, nullptr) != 0)
-        fail("Failed to open " + filename);
+        throwRuntimeError(constructor, "Failed to open " + filename + ".");
     container.reset(opened);
     if (avformat_find_stream_info(opened, nullptr) < 0)
-        fail("Failed to find stream information in " + filename);
+        throwRuntimeError(constructor, "Failed to find stream information in " + filename + ".");
 
     // Spares the demuxer the work on packets that nobody wants.
     for (unsigned int i = 0; i < opened->nb_streams; ++i) {
@@ -43,15 +42,14 @@ void VideoFileDecoder::open(const std::string& filename, const AVInputFormat* fo
             candidate->discard = AVDISCARD_ALL;
     }
     if (!stream)
-        fail("Failed to find video stream in " + filename);
+        throwRuntimeError(constructor, "Failed to find video stream in " + filename + ".");
 
     openDecoder();
 
     const AVRational guess = av_guess_frame_rate(opened, stream, nullptr);
-    if (guess.num > 0 && guess.den > 0) {
+    if (guess.num > 0 && guess.den > 0)
         rate = guess;
-        period = std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), stream->time_base));
-    }
+    clock = PictureClock(stream->time_base, rate);
     packet.reset(av_packet_alloc());
     picture.reset(av_frame_alloc());
     if (!packet || !picture)
@@ -61,16 +59,16 @@ void VideoFileDecoder::open(const std::string& filename, const AVInputFormat* fo
 void VideoFileDecoder::openDecoder() {
     const AVCodec* decoder = avcodec_find_decoder(stream->codecpar->codec_id);
     if (!decoder)
-        fail("avcodec_find_decoder failed");
+        throwRuntimeError(constructor, "avcodec_find_decoder failed.");
     codec.reset(avcodec_alloc_context3(decoder));
     if (!codec)
         throw std::bad_alloc();
     if (avcodec_parameters_to_context(codec.get(), stream->codecpar) < 0)
-        fail("avcodec_open failed");
+        throwRuntimeError(constructor, "avcodec_open failed.");
     codec->pkt_timebase = stream->time_base;
     codec->thread_count = 0; // as many as there are processors
     if (avcodec_open2(codec.get(), decoder, nullptr) < 0)
-        fail("avcodec_open failed");
+        throwRuntimeError(constructor, "avcodec_open failed.");
 }
 
 const AVFrame* VideoFileDecoder::next() {
@@ -81,10 +79,7 @@ const AVFrame* VideoFileDecoder::next() {
         const bool lacksReferences =
             (codec->flags & AV_CODEC_FLAG_OUTPUT_CORRUPT) != 0 && (picture->flags & AV_FRAME_FLAG_CORRUPT) != 0;
         if (result == 0 && !lacksReferences) {
-            const std::optional<std::int64_t> time = stamp(*picture);
-            lastTimeStamp = time.value_or(0);
-            placed = shownSinceFlush ? placed || known(picture->pts) : time.has_value();
-            shownSinceFlush = true;
+            clock.show(*picture);
             return picture.get();
         }
         // Anything but EAGAIN is the error of one packet; the stream goes on behind it. A draining decoder has no more
@@ -103,7 +98,7 @@ void VideoFileDecoder::feed() {
                 // After a seek into the last open group of pictures the H.264 decoder takes its last pictures for
                 // ones that lack references, and keeps them. It has to be asked for those; what truly lacks references
                 // comes marked then.
-                if (codec->codec_id == AV_CODEC_ID_H264 && keySinceFlush)
+                if (codec->codec_id == AV_CODEC_ID_H264 && keyFed)
                     codec->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
                 avcodec_send_packet(codec.get(), nullptr);
                 return;
@@ -119,33 +114,12 @@ void VideoFileDecoder::feed() {
     if (known(stream->duration) && packet->pts >= stream->duration)
         packet->flags &= ~AV_PKT_FLAG_DISCARD;
     awaitsKey = false;
-    noteTimes(*packet);
+    keyFed = keyFed || (packet->flags & AV_PKT_FLAG_KEY) != 0;
+    clock.feed(*packet);
     const bool refused = avcodec_send_packet(codec.get(), packet.get()) == AVERROR(EAGAIN);
     resend = refused && !resend;
     if (!resend)
         av_packet_unref(packet.get());
-}
-
-void VideoFileDecoder::noteTimes(const AVPacket& fed) {
-    if (!countsPictures)
-        countsPictures = !known(fed.pts) && known(fed.dts);
-    const bool key = (fed.flags & AV_PKT_FLAG_KEY) != 0;
-    if (key && !keySinceFlush && known(fed.dts))
-        firstKeyDts = fed.dts;
-    keySinceFlush = keySinceFlush || key;
-}
-
-/// Containers that give even their first key frame no presentation time have none at all. What libav makes up there
-/// for some of the pictures is late by the reordering, so those pictures are counted.
-std::optional<std::int64_t> VideoFileDecoder::stamp(const AVFrame& shown) const {
-    const bool counted = countsPictures.value_or(false);
-    if (known(shown.pts) && !counted)
-        return shown.pts;
-    if (shownSinceFlush)
-        return lastTimeStamp > INT64_MAX - period ? lastTimeStamp : lastTimeStamp + period;
-    if (counted || !known(shown.pkt_dts))
-        return firstKeyDts;
-    return shown.pkt_dts;
 }
 
 bool VideoFileDecoder::seek(std::int64_t target) {
@@ -175,10 +149,9 @@ void VideoFileDecoder::flush() {
     av_packet_unref(packet.get());
     resend = false;
     draining = false;
-    shownSinceFlush = false;
-    keySinceFlush = false;
+    keyFed = false;
     awaitsKey = false;
-    firstKeyDts.reset();
+    clock.reset();
 }
 
 Frac<unsigned int> VideoFileDecoder::frameRate() const {

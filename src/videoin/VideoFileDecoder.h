@@ -3,6 +3,7 @@
 
 #include "Kovanta/Frac.h"
 #include "libav/Handles.h"
+#include "videoin/PictureClock.h"
 
 #include <cstdint>
 #include <optional>
@@ -25,9 +26,9 @@ public:
     const AVFrame* next();
 
     /// Time stamp of the picture that next() gave, in stream ticks.
-    std::int64_t timeStamp() const { return lastTimeStamp; }
+    std::int64_t timeStamp() const { return clock.timeStamp(); }
     /// Whether the file told it, or it was counted from one that the file told since the last seek.
-    bool knowsTime() const { return placed; }
+    bool knowsTime() const { return clock.knowsTime(); }
 
     /// Goes to the key frame at or before a time stamp. @return false when the container refuses; nothing has changed
     /// then
@@ -49,8 +50,6 @@ public:
 private:
     void openDecoder();
     void feed();
-    void noteTimes(const AVPacket& fed);
-    std::optional<std::int64_t> stamp(const AVFrame& shown) const;
     void flush();
 
     libav::InputContextHandle container;
@@ -59,18 +58,12 @@ private:
     libav::FrameHandle picture;
     AVStream* stream = nullptr; ///< Belongs to the container.
 
-    AVRational rate{0, 1};                   ///< {0, 1} when not known.
-    std::int64_t period = 1;                 ///< Of one frame, in ticks.
-    std::int64_t lastTimeStamp = 0;          ///< Of the picture shown last.
-    std::optional<std::int64_t> firstKeyDts; ///< Decoding time of the first key packet since a flush.
-    bool placed = false;
-    bool shownSinceFlush = false;
-    bool keySinceFlush = false;
+    AVRational rate{0, 1}; ///< {0, 1} when not known.
+    PictureClock clock;
+    bool keyFed = false;    ///< Since the last flush.
     bool awaitsKey = false; ///< Packets are left out until one can be decoded by itself.
     bool draining = false;
     bool resend = false; ///< The packet was refused because output was pending; it is offered once more.
-    std::optional<bool>
-        countsPictures; ///< Whether the container has no presentation times; known from the first packet.
 };
 
 } // namespace Ko

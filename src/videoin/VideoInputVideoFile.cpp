@@ -38,10 +38,6 @@ Time subtract(Time a, Time b) {
     return a < 0 ? std::numeric_limits<Time>::min() : std::numeric_limits<Time>::max();
 }
 
-[[noreturn]] void failToSeek(const VideoFileDecoder& source) {
-    throwRuntimeError("VideoInputVideoFile::seek", std::string(source.filename()) + ": error while seeking.");
-}
-
 /// Sets a flag for as long as it lives.
 class Raised {
 public:
@@ -61,8 +57,70 @@ private:
 
 } // namespace
 
+struct KOVANTA_LOCAL VideoInputVideoFile::Impl {
+    VideoFileDecoder& opened(const char* operation) const;
+    void release() noexcept;
+    long rewind();
+    bool decodeForward(VideoInput& self, Time target);
+    [[noreturn]] void failToSeek() const;
+
+    std::unique_ptr<VideoFileDecoder> decoder; ///< Set from the start of an open, also of a failed one.
+    const AVInputFormat* forcedFormat = nullptr;
+    Image<> wrapper{PF_YCC444P}; ///< Its rows point into the decoder's current picture.
+    Time position = 0;
+    bool looping = false;
+    bool ready = false;               ///< Whether an open went through.
+    bool endMet = false;              ///< The packets ran out since the last seek.
+    bool deliveredSinceStart = false; ///< Keeps a file without pictures from looping for ever.
+    bool seeking = false;             ///< A seek's forward decode must not wrap around.
+};
+
+VideoFileDecoder& VideoInputVideoFile::Impl::opened(const char* operation) const {
+    if (!ready)
+        throwLogicError(std::string("VideoInputVideoFile::") + operation, "Not opened.");
+    return *decoder;
+}
+
+/// With libAvMutex held.
+void VideoInputVideoFile::Impl::release() noexcept {
+    decoder.reset();
+    position = 0;
+    ready = false;
+    endMet = false;
+    deliveredSinceStart = false;
+}
+
+void VideoInputVideoFile::Impl::failToSeek() const {
+    throwRuntimeError("VideoInputVideoFile::seek", std::string(decoder->filename()) + ": error while seeking.");
+}
+
+long VideoInputVideoFile::Impl::rewind() {
+    if (!decoder->rewind())
+        failToSeek();
+    position = 0;
+    endMet = false;
+    deliveredSinceStart = false;
+    return 0;
+}
+
+/// Decodes until the position is the target or past it, or the file ends.
+/// @return false when pictures were missed that belong before the target
+bool VideoInputVideoFile::Impl::decodeForward(VideoInput& self, Time target) {
+    const Raised noLoop(seeking);
+    Image scratch(PF_YCC444P);
+    bool first = true;
+    while (static_cast<std::uint64_t>(position) < static_cast<std::uint64_t>(target)) {
+        if (!self.read(scratch))
+            return !first;
+        if (first && (position > target || !decoder->knowsTime()))
+            return false;
+        first = false;
+    }
+    return true;
+}
+
 VideoInputVideoFile::VideoInputVideoFile()
-    : wrapper(PF_YCC444P) {
+    : impl(std::make_unique<Impl>()) {
     libav::quietByDefault();
 }
 
@@ -80,70 +138,55 @@ VideoInputVideoFile::~VideoInputVideoFile() {
 }
 
 void VideoInputVideoFile::setFormat(const std::string& name) {
-    forcedFormat = nullptr;
+    impl->forcedFormat = nullptr;
     if (name.empty())
         return;
-    forcedFormat = av_find_input_format(name.c_str());
-    if (!forcedFormat)
+    impl->forcedFormat = av_find_input_format(name.c_str());
+    if (!impl->forcedFormat)
         throwLogicError("VideoInputVideoFile::setFormat", "av_find_input_format failed.");
 }
 
 void VideoInputVideoFile::open(const std::string& filename) {
     const boost::lock_guard<boost::mutex> lock(libAvMutex);
-    release();
-    decoder = std::make_unique<VideoFileDecoder>();
-    decoder->open(filename, forcedFormat);
-    const AVCodecContext& stream = decoder->description();
-    shapeWrapper(wrapper, stream.pix_fmt, static_cast<unsigned int>(stream.width),
+    impl->release();
+    impl->decoder = std::make_unique<VideoFileDecoder>();
+    impl->decoder->open(filename, impl->forcedFormat);
+    const AVCodecContext& stream = impl->decoder->description();
+    shapeWrapper(impl->wrapper, stream.pix_fmt, static_cast<unsigned int>(stream.width),
                  static_cast<unsigned int>(stream.height));
-    ready = true;
+    impl->ready = true;
 }
 
 void VideoInputVideoFile::close() {
     const boost::lock_guard<boost::mutex> lock(libAvMutex);
-    release();
+    impl->release();
 }
 
-/// With libAvMutex held.
-void VideoInputVideoFile::release() noexcept {
-    decoder.reset();
-    position = 0;
-    ready = false;
-    endMet = false;
-    deliveredSinceStart = false;
-}
-
-VideoFileDecoder& VideoInputVideoFile::opened(const char* operation) const {
-    if (!ready)
-        throwLogicError((std::string("VideoInputVideoFile::") + operation).c_str(), "Not opened.");
-    return *decoder;
-}
-
-bool VideoInputVideoFile::read(Image<unsigned char>& frame) {
-    VideoFileDecoder& source = opened("read");
-    ImageLayout::resizeTarget(frame, wrapper.width, wrapper.height, "VideoInputVideoFile::read");
-    const bool wraps = looping && !seeking;
+bool VideoInputVideoFile::read(Image<>& frame) {
+    VideoFileDecoder& source = impl->opened("read");
+    ImageLayout::resizeTarget(frame, impl->wrapper.width, impl->wrapper.height, "VideoInputVideoFile::read");
+    const bool wraps = impl->looping && !impl->seeking;
     const AVFrame* picture = source.next();
     // Here the end was found by running out of pictures: the length is unknown, or not the last time stamp plus one.
-    if (!picture && wraps && deliveredSinceStart) {
+    if (!picture && wraps && impl->deliveredSinceStart) {
         seek(0, VP_BEGIN);
         picture = source.next();
     }
     if (!picture) {
-        endMet = true;
+        impl->endMet = true;
         return false;
     }
-    position = add(source.timeStamp(), 1);
-    deliveredSinceStart = true;
-    wrapPicture(wrapper, *picture);
-    convertIm(frame, wrapper);
+    impl->position = add(source.timeStamp(), 1);
+    impl->deliveredSinceStart = true;
+    wrapPicture(impl->wrapper, *picture);
+    convertIm(frame, impl->wrapper);
     if (wraps && eof())
         seek(0, VP_BEGIN);
     return true;
 }
 
 long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
-    VideoFileDecoder& source = opened("seek");
+    VideoFileDecoder& source = impl->opened("seek");
     const std::optional<Time> length = source.length();
     Time target = 0;
     switch (origin) {
@@ -151,7 +194,7 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
         target = offset;
         break;
     case VP_CURRENT:
-        target = add(position, offset);
+        target = add(impl->position, offset);
         break;
     case VP_END:
         target = length ? subtract(*length, offset) : 0;
@@ -162,77 +205,52 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
     if (target >= 0 && length && target >= *length)
         target = *length;
     if (target <= 0)
-        return rewind(source);
+        return impl->rewind();
 
     // Some containers know only roughly where their key frames are, and land behind the target, behind the last key
     // frame or where no time stamp tells the place. Then it is tried again from further back.
     Time aim = target - 1;
     for (Time step = source.second();; step = add(step, add(step, step))) {
         if (!source.seek(aim))
-            failToSeek(source);
-        position = 0;
-        endMet = false;
-        if (decodeForward(target) || aim == 0)
-            return position;
+            impl->failToSeek();
+        impl->position = 0;
+        impl->endMet = false;
+        if (impl->decodeForward(*this, target) || aim == 0)
+            return impl->position;
         aim = std::max<Time>(aim - step, 0);
     }
 }
 
-/// Decodes until the position is the target or past it, or the file ends.
-/// @return false when pictures were missed that belong before the target
-bool VideoInputVideoFile::decodeForward(Time target) {
-    const Raised noLoop(seeking);
-    Image<unsigned char> scratch(PF_YCC444P);
-    bool first = true;
-    while (static_cast<std::uint64_t>(position) < static_cast<std::uint64_t>(target)) {
-        if (!read(scratch))
-            return !first;
-        if (first && (position > target || !decoder->knowsTime()))
-            return false;
-        first = false;
-    }
-    return true;
-}
-
-long VideoInputVideoFile::rewind(VideoFileDecoder& source) {
-    if (!source.rewind())
-        failToSeek(source);
-    position = 0;
-    endMet = false;
-    deliveredSinceStart = false;
-    return 0;
-}
-
 long VideoInputVideoFile::tell() const {
-    return position;
+    return impl->position;
 }
 
 bool VideoInputVideoFile::eof() const {
-    const VideoFileDecoder& source = opened("eof");
-    return endMet || source.length() == position;
+    const VideoFileDecoder& source = impl->opened("eof");
+    return impl->endMet || source.length() == impl->position;
 }
 
 unsigned int VideoInputVideoFile::getWidth() const {
-    opened("getWidth");
-    return wrapper.width;
+    impl->opened("getWidth");
+    return impl->wrapper.width;
 }
 
 unsigned int VideoInputVideoFile::getHeight() const {
-    opened("getHeight");
-    return wrapper.height;
+    impl->opened("getHeight");
+    return impl->wrapper.height;
 }
 
 long VideoInputVideoFile::getLength() const {
-    const VideoFileDecoder& source = opened("getLength");
+    const VideoFileDecoder& source = impl->opened("getLength");
     return source.length().value_or(source.lengthField());
 }
 
 Frac<unsigned int> VideoInputVideoFile::getFrameRate() const {
-    return opened("getFrameRate").frameRate();
+    return impl->opened("getFrameRate").frameRate();
 }
 
 void VideoInputVideoFile::setLoop(bool loop) {
-    looping = loop;
+    impl->looping = loop;
 }
 
 } // namespace Ko

@@ -1,4 +1,5 @@
 #include "videoout/EncoderPictures.h"
+
 #include "util/Errors.h"
 
 #include <cstring>
@@ -28,7 +29,7 @@ std::unique_ptr<EncoderPicture> makePicture(unsigned int width, unsigned int hei
     picture->frame = allocPicture(static_cast<int>(width), static_cast<int>(height));
     picture->image.size(width, height, false);
     for (int p = 0; p < 3; ++p) {
-        const Array2D<unsigned char>& plane = picture->image.plane[p];
+        const auto& plane = picture->image.plane[p];
         if (!plane.rows)
             continue;
         unsigned char* row = picture->frame->data[p];

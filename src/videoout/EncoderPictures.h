@@ -12,7 +12,7 @@ namespace Ko {
 /// A planar 4:2:0 picture for the encoder, and the same memory seen as an image.
 struct EncoderPicture {
     libav::FrameHandle frame;
-    Image<unsigned char> image{PF_YCC420P}; ///< Owns no pixels: its rows point into the frame's planes.
+    Image<> image{PF_YCC420P}; ///< Owns no pixels: its rows point into the frame's planes.
 };
 
 /// The pictures that go to an encoder, used again and again.

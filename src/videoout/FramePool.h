@@ -17,17 +17,17 @@ namespace Ko {
 class FramePool {
 public:
     /// A used frame if there is one, else a new one without memory. What it holds is undefined; its planes own it.
-    Image<unsigned char> take() {
+    Image<> take() {
         const boost::lock_guard<boost::mutex> lock(mutex);
         if (frames.empty())
-            return Image<unsigned char>(PF_YCC444P);
-        Image<unsigned char> frame(std::move(frames.back()));
+            return Image<>(PF_YCC444P);
+        Image<> frame(std::move(frames.back()));
         frames.pop_back();
         return frame;
     }
 
     /// Keeps a frame for later; without memory for that it is released instead.
-    void give(Image<unsigned char>&& frame) noexcept {
+    void give(Image<>&& frame) noexcept {
         try {
             const boost::lock_guard<boost::mutex> lock(mutex);
             frames.push_back(std::move(frame));
@@ -37,7 +37,7 @@ public:
 
 private:
     boost::mutex mutex;
-    std::deque<Image<unsigned char>> frames; // A growing vector would copy them: their moves may throw.
+    std::deque<Image<>> frames; // A growing vector would copy them: their moves may throw.
 };
 
 } // namespace Ko

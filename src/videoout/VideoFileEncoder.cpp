@@ -1,7 +1,7 @@
 #include "videoout/VideoFileEncoder.h"
-#include "util/Errors.h"
 
 #include "Kovanta/ConvertIm.h"
+#include "util/Errors.h"
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -58,12 +58,6 @@ void padTransportStream(AVIOContext* file) {
 }
 
 } // namespace
-
-VideoFileEncoder::VideoFileEncoder()
-    : formatContext(avformat_alloc_context()) {
-    if (!formatContext)
-        throwRuntimeError("VideoOutputVideoFile::open", "avformat_alloc_context failed.");
-}
 
 void VideoFileEncoder::open(const std::string& filename, const Settings& settings, const AVCodec*& codec) {
     const AVOutputFormat* container = av_guess_format(nullptr, filename.c_str(), nullptr);
@@ -125,7 +119,7 @@ void VideoFileEncoder::openVideo(const AVCodec& codec) {
     pictures.emplace(static_cast<unsigned int>(codecContext->width), static_cast<unsigned int>(codecContext->height));
 }
 
-void VideoFileEncoder::frameWrite(const Image<unsigned char>& image) {
+void VideoFileEncoder::frameWrite(const Image<>& image) {
     if (image.width != static_cast<unsigned int>(codecContext->width) ||
         image.height != static_cast<unsigned int>(codecContext->height))
         throwLogicError("VideoOutputVideoFile::frameWrite", "Image size is not equal to the output file image size.");

@@ -26,15 +26,12 @@ public:
         int codecFlags;       ///< Added to the encoder's own.
     };
 
-    /// @throws std::runtime_error when there is no memory for a container
-    VideoFileEncoder();
-
     /// Creates the file and writes its header.
     /// @param codec the encoder; null is replaced by the container's default one
     void open(const std::string& filename, const Settings& settings, const AVCodec*& codec);
 
     /// Encodes one frame and writes what the encoder gives for it.
-    void frameWrite(const Image<unsigned char>& image);
+    void frameWrite(const Image<>& image);
 
     /// Writes what the encoder still holds.
     void drain();

@@ -37,62 +37,29 @@ void reportEnd(const char* how, const char* reason = "") noexcept {
 
 } // namespace
 
-struct VideoOutputVideoFile::Output {
-    VideoFileEncoder encoder;
-    ThreadedBuffer<Image<unsigned char>> buffer;
-    FramePool pool;
-    boost::thread writer; ///< Not a thread while open() has not got that far.
+struct KOVANTA_LOCAL VideoOutputVideoFile::Impl {
+    /// All that exists between open() and close().
+    struct Output {
+        VideoFileEncoder encoder;
+        ThreadedBuffer<Image<>> buffer;
+        FramePool pool;
+        boost::thread writer; ///< Not a thread while open() has not got that far.
+    };
+
+    void release();
+    void writerThread(Output& to);
+    void setError(const char* reason);
+
+    const AVCodec* codec = nullptr; ///< Null for the container's default one.
+    int codecFlags = 0;
+    unsigned int queueSize = 5;
+    std::unique_ptr<Output> output;
+    mutable boost::mutex errorMutex;
+    std::string error;
 };
 
-VideoOutputVideoFile::VideoOutputVideoFile() {
-    libav::quietByDefault();
-}
-
-VideoOutputVideoFile::VideoOutputVideoFile(unsigned int width, unsigned int height, const std::string& filename,
-                                           Frac<unsigned int> frameRate, unsigned int bitRate)
-    : VideoOutputVideoFile() {
-    open(width, height, filename, frameRate, bitRate);
-}
-
-VideoOutputVideoFile::~VideoOutputVideoFile() {
-    try {
-        close();
-    } catch (const std::exception& e) {
-        std::cerr << "[VideoOutputVideoFile::~VideoOutputVideoFile]: " << e.what() << std::endl;
-    }
-}
-
-void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const std::string& filename,
-                                Frac<unsigned int> frameRate, unsigned int bitRate) {
-    const Guard lock(libAvMutex);
-    release();
-    {
-        const Guard errorLock(errorMutex);
-        error.clear();
-    }
-    output = std::make_unique<Output>();
-    output->encoder.open(filename, {width, height, frameRate, bitRate, codecFlags}, codec);
-    output->buffer.setCapacity(queueSize);
-    output->buffer.setDropOldest(false);
-    output->writer = boost::thread([this, &to = *output] { writerThread(to); });
-}
-
-bool VideoOutputVideoFile::write(const Image<unsigned char>& image) {
-    if (!output || !output->writer.joinable())
-        throwLogicError("VideoOutputVideoFile::write", "Not opened.");
-    Image<unsigned char> copy = output->pool.take();
-    copy = image;
-    output->buffer.put(std::move(copy));
-    return true;
-}
-
-void VideoOutputVideoFile::close() {
-    const Guard lock(libAvMutex);
-    release();
-}
-
 /// What close() does once it holds libAvMutex.
-void VideoOutputVideoFile::release() {
+void VideoOutputVideoFile::Impl::release() {
     if (!output)
         return;
     if (output->writer.joinable()) {
@@ -115,15 +82,10 @@ void VideoOutputVideoFile::release() {
     output.reset();
 }
 
-bool VideoOutputVideoFile::isOpened() const {
-    return output != nullptr;
-}
-
-void VideoOutputVideoFile::writerThread(Output& to) {
+void VideoOutputVideoFile::Impl::writerThread(Output& to) {
     try {
         for (;;) {
-            { const Guard gate(writerGate); }
-            Image<unsigned char> frame = to.buffer.get();
+            Image frame = to.buffer.get();
             to.encoder.frameWrite(frame);
             to.pool.give(std::move(frame));
         }
@@ -136,32 +98,85 @@ void VideoOutputVideoFile::writerThread(Output& to) {
 }
 
 /// The first reason stays: what follows from it says less.
-void VideoOutputVideoFile::setError(const char* reason) {
+void VideoOutputVideoFile::Impl::setError(const char* reason) {
     const Guard lock(errorMutex);
     if (error.empty())
         error = reason;
 }
 
+VideoOutputVideoFile::VideoOutputVideoFile()
+    : impl(std::make_unique<Impl>()) {
+    libav::quietByDefault();
+}
+
+VideoOutputVideoFile::VideoOutputVideoFile(unsigned int width, unsigned int height, const std::string& filename,
+                                           Frac<unsigned int> frameRate, unsigned int bitRate)
+    : VideoOutputVideoFile() {
+    open(width, height, filename, frameRate, bitRate);
+}
+
+VideoOutputVideoFile::~VideoOutputVideoFile() {
+    try {
+        close();
+    } catch (const std::exception& e) {
+        std::cerr << "[VideoOutputVideoFile::~VideoOutputVideoFile]: " << e.what() << std::endl;
+    }
+}
+
+void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const std::string& filename,
+                                Frac<unsigned int> frameRate, unsigned int bitRate) {
+    const Guard lock(libAvMutex);
+    impl->release();
+    {
+        const Guard errorLock(impl->errorMutex);
+        impl->error.clear();
+    }
+    impl->output = std::make_unique<Impl::Output>();
+    Impl::Output& output = *impl->output;
+    output.encoder.open(filename, {width, height, frameRate, bitRate, impl->codecFlags}, impl->codec);
+    output.buffer.setCapacity(impl->queueSize);
+    output.buffer.setDropOldest(false);
+    output.writer = boost::thread([&self = *impl, &output] { self.writerThread(output); });
+}
+
+bool VideoOutputVideoFile::write(const Image<>& image) {
+    if (!impl->output || !impl->output->writer.joinable())
+        throwLogicError("VideoOutputVideoFile::write", "Not opened.");
+    Image copy = impl->output->pool.take();
+    copy = image;
+    impl->output->buffer.put(std::move(copy));
+    return true;
+}
+
+void VideoOutputVideoFile::close() {
+    const Guard lock(libAvMutex);
+    impl->release();
+}
+
+bool VideoOutputVideoFile::isOpened() const {
+    return impl->output != nullptr;
+}
+
 std::string VideoOutputVideoFile::getError() const {
-    const Guard lock(errorMutex);
-    return error;
+    const Guard lock(impl->errorMutex);
+    return impl->error;
 }
 
 VideoOutputVideoFile& VideoOutputVideoFile::setEncoder(const std::string& name) {
-    codec = avcodec_find_encoder_by_name(name.c_str());
-    if (!codec)
+    impl->codec = avcodec_find_encoder_by_name(name.c_str());
+    if (!impl->codec)
         throwLogicError("VideoOutputVideoFile::setEncoder", "avcodec_find_encoder_by_name failed.");
     return *this;
 }
 
 VideoOutputVideoFile& VideoOutputVideoFile::setInterlace(bool on) {
     constexpr int interlaced = AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
-    codecFlags = on ? codecFlags | interlaced : codecFlags & ~interlaced;
+    impl->codecFlags = on ? impl->codecFlags | interlaced : impl->codecFlags & ~interlaced;
     return *this;
 }
 
 VideoOutputVideoFile& VideoOutputVideoFile::setQueueSize(unsigned int n) {
-    queueSize = n;
+    impl->queueSize = n;
     return *this;
 }
 
