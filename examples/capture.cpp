@@ -31,8 +31,6 @@
 #include <utility>
 #include <vector>
 
-using Frame = Ko::Image<unsigned char>;
-
 namespace {
 
 constexpr Ko::YCCColor black{16, 128, 128};
@@ -134,7 +132,7 @@ private:
 };
 
 /// Writes the number of the frame and the rate into the picture's lower left corner.
-void drawLabel(Frame& frame, const Ko::Font& font, const Pace& pace) {
+void drawLabel(Ko::Image<>& frame, const Ko::Font& font, const Pace& pace) {
     std::ostringstream text;
     text << "frame " << frame.sequenceNumber << std::fixed << std::setprecision(1) << "  " << pace.framesPerSecond()
          << "/s";
@@ -151,7 +149,7 @@ public:
         , rate(o.rate)
         , sink(s) {}
 
-    void write(const Frame& frame, const Pace& pace) {
+    void write(const Ko::Image<>& frame, const Pace& pace) {
         if (!sink.isOpened()) {
             held.push_back(frame);
             if (rate != 0 || held.size() > 10)
@@ -172,19 +170,19 @@ private:
         if (rate == 0)
             rate = static_cast<unsigned int>(std::max(std::lround(pace.framesPerSecond()), 1L));
         sink.open(held.front().width, held.front().height, options.output, {rate, 1}, options.bitRate);
-        for (const Frame& frame : held)
+        for (const Ko::Image<>& frame : held)
             sink.write(frame);
         held.clear();
     }
 
     const Options& options;
     unsigned int rate;
-    std::vector<Frame> held;
+    std::vector<Ko::Image<>> held;
     Ko::VideoOutputVideoFile& sink;
 };
 
 /// @return whether the user wants to go on
-bool show(Ko::VideoOutputDisplay& display, const Frame& frame, Pace& pace) {
+bool show(Ko::VideoOutputDisplay& display, const Ko::Image<>& frame, Pace& pace) {
     display.write(frame);
     while (display.getPaused() && !display.getQuit() && !interrupted) {
         pace.pause();
@@ -212,7 +210,7 @@ void capture(const Options& options, Ko::VideoOutputVideoFile& sink) {
                                                            false);
     Ko::Timer all, reading, drawing, writing;
     Pace pace;
-    Frame frame(Ko::PF_YCC444P);
+    Ko::Image frame(Ko::PF_YCC444P);
     bool more = true;
     while (more && !interrupted && (options.frames == 0 || camera.tell() < static_cast<long>(options.frames))) {
         reading.start();

@@ -20,8 +20,6 @@
 #include <string>
 #include <thread>
 
-using Frame = Ko::Image<unsigned char>;
-
 namespace {
 
 struct Options {
@@ -54,7 +52,7 @@ public:
             framesPerSecond = options.rate;
     }
 
-    bool read(Frame& frame) {
+    bool read(Ko::Image<>& frame) {
         Ko::VideoInput& input = video ? *video : *stills;
         const long before = input.tell();
         if (!input.read(frame)) {
@@ -92,7 +90,7 @@ private:
 /// White text on a dark field in the lower left corner, at a size that suits the frame.
 class Label {
 public:
-    void draw(Frame& frame, const std::string& text) {
+    void draw(Ko::Image<>& frame, const std::string& text) {
         const unsigned int wanted = std::clamp(frame.height / 18, 9u, 48u);
         if (wanted != size) {
             font.init(nullptr, 0, wanted);
@@ -116,9 +114,9 @@ public:
     Screen(const Options& chosen)
         : options(chosen) {}
 
-    Ko::VideoOutputDisplay& show(const Frame& frame, const std::string& caption) {
+    Ko::VideoOutputDisplay& show(const Ko::Image<>& frame, const std::string& caption) {
         // A window takes even sizes. What is odd loses its last column or row: a wrapping of the rest costs nothing.
-        Frame even(Ko::PF_YCC444P);
+        Ko::Image even(Ko::PF_YCC444P);
         even.size(frame.width & ~1u, frame.height & ~1u, false);
         for (int p = 0; p < 3; ++p)
             for (unsigned int y = 0; y < even.plane[p].height; ++y)
@@ -153,7 +151,7 @@ void play(const Options& options) {
     std::snprintf(rate, sizeof rate, "%.4g frames/s", source.rate());
     const auto period = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / source.rate()));
 
-    Frame frame(Ko::PF_YCC444P);
+    Ko::Image frame(Ko::PF_YCC444P);
     Ko::VideoOutputDisplay* display = nullptr;
     auto due = Clock::now();
     while (source.read(frame)) {

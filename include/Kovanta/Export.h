@@ -4,7 +4,7 @@
 /// Marks what the shared library exports; everything else is compiled with hidden visibility.
 #define KOVANTA_API __attribute__((visibility("default")))
 
-/// Marks private members that callers never reach, so that an exported class does not export them.
+/// Marks the definition of a class's Impl, which would be exported with the class that it belongs to.
 #define KOVANTA_LOCAL __attribute__((visibility("hidden")))
 
 #endif

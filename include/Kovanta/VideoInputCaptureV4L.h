@@ -5,7 +5,6 @@
 
 #include <linux/videodev2.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,7 +36,7 @@ public:
     /// @throws std::runtime_error "[VideoInputCaptureV4L::read]: Ioctl VIDIOC_QBUF failed: "
     /// @throws std::runtime_error "[VideoInputCaptureV4L::read]: Driver returned an unknown buffer."
     /// @throws what Image::size() and convertIm() throw
-    bool read(Image<unsigned char>& frame) override;
+    bool read(Image<>& frame) override;
     /// Does nothing. @return tell()
     long seek(long offset, VideoPosId origin) override;
     /// @return the number of frames delivered since init()
@@ -89,18 +88,13 @@ public:
     /// device takes. Called by init(); a device that is streaming refuses.
     /// @param format as read from the device, with the wished size and field
     /// @throws std::runtime_error "[VideoInputCaptureV4L::setFormat]: Pixel format of camera is not supported. Uncle
-    /// Brom
-    ///         wants YOU to implement it."
+    ///         Brom wants YOU to implement it."
     /// @throws std::runtime_error "[VideoInputCaptureV4L::setFormat]: Ioctl VIDIOC_S_FMT failed: "
     void setFormat(v4l2_format format);
 
 private:
-    struct State;
-    KOVANTA_LOCAL void openDevice(unsigned int device);
-    KOVANTA_LOCAL v4l2_format getFormat() const;
-    KOVANTA_LOCAL void mapBuffers(const v4l2_pix_format& format);
-
-    std::unique_ptr<State> state;
+    struct Impl;
+    std::unique_ptr<Impl> impl;
 };
 
 } // namespace Ko

@@ -3,9 +3,8 @@
 
 #include "Kovanta/VideoInputBase.h"
 
-#include <cstdint>
+#include <memory>
 #include <string>
-#include <vector>
 
 namespace Ko {
 
@@ -19,18 +18,19 @@ namespace Ko {
 class KOVANTA_API VideoInputImageFile : public VideoInput {
 public:
     /// Lists a directory and reads its first still, for the width and height.
-    /// @throws std::runtime_error "[VideoInputImageFile::VideoInputImageFile]: " + "Invalid image file directory
-    /// given!",
-    ///         "Error reading image directory! (REASON)" or "No image files found!"; what readImage() throws for the
-    ///         first still
+    /// @throws std::runtime_error "[VideoInputImageFile::VideoInputImageFile]: " followed by "Invalid image file
+    ///         directory given!", "Error reading image directory! (REASON)" or "No image files found!"; what
+    ///         readImage() throws for the first still
     VideoInputImageFile(std::string directory); // NOLINT(google-explicit-constructor)
+    VideoInputImageFile(const VideoInputImageFile&) = delete;
+    VideoInputImageFile& operator=(const VideoInputImageFile&) = delete;
     ~VideoInputImageFile() override;
 
     /// Delivers the next still in the pixel format that @p frame has and in the still's own size, which need not be
     /// that of the first.
     /// @return false at the end, with @p frame untouched
     /// @throws std::runtime_error "[VideoInputImageFile::read]: Error reading image! (REASON)"; the position stays
-    bool read(Image<unsigned char>& frame) override;
+    bool read(Image<>& frame) override;
     /// Moves to a still, and away from the end. Offsets count as unsigned numbers: VP_BEGIN goes to @p offset and
     /// VP_CURRENT that far on (a negative offset: back), either to the last still if that is not before it; VP_END goes
     /// @p offset back from the last still, or to the first if it is not that far.
@@ -39,6 +39,7 @@ public:
     long seek(long offset, VideoPosId origin) override;
     /// The index of the still that the next read() delivers; after the last, still that one's.
     long tell() const override;
+    /// Whether the last still was delivered and no seek() has come since.
     bool eof() const override;
     /// Width of the first still in pixels.
     unsigned int getWidth() const override;
@@ -48,12 +49,8 @@ public:
     long getLength() const override;
 
 private:
-    std::vector<std::string> paths;
-    std::uint64_t current = 0;
-    std::uint64_t last = 0;
-    bool atEnd = false;
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
+    struct Impl;
+    std::unique_ptr<Impl> impl;
 };
 
 } // namespace Ko

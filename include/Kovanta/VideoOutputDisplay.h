@@ -4,13 +4,8 @@
 #include "Kovanta/Export.h"
 #include "Kovanta/VideoOutputBase.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
-
-struct SDL_Overlay;
-struct SDL_Rect;
-struct SDL_Surface;
 
 /// The title that a new window gets, "VideoOutputDisplay". May be pointed at another text before a window is opened.
 extern KOVANTA_API char* DEFAULT_CAPTION;
@@ -47,10 +42,9 @@ public:
     /// @param fullscreen start in full screen, where the picture is stretched over the largest mode
     /// @throws std::logic_error "[VideoOutputDisplay::VideoOutputDisplay]: Width and height of must both be even!",
     ///         "[VideoOutputDisplay::VideoOutputDisplay]: Width and height must not be zero."
-    /// @throws std::runtime_error "[VideoOutputDisplay::VideoOutputDisplay]: " + "Unable to init SDL: ..." when there
-    /// is
-    ///         no X server, "No modes available.", "SDL_SetVideoMode failed: ..." or "SDL_CreateYUVOverlay failed:
-    ///         ..."; from "No modes available." on, SDL stays initialised
+    /// @throws std::runtime_error "[VideoOutputDisplay::VideoOutputDisplay]: " followed by "Unable to init SDL: ...",
+    ///         when there is no X server, by "No modes available.", by "SDL_SetVideoMode failed: ..." or by
+    ///         "SDL_CreateYUVOverlay failed: ..."; after all but the first SDL stays initialised
     VideoOutputDisplay(unsigned int windowWidth, unsigned int windowHeight, unsigned int width, unsigned int height,
                        bool fullscreen);
     VideoOutputDisplay(const VideoOutputDisplay&) = delete;
@@ -65,7 +59,7 @@ public:
     /// @throws std::logic_error "[VideoOutputDisplay::write]: Frame does not fit the display.", and that of convertIm()
     ///         for other formats; the next frame can be shown all the same
     /// @throws std::runtime_error, std::bad_alloc
-    bool write(const Image<unsigned char>& image) override;
+    bool write(const Image<>& image) override;
 
     /// Opens the window or the full screen anew, whichever is on.
     /// @throws std::runtime_error "[VideoOutputDisplay::setMode]: SDL_SetVideoMode failed: ..."
@@ -87,35 +81,8 @@ public:
     void setPaused(bool on);
 
 private:
-    struct KOVANTA_LOCAL OverlayDeleter {
-        void operator()(SDL_Overlay* overlay) const noexcept;
-    };
-
-    KOVANTA_LOCAL void initVideo();
-    KOVANTA_LOCAL void createOverlay();
-    KOVANTA_LOCAL void openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function);
-    KOVANTA_LOCAL void applyMode(const char* function);
-    KOVANTA_LOCAL void setWindowWidth(std::uint32_t w);
-    KOVANTA_LOCAL void setDisplayRect(std::uint32_t w, std::uint32_t h);
-    KOVANTA_LOCAL void blacken();
-    KOVANTA_LOCAL void lockOverlay();
-    KOVANTA_LOCAL void unlockOverlay();
-
-    SDL_Surface* screen = nullptr; // SDL's own
-    std::unique_ptr<SDL_Overlay, OverlayDeleter> overlay;
-    std::unique_ptr<SDL_Rect> displayRect;
-    std::uint32_t windowWidth;
-    std::uint32_t windowHeight = 1;
-    std::uint32_t width;
-    std::uint32_t height;
-    std::uint32_t fullscreenWidth = 0;
-    std::uint32_t fullscreenHeight = 0;
-    bool fullscreen;
-    bool quit = false;
-    bool stepMode = false;
-    bool paused = false;
-    bool locked = false; // the overlay stays locked when a conversion throws
-    bool blank = true;   // the overlay's memory was never written
+    struct Impl;
+    std::unique_ptr<Impl> impl;
 };
 
 } // namespace Ko

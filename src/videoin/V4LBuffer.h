@@ -18,7 +18,7 @@ struct V4LBuffer {
     bool wrap(const v4l2_pix_format& format);
 
     Mapping mapping;
-    Image<unsigned char> image;
+    Image<> image;
 };
 
 } // namespace Ko

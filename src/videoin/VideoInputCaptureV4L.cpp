@@ -120,7 +120,11 @@ private:
 
 } // namespace
 
-struct VideoInputCaptureV4L::State {
+struct KOVANTA_LOCAL VideoInputCaptureV4L::Impl {
+    void openDevice(unsigned int number);
+    v4l2_format getFormat() const;
+    void mapBuffers(const v4l2_pix_format& format);
+
     Descriptor device;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
@@ -133,10 +137,10 @@ struct VideoInputCaptureV4L::State {
 };
 
 VideoInputCaptureV4L::VideoInputCaptureV4L()
-    : state(std::make_unique<State>()) {
-    state->bufferRequest.count = 2;
-    state->bufferRequest.type = captureType;
-    state->bufferRequest.memory = V4L2_MEMORY_MMAP;
+    : impl(std::make_unique<Impl>()) {
+    impl->bufferRequest.count = 2;
+    impl->bufferRequest.type = captureType;
+    impl->bufferRequest.memory = V4L2_MEMORY_MMAP;
 }
 
 VideoInputCaptureV4L::~VideoInputCaptureV4L() {
@@ -148,47 +152,47 @@ VideoInputCaptureV4L::~VideoInputCaptureV4L() {
 }
 
 void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigned int height, unsigned int) {
-    if (state->isInit)
+    if (impl->isInit)
         VideoInputCaptureV4L::close();
-    state->frameCount = 0;
+    impl->frameCount = 0;
 
     /// Until the stream runs, whatever was set up is released again.
     struct Undo {
-        State* s;
+        Impl& camera;
         ~Undo() {
-            if (s->isInit)
+            if (camera.isInit)
                 return;
-            s->buffers.clear();
-            s->device.close();
+            camera.buffers.clear();
+            camera.device.close();
         }
-    } const undo{state.get()};
+    } const undo{*impl};
 
-    openDevice(device);
-    v4l2_format format = getFormat();
+    impl->openDevice(device);
+    v4l2_format format = impl->getFormat();
     format.fmt.pix.width = width;
     format.fmt.pix.height = height;
-    format.fmt.pix.field = state->field;
+    format.fmt.pix.field = impl->field;
     setFormat(format);
-    format = getFormat();
+    format = impl->getFormat();
     int input = 0;
-    state->device.ioctl(VIDIOC_S_INPUT, &input);
-    mapBuffers(format.fmt.pix);
+    impl->device.ioctl(VIDIOC_S_INPUT, &input);
+    impl->mapBuffers(format.fmt.pix);
     int type = captureType;
-    request(state->device, VIDIOC_STREAMON, &type, initName, "VIDIOC_STREAMON");
-    state->width = format.fmt.pix.width;
-    state->height = format.fmt.pix.height;
-    state->bufferRequest.count = static_cast<std::uint32_t>(state->buffers.size());
-    state->isInit = true;
+    request(impl->device, VIDIOC_STREAMON, &type, initName, "VIDIOC_STREAMON");
+    impl->width = format.fmt.pix.width;
+    impl->height = format.fmt.pix.height;
+    impl->bufferRequest.count = static_cast<std::uint32_t>(impl->buffers.size());
+    impl->isInit = true;
 }
 
-void VideoInputCaptureV4L::openDevice(unsigned int device) {
-    const std::string path = devicePath(device);
-    state->device = Descriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC));
-    if (!state->device.isOpen())
+void VideoInputCaptureV4L::Impl::openDevice(unsigned int number) {
+    const std::string path = devicePath(number);
+    device = Descriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (!device.isOpen())
         throwSystemError(initName, "Cannot open ", path);
 
     v4l2_capability capability{};
-    request(state->device, VIDIOC_QUERYCAP, &capability, initName, "VIDIOC_QUERYCAP");
+    request(device, VIDIOC_QUERYCAP, &capability, initName, "VIDIOC_QUERYCAP");
     // The first field speaks for all nodes of the driver together, as far as the second one exists.
     const std::uint32_t capabilities =
         (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps : capability.capabilities;
@@ -198,10 +202,10 @@ void VideoInputCaptureV4L::openDevice(unsigned int device) {
                                     "V4L2_CAP_STREAMING.");
 }
 
-v4l2_format VideoInputCaptureV4L::getFormat() const {
+v4l2_format VideoInputCaptureV4L::Impl::getFormat() const {
     v4l2_format format{};
     format.type = captureType;
-    request(state->device, VIDIOC_G_FMT, &format, initName, "VIDIOC_G_FMT");
+    request(device, VIDIOC_G_FMT, &format, initName, "VIDIOC_G_FMT");
     return format;
 }
 
@@ -209,7 +213,7 @@ void VideoInputCaptureV4L::setFormat(v4l2_format format) {
     // Many drivers do not refuse a format that they lack but answer with one that they have.
     const auto accepts = [&](const FormatPreference& preference) {
         format.fmt.pix.pixelformat = preference.fourcc;
-        return state->device.ioctl(VIDIOC_TRY_FMT, &format) != -1 && format.fmt.pix.pixelformat == preference.fourcc;
+        return impl->device.ioctl(VIDIOC_TRY_FMT, &format) != -1 && format.fmt.pix.pixelformat == preference.fourcc;
     };
     const FormatPreference* preference = fmtPrefs;
     while (preference->fourcc != 0 && !accepts(*preference))
@@ -217,58 +221,58 @@ void VideoInputCaptureV4L::setFormat(v4l2_format format) {
     if (preference->fourcc == 0)
         throwRuntimeError("VideoInputCaptureV4L::setFormat",
                           "Pixel format of camera is not supported. Uncle Brom wants YOU to implement it.");
-    state->pixelFormat = preference->format;
-    request(state->device, VIDIOC_S_FMT, &format, "VideoInputCaptureV4L::setFormat", "VIDIOC_S_FMT");
+    impl->pixelFormat = preference->format;
+    request(impl->device, VIDIOC_S_FMT, &format, "VideoInputCaptureV4L::setFormat", "VIDIOC_S_FMT");
 }
 
-void VideoInputCaptureV4L::mapBuffers(const v4l2_pix_format& format) {
-    v4l2_requestbuffers granted = state->bufferRequest;
-    request(state->device, VIDIOC_REQBUFS, &granted, initName, "VIDIOC_REQBUFS");
+void VideoInputCaptureV4L::Impl::mapBuffers(const v4l2_pix_format& format) {
+    v4l2_requestbuffers granted = bufferRequest;
+    request(device, VIDIOC_REQBUFS, &granted, initName, "VIDIOC_REQBUFS");
     for (std::uint32_t i = 0; i < granted.count; ++i) {
         v4l2_buffer record = mappedBuffer(i);
-        request(state->device, VIDIOC_QUERYBUF, &record, initName, "VIDIOC_QUERYBUF");
-        V4LBuffer& buffer = state->buffers.emplace_back(state->pixelFormat);
-        if (buffer.mapping.map(state->device, static_cast<off_t>(record.m.offset), record.length) == -1)
+        request(device, VIDIOC_QUERYBUF, &record, initName, "VIDIOC_QUERYBUF");
+        V4LBuffer& buffer = buffers.emplace_back(pixelFormat);
+        if (buffer.mapping.map(device, static_cast<off_t>(record.m.offset), record.length) == -1)
             throwSystemError(initName, "mmap failed");
         if (!buffer.wrap(format))
             throwRuntimeError(initName, "Driver's buffer is smaller than a frame.");
-        request(state->device, VIDIOC_QBUF, &record, initName, "VIDIOC_QBUF");
+        request(device, VIDIOC_QBUF, &record, initName, "VIDIOC_QBUF");
     }
 }
 
-bool VideoInputCaptureV4L::read(Image<unsigned char>& frame) {
-    frame.size(state->width, state->height, true);
+bool VideoInputCaptureV4L::read(Image<>& frame) {
+    frame.size(impl->width, impl->height, true);
     v4l2_buffer record = mappedBuffer(0);
-    if (state->device.ioctl(VIDIOC_DQBUF, &record) == -1) { // this one text has its brackets elsewhere
+    if (impl->device.ioctl(VIDIOC_DQBUF, &record) == -1) { // this one text has its brackets elsewhere
         const int error = errno;
         throw std::runtime_error(std::string("[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ") +
                                  std::strerror(error) + ".");
     }
-    if (record.index >= state->buffers.size())
+    if (record.index >= impl->buffers.size())
         throwRuntimeError("VideoInputCaptureV4L::read", "Driver returned an unknown buffer.");
-    Dequeued dequeued(state->device, record);
-    convertIm(frame, state->buffers[record.index].image);
+    Dequeued dequeued(impl->device, record);
+    convertIm(frame, impl->buffers[record.index].image);
     if (dequeued.queue() == -1)
         throwSystemError("VideoInputCaptureV4L::read", "Ioctl VIDIOC_QBUF failed");
-    frame.sequenceNumber = state->frameCount++;
+    frame.sequenceNumber = impl->frameCount++;
     return true;
 }
 
 void VideoInputCaptureV4L::close() {
-    if (!state->isInit)
+    if (!impl->isInit)
         return;
     // Closing the descriptor ends the stream. All is released and the object closed before the first failure is told.
-    state->isInit = false;
+    impl->isInit = false;
     std::string failure;
     const auto note = [&failure](int result, const char* call) {
         const int error = errno;
         if (result == -1 && failure.empty())
             failure = errorText("VideoInputCaptureV4L::close", std::string(call) + " failed", error);
     };
-    for (V4LBuffer& buffer : state->buffers)
+    for (V4LBuffer& buffer : impl->buffers)
         note(buffer.mapping.unmap(), "munmap");
-    state->buffers.clear();
-    note(state->device.close(), "close");
+    impl->buffers.clear();
+    note(impl->device.close(), "close");
     if (!failure.empty())
         throw std::runtime_error(failure);
 }
@@ -278,15 +282,15 @@ long VideoInputCaptureV4L::seek(long, VideoPosId) {
 }
 
 long VideoInputCaptureV4L::tell() const {
-    return static_cast<long>(state->frameCount);
+    return static_cast<long>(impl->frameCount);
 }
 
 unsigned int VideoInputCaptureV4L::getWidth() const {
-    return state->width;
+    return impl->width;
 }
 
 unsigned int VideoInputCaptureV4L::getHeight() const {
-    return state->height;
+    return impl->height;
 }
 
 long VideoInputCaptureV4L::getLength() const {
@@ -294,16 +298,16 @@ long VideoInputCaptureV4L::getLength() const {
 }
 
 void VideoInputCaptureV4L::setBufferCount(unsigned int count) {
-    state->bufferRequest.count = count;
+    impl->bufferRequest.count = count;
 }
 
 void VideoInputCaptureV4L::setFieldOrder(FIELD_ORDER order) {
     switch (order) {
     case FO_ANY:
-        state->field = V4L2_FIELD_ANY;
+        impl->field = V4L2_FIELD_ANY;
         return;
     case FO_TOP:
-        state->field = V4L2_FIELD_TOP;
+        impl->field = V4L2_FIELD_TOP;
         return;
     }
     throwLogicError("VideoInputCaptureV4L::setFieldOrder", "Unknown field order.");
@@ -327,7 +331,7 @@ std::vector<std::string> VideoInputCaptureV4L::listDevs() {
 }
 
 void VideoInputCaptureV4L::enumInputs() const {
-    enumerate(state->device, VIDIOC_ENUMINPUT, cameraInput(), [](const v4l2_input& input) {
+    enumerate(impl->device, VIDIOC_ENUMINPUT, cameraInput(), [](const v4l2_input& input) {
         std::cout << "VideoInputCaptureV4L::enumInputs: Input: " << input.index << ": " << text(input.name)
                   << std::endl;
         return true;
@@ -335,7 +339,7 @@ void VideoInputCaptureV4L::enumInputs() const {
 }
 
 void VideoInputCaptureV4L::enumFmts() const {
-    enumerate(state->device, VIDIOC_ENUM_FMT, captureFormat(), [](const v4l2_fmtdesc& format) {
+    enumerate(impl->device, VIDIOC_ENUM_FMT, captureFormat(), [](const v4l2_fmtdesc& format) {
         std::cout << "[VideoInputCaptureV4L::enumFmts]: " << text(format.description) << std::endl;
         return true;
     });
@@ -343,7 +347,7 @@ void VideoInputCaptureV4L::enumFmts() const {
 
 std::string VideoInputCaptureV4L::fmt2string(unsigned int fourcc) const {
     std::string description = "unknown";
-    enumerate(state->device, VIDIOC_ENUM_FMT, captureFormat(), [&](const v4l2_fmtdesc& format) {
+    enumerate(impl->device, VIDIOC_ENUM_FMT, captureFormat(), [&](const v4l2_fmtdesc& format) {
         if (format.pixelformat != fourcc)
             return true;
         description = text(format.description);
@@ -354,7 +358,7 @@ std::string VideoInputCaptureV4L::fmt2string(unsigned int fourcc) const {
 
 std::string VideoInputCaptureV4L::std2string(unsigned long long standard) const {
     std::string names;
-    enumerate(state->device, VIDIOC_ENUMSTD, v4l2_standard{}, [&](const v4l2_standard& candidate) {
+    enumerate(impl->device, VIDIOC_ENUMSTD, v4l2_standard{}, [&](const v4l2_standard& candidate) {
         if ((candidate.id & standard) != 0)
             names += text(candidate.name) + " ";
         return true;

@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <iterator>
 #include <stdexcept>
+#include <vector>
 
 namespace Ko {
 
@@ -48,36 +50,46 @@ std::vector<std::string> listStills(const fs::path& directory) {
 
 } // namespace
 
-VideoInputImageFile::VideoInputImageFile(std::string directory) { // NOLINT(performance-unnecessary-value-param)
+struct KOVANTA_LOCAL VideoInputImageFile::Impl {
+    std::vector<std::string> paths;
+    std::uint64_t current = 0;
+    std::uint64_t last = 0;
+    bool atEnd = false;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+};
+
+VideoInputImageFile::VideoInputImageFile(std::string directory) // NOLINT(performance-unnecessary-value-param)
+    : impl(std::make_unique<Impl>()) {
     const fs::path path(directory);
     if (!isDirectory(path))
         throwRuntimeError(constructorName, "Invalid image file directory given!");
-    paths = listStills(path);
-    if (paths.empty())
+    impl->paths = listStills(path);
+    if (impl->paths.empty())
         throwRuntimeError(constructorName, "No image files found!");
-    last = paths.size() - 1;
-    atEnd = paths.size() == 1;
+    impl->last = impl->paths.size() - 1;
+    impl->atEnd = impl->paths.size() == 1;
 
-    Image<unsigned char> first(PF_YCC444P);
-    readImage(first, paths.front());
-    width = first.width;
-    height = first.height;
+    Image first(PF_YCC444P);
+    readImage(first, impl->paths.front());
+    impl->width = first.width;
+    impl->height = first.height;
 }
 
 VideoInputImageFile::~VideoInputImageFile() = default;
 
-bool VideoInputImageFile::read(Image<unsigned char>& frame) {
-    if (atEnd)
+bool VideoInputImageFile::read(Image<>& frame) {
+    if (impl->atEnd)
         return false;
     try {
-        readImage(frame, paths[current]);
+        readImage(frame, impl->paths[impl->current]);
     } catch (const std::exception& e) {
         throwRuntimeError("VideoInputImageFile::read", "Error reading image!", e.what());
     }
-    if (current == last)
-        atEnd = true;
+    if (impl->current == impl->last)
+        impl->atEnd = true;
     else
-        ++current;
+        ++impl->current;
     return true;
 }
 
@@ -85,39 +97,39 @@ long VideoInputImageFile::seek(long offset, VideoPosId origin) {
     const auto distance = static_cast<std::uint64_t>(offset);
     switch (origin) {
     case VP_BEGIN:
-        current = std::min(distance, last);
+        impl->current = std::min(distance, impl->last);
         break;
     case VP_CURRENT:
-        current = std::min(current + distance, last);
+        impl->current = std::min(impl->current + distance, impl->last);
         break;
     case VP_END:
-        current = distance < last ? last - distance : 0;
+        impl->current = distance < impl->last ? impl->last - distance : 0;
         break;
     default:
         throwLogicError("VideoInputImageFile::seek", "Erroneous position indicator given!");
     }
-    atEnd = false;
-    return static_cast<long>(current);
+    impl->atEnd = false;
+    return static_cast<long>(impl->current);
 }
 
 long VideoInputImageFile::tell() const {
-    return static_cast<long>(current);
+    return static_cast<long>(impl->current);
 }
 
 bool VideoInputImageFile::eof() const {
-    return atEnd;
+    return impl->atEnd;
 }
 
 unsigned int VideoInputImageFile::getWidth() const {
-    return width;
+    return impl->width;
 }
 
 unsigned int VideoInputImageFile::getHeight() const {
-    return height;
+    return impl->height;
 }
 
 long VideoInputImageFile::getLength() const {
-    return static_cast<long>(paths.size());
+    return static_cast<long>(impl->paths.size());
 }
 
 } // namespace Ko

@@ -1,7 +1,7 @@
 #include "Kovanta/VideoOutputDisplay.h"
 
 #include "Kovanta/ConvertIm.h"
-#include "videoout/DisplayText.h"
+#include "util/Errors.h"
 #include "videoout/SdlDriver.h"
 #include "videoout/XErrors.h"
 
@@ -9,9 +9,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <iostream>
-#include <stdexcept>
 
 namespace {
 
@@ -26,12 +26,15 @@ namespace Ko {
 namespace {
 
 constexpr Uint32 windowFlags = SDL_HWSURFACE | SDL_RESIZABLE | SDL_DOUBLEBUF;
-constexpr char constructor[] = "VideoOutputDisplay";
+constexpr char constructorName[] = "VideoOutputDisplay::VideoOutputDisplay";
+constexpr char writeName[] = "VideoOutputDisplay::write";
+constexpr char setModeName[] = "VideoOutputDisplay::setMode";
+constexpr char pollName[] = "VideoOutputDisplay::videoPollEvents";
 constexpr std::uint32_t largestWindow = 32767; // coordinates of X and SDL have 16 bits
 constexpr std::uint32_t largestPitch = 65535;  // of an overlay; SDL cuts larger ones off without a word
 
-[[noreturn]] void fail(const char* function, const std::string& call, const std::string& reason) {
-    throw std::runtime_error(displayText(function, call + " failed: " + reason + "."));
+[[noreturn]] void throwFailed(const char* function, const char* call, const std::string& reason) {
+    throwRuntimeError(function, std::string(call) + " failed: " + reason + ".");
 }
 
 /// Runs one step of tearing down; what the X server's end makes of it is printed.
@@ -46,83 +49,75 @@ bool survives(Step step) noexcept {
     }
 }
 
+struct OverlayDeleter {
+    void operator()(SDL_Overlay* freed) const noexcept {
+        survives([freed] { SDL_FreeYUVOverlay(freed); });
+    }
+};
+
 } // namespace
 
-VideoOutputDisplay::VideoOutputDisplay(unsigned int windowW, unsigned int, unsigned int w, unsigned int h, bool full)
+struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
+    Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full);
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+    ~Impl();
+
+    void initVideo();
+    void createOverlay();
+    void openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function);
+    void applyMode(const char* function);
+    void setWindowWidth(std::uint32_t w);
+    void setDisplayRect(std::uint32_t w, std::uint32_t h);
+    void blacken();
+    void lockOverlay();
+    void show();
+    void handle(const SDL_Event& event);
+
+    SDL_Surface* screen = nullptr; // SDL's own
+    std::unique_ptr<SDL_Overlay, OverlayDeleter> overlay;
+    SDL_Rect displayRect{}; // at 0, 0 for ever
+    std::uint32_t windowWidth = 1;
+    std::uint32_t windowHeight = 1;
+    std::uint32_t width;
+    std::uint32_t height;
+    std::uint32_t fullscreenWidth = 0;
+    std::uint32_t fullscreenHeight = 0;
+    bool fullscreen;
+    bool quit = false;
+    bool stepMode = false;
+    bool paused = false;
+    bool locked = false; // the overlay stays locked when a conversion throws
+    bool blank = true;   // the overlay's memory was never written
+};
+
+VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full)
     : width(w)
     , height(h)
     , fullscreen(full) {
     if (width == 0 || height == 0)
-        throw std::logic_error(displayText(constructor, "Width and height must not be zero."));
+        throwLogicError(constructorName, "Width and height must not be zero.");
     setWindowWidth(windowW);
     if (width % 2 != 0 || height % 2 != 0)
-        throw std::logic_error(displayText(constructor, "Width and height of must both be even!"));
+        throwLogicError(constructorName, "Width and height of must both be even!");
 
     if (XErrors::takeLoss())
         SDL_Quit(); // of a display whose construction ended so
-    const XErrors::Operation operation(constructor);
+    const XErrors::Operation operation(constructorName);
     initVideo();
-    displayRect = std::make_unique<SDL_Rect>(); // at 0, 0 for ever
     if (fullscreen)
-        openScreen(1, 1, windowFlags, constructor);
+        openScreen(1, 1, windowFlags, constructorName);
     SDL_Delay(100);
-    applyMode(constructor);
+    applyMode(constructorName);
     SDL_WM_SetCaption(DEFAULT_CAPTION, DEFAULT_CAPTION);
     createOverlay();
     SDL_EnableKeyRepeat(500, 30);
     operation.check();
 }
 
-void VideoOutputDisplay::initVideo() {
-    XErrors::install();
-    {
-        const SdlDriver driver;
-        if (SDL_Init(SDL_INIT_VIDEO) < 0) {
-            XErrors::remove();
-            throw std::runtime_error(
-                displayText(constructor, std::string("Unable to init SDL: ") + SDL_GetError() + ".\n"));
-        }
-    }
-    char driver[127];
-    SDL_VideoDriverName(driver, sizeof driver); // for whoever looks on with a debugger
-    // Before a first mode is set, this is the desktop's size; it holds where any mode will do.
-    if (const SDL_VideoInfo* const desktop = SDL_GetVideoInfo()) {
-        fullscreenWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
-        fullscreenHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
-    }
-    SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
-    const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
-    if (!modes || (modes != anyMode && !modes[0]))
-        throw std::runtime_error(displayText(constructor, "No modes available."));
-    if (modes != anyMode) {
-        fullscreenWidth = modes[0]->w;
-        fullscreenHeight = modes[0]->h;
-    }
-}
-
-void VideoOutputDisplay::createOverlay() {
-    const char* const call = "SDL_CreateYUVOverlay";
-    // Four bytes a pixel at most, counted in int by SDL.
-    if (width > largestPitch || height > 0x7fffffffu / 4 / width)
-        fail(constructor, call, "Frames too large");
-    overlay.reset(SDL_CreateYUVOverlay(static_cast<int>(width), static_cast<int>(height), SDL_YV12_OVERLAY, screen));
-    if (!overlay)
-        fail(constructor, call, SDL_GetError());
-    if (overlay->pitches[0] < width || overlay->pitches[1] < width / 2 || overlay->pitches[2] < width / 2)
-        fail(constructor, call, "Unusable layout");
-}
-
-void VideoOutputDisplay::blacken() {
-    for (int p = 0; p < 3; ++p)
-        std::memset(overlay->pixels[p], p == 0 ? 16 : 128,
-                    std::size_t{overlay->pitches[p]} * (p == 0 ? height : height / 2));
-    blank = false;
-}
-
-VideoOutputDisplay::~VideoOutputDisplay() {
+VideoOutputDisplay::Impl::~Impl() {
     XErrors::takeLoss();
-    const XErrors::Operation operation("~VideoOutputDisplay");
-    displayRect.reset();
+    const XErrors::Operation operation("VideoOutputDisplay::~VideoOutputDisplay");
     overlay.reset();
     // Losing the server on the way leaves SDL half closed; it knows by then and finishes without the server.
     if (!survives([] { SDL_Quit(); }))
@@ -131,31 +126,53 @@ VideoOutputDisplay::~VideoOutputDisplay() {
     XErrors::remove();
 }
 
-void VideoOutputDisplay::OverlayDeleter::operator()(SDL_Overlay* freed) const noexcept {
-    survives([freed] { SDL_FreeYUVOverlay(freed); });
+void VideoOutputDisplay::Impl::initVideo() {
+    XErrors::install();
+    {
+        const SdlDriver driver;
+        if (SDL_Init(SDL_INIT_VIDEO) < 0) {
+            XErrors::remove();
+            throwRuntimeError(constructorName, std::string("Unable to init SDL: ") + SDL_GetError() + ".\n");
+        }
+    }
+    // Before a first mode is set, this is the desktop's size; it holds where any mode will do.
+    if (const SDL_VideoInfo* const desktop = SDL_GetVideoInfo()) {
+        fullscreenWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
+        fullscreenHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
+    }
+    SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
+    const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
+    if (!modes || (modes != anyMode && !modes[0]))
+        throwRuntimeError(constructorName, "No modes available.");
+    if (modes != anyMode) {
+        fullscreenWidth = modes[0]->w;
+        fullscreenHeight = modes[0]->h;
+    }
 }
 
-void VideoOutputDisplay::setWindowWidth(std::uint32_t w) {
-    windowWidth = std::max<std::uint32_t>(1, w);
-    windowHeight = std::max<std::uint32_t>(1, height * windowWidth / width);
+void VideoOutputDisplay::Impl::createOverlay() {
+    const char* const call = "SDL_CreateYUVOverlay";
+    // Four bytes a pixel at most, counted in int by SDL.
+    if (width > largestPitch || height > 0x7fffffffu / 4 / width)
+        throwFailed(constructorName, call, "Frames too large");
+    overlay.reset(SDL_CreateYUVOverlay(static_cast<int>(width), static_cast<int>(height), SDL_YV12_OVERLAY, screen));
+    if (!overlay)
+        throwFailed(constructorName, call, SDL_GetError());
+    if (overlay->pitches[0] < width || overlay->pitches[1] < width / 2 || overlay->pitches[2] < width / 2)
+        throwFailed(constructorName, call, "Unusable layout");
 }
 
-void VideoOutputDisplay::setDisplayRect(std::uint32_t w, std::uint32_t h) {
-    displayRect->w = static_cast<Uint16>(w);
-    displayRect->h = static_cast<Uint16>(h);
-}
-
-void VideoOutputDisplay::openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function) {
+void VideoOutputDisplay::Impl::openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function) {
     const char* const call = "SDL_SetVideoMode";
     screen = nullptr;
     if (w > largestWindow || h > largestWindow)
-        fail(function, call, "Window too large");
+        throwFailed(function, call, "Window too large");
     screen = SDL_SetVideoMode(static_cast<int>(w), static_cast<int>(h), 0, flags);
     if (!screen)
-        fail(function, call, SDL_GetError());
+        throwFailed(function, call, SDL_GetError());
 }
 
-void VideoOutputDisplay::applyMode(const char* function) {
+void VideoOutputDisplay::Impl::applyMode(const char* function) {
     if (fullscreen) {
         SDL_ShowCursor(SDL_DISABLE);
         openScreen(fullscreenWidth, fullscreenHeight, windowFlags | static_cast<Uint32>(SDL_FULLSCREEN), function);
@@ -167,111 +184,138 @@ void VideoOutputDisplay::applyMode(const char* function) {
     }
 }
 
+void VideoOutputDisplay::Impl::setWindowWidth(std::uint32_t w) {
+    windowWidth = std::max<std::uint32_t>(1, w);
+    windowHeight = std::max<std::uint32_t>(1, height * windowWidth / width);
+}
+
+void VideoOutputDisplay::Impl::setDisplayRect(std::uint32_t w, std::uint32_t h) {
+    displayRect.w = static_cast<Uint16>(w);
+    displayRect.h = static_cast<Uint16>(h);
+}
+
+void VideoOutputDisplay::Impl::blacken() {
+    for (int p = 0; p < 3; ++p)
+        std::memset(overlay->pixels[p], p == 0 ? 16 : 128,
+                    std::size_t{overlay->pitches[p]} * (p == 0 ? height : height / 2));
+    blank = false;
+}
+
+void VideoOutputDisplay::Impl::lockOverlay() {
+    if (locked)
+        return;
+    if (SDL_LockYUVOverlay(overlay.get()) != 0)
+        throwFailed(writeName, "SDL_LockYUVOverlay", SDL_GetError());
+    locked = true;
+}
+
+void VideoOutputDisplay::Impl::show() {
+    SDL_UnlockYUVOverlay(overlay.get());
+    locked = false;
+    SDL_DisplayYUVOverlay(overlay.get(), &displayRect);
+}
+
+void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
+    if (event.type == SDL_QUIT) {
+        quit = true;
+    } else if (event.type == SDL_VIDEORESIZE) {
+        setWindowWidth(static_cast<std::uint32_t>(std::max(1, event.resize.w)));
+        setDisplayRect(windowWidth, windowHeight);
+        openScreen(windowWidth, windowHeight, windowFlags, pollName);
+    } else if (event.type == SDL_KEYDOWN) {
+        switch (event.key.keysym.sym) {
+        case SDLK_f:
+            fullscreen = !fullscreen;
+            applyMode(pollName);
+            break;
+        case SDLK_p:
+        case SDLK_PAUSE:
+            paused = !paused;
+            stepMode = !stepMode;
+            break;
+        case SDLK_SPACE:
+            if (stepMode)
+                paused = false;
+            break;
+        case SDLK_q:
+            quit = true;
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+VideoOutputDisplay::VideoOutputDisplay(unsigned int windowWidth, unsigned int, unsigned int width, unsigned int height,
+                                       bool fullscreen)
+    : impl(std::make_unique<Impl>(windowWidth, width, height, fullscreen)) {}
+
+VideoOutputDisplay::~VideoOutputDisplay() = default;
+
 void VideoOutputDisplay::setMode() {
-    const XErrors::Operation operation("setMode");
-    applyMode("setMode");
+    const XErrors::Operation operation(setModeName);
+    impl->applyMode(setModeName);
     operation.check();
 }
 
 void VideoOutputDisplay::toggleFullscreen(bool on) {
-    fullscreen = on;
+    impl->fullscreen = on;
     setMode();
 }
 
 void VideoOutputDisplay::setCaption(const std::string& caption) {
-    const XErrors::Operation operation("setCaption");
+    const XErrors::Operation operation("VideoOutputDisplay::setCaption");
     SDL_WM_SetCaption(caption.c_str(), caption.c_str());
     operation.check();
 }
 
 bool VideoOutputDisplay::getQuit() const {
-    return quit;
+    return impl->quit;
 }
 
 bool VideoOutputDisplay::getPaused() const {
-    return paused;
+    return impl->paused;
 }
 
 void VideoOutputDisplay::setPaused(bool on) {
-    paused = on;
+    impl->paused = on;
 }
 
-void VideoOutputDisplay::lockOverlay() {
-    if (locked)
-        return;
-    if (SDL_LockYUVOverlay(overlay.get()) != 0)
-        fail("write", "SDL_LockYUVOverlay", SDL_GetError());
-    locked = true;
-}
-
-void VideoOutputDisplay::unlockOverlay() {
-    SDL_UnlockYUVOverlay(overlay.get());
-    locked = false;
-}
-
-bool VideoOutputDisplay::write(const Image<unsigned char>& image) {
-    const XErrors::Operation operation("write");
-    if (image.width > width || image.height > height || (image.width != width && image.height != height))
-        throw std::logic_error(displayText("write", "Frame does not fit the display."));
-    if (!screen)
-        fail("write", "SDL_SetVideoMode", "No window");
+bool VideoOutputDisplay::write(const Image<>& image) {
+    const XErrors::Operation operation(writeName);
+    if (image.width > impl->width || image.height > impl->height ||
+        (image.width != impl->width && image.height != impl->height))
+        throwLogicError(writeName, "Frame does not fit the display.");
+    if (!impl->screen)
+        throwFailed(writeName, "SDL_SetVideoMode", "No window");
 
     // YV12 keeps Cr before Cb.
     constexpr int overlayPlane[3] = {0, 2, 1};
-    Image<unsigned char> target(PF_YCC420P);
+    Image target(PF_YCC420P);
     target.size(image.width, image.height, false);
-    lockOverlay();
-    if (blank) // a frame which does not cover everything must not have chance memory beside it
-        blacken();
+    impl->lockOverlay();
+    if (impl->blank) // a frame which does not cover everything must not have chance memory beside it
+        impl->blacken();
     for (int p = 0; p < 3; ++p) {
         Array2D<unsigned char>& plane = target.plane[p];
         const int source = overlayPlane[p];
         for (std::size_t r = 0; plane.rows && r < plane.height; ++r)
-            plane.rows[r] = overlay->pixels[source] + r * overlay->pitches[source];
+            plane.rows[r] = impl->overlay->pixels[source] + r * impl->overlay->pitches[source];
     }
     convertIm(target, image);
-    unlockOverlay();
-    SDL_DisplayYUVOverlay(overlay.get(), displayRect.get());
-    if (stepMode)
-        paused = true;
+    impl->show();
+    if (impl->stepMode)
+        impl->paused = true;
     operation.check();
     videoPollEvents();
     return true;
 }
 
 void VideoOutputDisplay::videoPollEvents() {
-    const XErrors::Operation operation("videoPollEvents");
+    const XErrors::Operation operation(pollName);
     SDL_Event event;
-    while (SDL_PollEvent(&event) != 0) {
-        if (event.type == SDL_QUIT) {
-            quit = true;
-        } else if (event.type == SDL_VIDEORESIZE) {
-            setWindowWidth(static_cast<std::uint32_t>(std::max(1, event.resize.w)));
-            setDisplayRect(windowWidth, windowHeight);
-            openScreen(windowWidth, windowHeight, windowFlags, "videoPollEvents");
-        } else if (event.type == SDL_KEYDOWN) {
-            switch (event.key.keysym.sym) {
-            case SDLK_f:
-                fullscreen = !fullscreen;
-                applyMode("videoPollEvents");
-                break;
-            case SDLK_p:
-            case SDLK_PAUSE:
-                paused = !paused;
-                stepMode = !stepMode;
-                break;
-            case SDLK_SPACE:
-                if (stepMode)
-                    paused = false;
-                break;
-            case SDLK_q:
-                quit = true;
-                break;
-            default:
-                break;
-            }
-        }
-    }
+    while (SDL_PollEvent(&event) != 0)
+        impl->handle(event);
     operation.check();
 }
 

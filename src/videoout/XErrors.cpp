@@ -1,10 +1,9 @@
 #include "videoout/XErrors.h"
 
-#include "videoout/DisplayText.h"
+#include "util/Errors.h"
 
 #include <X11/Xlib.h>
 
-#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -22,7 +21,7 @@ bool lost = false;
 ::XIOErrorHandler earlierIOHandler = nullptr;
 
 [[noreturn]] void throwLost(const char* name) {
-    throw std::runtime_error(displayText(name, "Lost the connection to the X server."));
+    throwRuntimeError(name, "Lost the connection to the X server.");
 }
 
 int onError(::Display* display, ::XErrorEvent* event) {
@@ -80,7 +79,7 @@ void Operation::check() const {
         return;
     const std::string text = lastError;
     lastError[0] = '\0';
-    throw std::runtime_error(displayText(operation, "X error: " + text + "."));
+    throwRuntimeError(operation, "X error: " + text + ".");
 }
 
 } // namespace XErrors

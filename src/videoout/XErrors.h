@@ -14,18 +14,19 @@ void remove() noexcept;
 bool takeLoss() noexcept;
 
 /// While one lives, X errors of this thread belong to the named operation; otherwise they go to the earlier handlers.
-/// A lost connection throws from inside Xlib, because Xlib cannot go on: "[VideoOutputDisplay::<name>]: Lost the
-/// connection to the X server.".
+/// A lost connection throws from inside Xlib, because Xlib cannot go on: "[NAME]: Lost the connection to the X
+/// server.".
 class Operation {
 public:
-    /// @throws std::runtime_error "... Lost the connection to the X server." again once it is lost: SDL would go on
-    /// with a null connection, which ends the process
+    /// @param name "Class::operation", kept as a pointer
+    /// @throws std::runtime_error "[NAME]: Lost the connection to the X server." again once it is lost: SDL would go on
+    ///         with a null connection, which ends the process
     explicit Operation(const char* name);
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
     ~Operation();
 
-    /// @throws std::runtime_error "[VideoOutputDisplay::<name>]: X error: <text>." if one arrived
+    /// @throws std::runtime_error "[NAME]: X error: TEXT." if one arrived
     void check() const;
 
 private:
