@@ -72,7 +72,7 @@ Picture vectors() {
 Picture glyphs() {
     Picture im = blank(48, 32);
     Ko::Font font;
-    font.init(nullptr, 0, 14);
+    font.init(14);
     font.drawText(im, "Ag&9\nKo::", {3, 11}, ink);
     return im;
 }
@@ -82,7 +82,7 @@ Picture paragraph() {
     int y = 0;
     for (const unsigned int size : {9u, 12u, 16u, 22u, 32u, 44u}) {
         Ko::Font font;
-        font.init(nullptr, 0, size);
+        font.init(size);
         y += static_cast<int>(size) + 4;
         font.drawText(im, "Frame 128, 0:05.12", {8, y}, size % 3 == 0 ? ink : size % 3 == 1 ? blue : red);
     }

@@ -13,12 +13,30 @@ struct Point {
     T y;
 };
 
+template <class T>
+constexpr bool operator==(const Point<T>& a, const Point<T>& b) {
+    return a.x == b.x && a.y == b.y;
+}
+template <class T>
+constexpr bool operator!=(const Point<T>& a, const Point<T>& b) {
+    return !(a == b);
+}
+
 /// A displacement in pixels.
 template <class T>
 struct Vector2D {
     T x;
     T y;
 };
+
+template <class T>
+constexpr bool operator==(const Vector2D<T>& a, const Vector2D<T>& b) {
+    return a.x == b.x && a.y == b.y;
+}
+template <class T>
+constexpr bool operator!=(const Vector2D<T>& a, const Vector2D<T>& b) {
+    return !(a == b);
+}
 
 /// A box by two corners; both corners belong to its outline.
 template <class T>
@@ -29,6 +47,15 @@ struct Bbox {
     T bottom;
 };
 
+template <class T>
+constexpr bool operator==(const Bbox<T>& a, const Bbox<T>& b) {
+    return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+}
+template <class T>
+constexpr bool operator!=(const Bbox<T>& a, const Bbox<T>& b) {
+    return !(a == b);
+}
+
 /// A colour as studio-range Y'CbCr samples (ITU-R BT.601), written unchanged into planes 0, 1 and 2.
 struct YCCColor {
     unsigned char y;
@@ -36,28 +63,47 @@ struct YCCColor {
     unsigned char cr;
 };
 
+constexpr bool operator==(const YCCColor& a, const YCCColor& b) {
+    return a.y == b.y && a.cb == b.cb && a.cr == b.cr;
+}
+constexpr bool operator!=(const YCCColor& a, const YCCColor& b) {
+    return !(a == b);
+}
+
 /// @name Drawing
 /// Targets are PF_YCC444P or PF_YCCA4444P images (alpha is left alone); the format is not checked. Any coordinates
 /// are allowed: pixels outside the image are skipped, and cost nothing. One thread at a time per image.
 /// @{
 
 /// Draws a line, both ends included, by the integer Bresenham rule; the same pixels in either direction.
-KOVANTA_API void drawLine(Image<unsigned char>& im, int x0, int y0, int x1, int y1, YCCColor c);
+KOVANTA_API void drawLine(Image<>& im, int x0, int y0, int x1, int y1, YCCColor c);
 /// @overload
-KOVANTA_API void drawLine(Image<unsigned char>& im, Point<int> p0, Point<int> p1, YCCColor c);
+KOVANTA_API void drawLine(Image<>& im, Point<int> p0, Point<int> p1, YCCColor c);
 
 /// Draws a box: its outline, both corners included, or filled, which leaves out the row `bottom`.
-KOVANTA_API void drawBbox(Image<unsigned char>& im, const Bbox<int>& b, const YCCColor& c, bool filled);
+KOVANTA_API void drawBbox(Image<>& im, const Bbox<int>& b, const YCCColor& c, bool filled);
 
 /// Draws a vector from @p p: a shaft and, unless the vector is shorter than the head, a triangle whose base of half
 /// width @p headSize lies that far back from the tip. A zero vector draws its one pixel.
 /// @param headSize in pixels
-KOVANTA_API void drawVector2D(Image<unsigned char>& im, const Vector2D<int>& v, const Point<int>& p,
-                              unsigned int headSize, const YCCColor& c);
+KOVANTA_API void drawVector2D(Image<>& im, const Vector2D<int>& v, const Point<int>& p, unsigned int headSize,
+                              const YCCColor& c);
 /// @overload
 /// The components are rounded to the nearest integers, halves away from zero.
-KOVANTA_API void drawVector2D(Image<unsigned char>& im, const Vector2D<float>& v, const Point<int>& p,
-                              unsigned int headSize, const YCCColor& c);
+KOVANTA_API void drawVector2D(Image<>& im, const Vector2D<float>& v, const Point<int>& p, unsigned int headSize,
+                              const YCCColor& c);
+/// @overload
+/// The vector in braces alone: `drawVector2D(im, {3, 4}, {10, 10}, 3, c)`.
+inline void drawVector2D(Image<>& im, const int (&v)[2], const Point<int>& p, unsigned int headSize,
+                         const YCCColor& c) {
+    drawVector2D(im, Vector2D<int>{v[0], v[1]}, p, headSize, c);
+}
+/// @overload
+/// The same for `{3.5f, -4.2f}`.
+inline void drawVector2D(Image<>& im, const float (&v)[2], const Point<int>& p, unsigned int headSize,
+                         const YCCColor& c) {
+    drawVector2D(im, Vector2D<float>{v[0], v[1]}, p, headSize, c);
+}
 /// @}
 
 } // namespace Ko

@@ -5,12 +5,10 @@
 #include "Kovanta/Export.h"
 #include "Kovanta/Image.h"
 
+#include <memory>
 #include <string>
-#include <vector>
 
-struct FT_LibraryRec_;
-struct FT_FaceRec_;
-struct FT_BitmapGlyphRec_;
+struct FT_FaceRec_; // what FT_Face points to; renderChar() takes one
 
 /// The built-in font: the TrueType file of Luxi Mono Regular.
 extern KOVANTA_API const unsigned char luximr_ttf[];
@@ -24,6 +22,10 @@ namespace Ko {
 /// init() rasterises the characters 0 to 127 of a font once, at one size; drawText() then only blends the stored
 /// glyphs, without allocating. A font that was not initialised draws nothing.
 ///
+/// Font files may come from strangers: one that is damaged ends in a font or an exception. A character that would take
+/// more than 16 times the font's size in either direction (and 64 pixels) is refused, as a few bytes can ask for
+/// gigabytes that way.
+///
 /// Fonts move but do not copy; a moved-from font is as default-constructed. drawText() may run in several threads on
 /// one font for different images; everything else is one thread at a time per object. Different fonts are independent.
 class KOVANTA_API Font {
@@ -35,7 +37,13 @@ public:
     Font& operator=(Font&& other) noexcept;
     ~Font();
 
-    /// Loads a font file in any format that FreeType reads.
+    /// Loads the built-in font.
+    /// @param pixelSize the nominal size in pixels, also the distance of two lines
+    /// @throws std::runtime_error as init() from memory; std::bad_alloc
+    void init(unsigned int pixelSize);
+
+    /// Loads a font file in any format that FreeType reads. The file is read whole before it is looked at, so that it
+    /// may shrink or go meanwhile; one of more than 1 GiB is none.
     /// @param pixelSize the nominal size in pixels, also the distance of two lines
     /// @throws std::runtime_error "[Font::init]: FT_Init_FreeType failed.", "[Font::init]: Cannot load font file.",
     ///         "[Font::init]: FT_Set_Pixel_Sizes failed.", and what renderChar() throws; std::bad_alloc
@@ -58,7 +66,8 @@ public:
     /// does so for all of them. The glyph belongs to the library of @p face, which must outlive this font. A character
     /// that the font lacks becomes its missing-glyph shape.
     /// @throws std::runtime_error "[Font::renderChar]: FT_Load_Glyph failed.", "[Font::renderChar]: FT_Get_Glyph
-    ///         failed.", "[Font::renderChar]: FT_Glyph_To_Bitmap failed."; std::bad_alloc
+    ///         failed.", "[Font::renderChar]: FT_Glyph_To_Bitmap failed.", also for a character of absurd size;
+    ///         std::bad_alloc
     void renderChar(FT_FaceRec_* face, unsigned char code);
 
     /// Draws text, clipped to the image: a glyph that crosses the right or bottom edge leaves the last column or row
@@ -66,14 +75,11 @@ public:
     /// draw nothing and do not advance the pen.
     /// @param im PF_YCC444P or PF_YCCA4444P (alpha is left alone); the format is not checked
     /// @param pen left end of the baseline, in pixels
-    void drawText(Image<unsigned char>& im, const std::string& text, Point<int> pen, YCCColor color) const;
+    void drawText(Image<>& im, const std::string& text, Point<int> pen, YCCColor color) const;
 
 private:
-    KOVANTA_LOCAL void release() noexcept;
-
-    std::vector<FT_BitmapGlyphRec_*> glyphs; // owned; the index is the character code
-    unsigned int pixelSize = 0;
-    FT_LibraryRec_* library = nullptr; // owned; outlives the glyphs
+    struct Impl;
+    std::unique_ptr<Impl> impl; // null until the first init() or renderChar()
 };
 
 } // namespace Ko

@@ -10,6 +10,16 @@ struct Frac {
     T den; ///< Denominator.
 };
 
+/// Equal in both fields: 1/2 and 2/4 differ.
+template <class T>
+constexpr bool operator==(const Frac<T>& a, const Frac<T>& b) {
+    return a.num == b.num && a.den == b.den;
+}
+template <class T>
+constexpr bool operator!=(const Frac<T>& a, const Frac<T>& b) {
+    return !(a == b);
+}
+
 } // namespace Ko
 
 #endif

@@ -4,6 +4,7 @@
 /// @file
 /// The whole library.
 
+#include "Kovanta/Colors.h"
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Draw.h"
 #include "Kovanta/Font.h"

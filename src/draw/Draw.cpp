@@ -1,7 +1,11 @@
+#include "Kovanta/Draw.h"
+
+#include "draw/Canvas.h"
 #include "draw/Line.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace Ko {
@@ -20,25 +24,34 @@ int roundedToInt(float v) {
 
 } // namespace
 
-void drawBbox(Image<unsigned char>& im, const Bbox<int>& b, const YCCColor& c, bool filled) {
-    if (filled) {
-        const std::int64_t end = std::min<std::int64_t>(b.bottom, Canvas(im).height);
-        for (std::int64_t y = std::max(b.top, 0); y < end; ++y)
-            drawWideLine(im, b.left, y, b.right, y, c);
-        return;
-    }
-    drawLine(im, b.left, b.top, b.right, b.top, c);
-    drawLine(im, b.left, b.bottom, b.right, b.bottom, c);
-    drawLine(im, b.left, b.top, b.left, b.bottom, c);
-    drawLine(im, b.right, b.top, b.right, b.bottom, c);
+void drawLine(Image<>& im, int x0, int y0, int x1, int y1, YCCColor c) {
+    drawWideLine(Canvas(im), x0, y0, x1, y1, c);
 }
 
-void drawVector2D(Image<unsigned char>& im, const Vector2D<int>& v, const Point<int>& p, unsigned int headSize,
-                  const YCCColor& c) {
+void drawLine(Image<>& im, Point<int> p0, Point<int> p1, YCCColor c) {
+    drawLine(im, p0.x, p0.y, p1.x, p1.y, c);
+}
+
+void drawBbox(Image<>& im, const Bbox<int>& b, const YCCColor& c, bool filled) {
+    const Canvas canvas(im);
+    if (filled) {
+        const std::int64_t end = std::min<std::int64_t>(b.bottom, canvas.height);
+        for (std::int64_t y = std::max(b.top, 0); y < end; ++y)
+            drawWideLine(canvas, b.left, y, b.right, y, c);
+        return;
+    }
+    drawWideLine(canvas, b.left, b.top, b.right, b.top, c);
+    drawWideLine(canvas, b.left, b.bottom, b.right, b.bottom, c);
+    drawWideLine(canvas, b.left, b.top, b.left, b.bottom, c);
+    drawWideLine(canvas, b.right, b.top, b.right, b.bottom, c);
+}
+
+void drawVector2D(Image<>& im, const Vector2D<int>& v, const Point<int>& p, unsigned int headSize, const YCCColor& c) {
+    const Canvas canvas(im);
     const std::int64_t vx = v.x;
     const std::int64_t vy = v.y;
     const Point<std::int64_t> tip{p.x + vx, p.y + vy};
-    drawWideLine(im, p.x, p.y, tip.x, tip.y, c);
+    drawWideLine(canvas, p.x, p.y, tip.x, tip.y, c);
 
     const std::uint64_t squares = static_cast<std::uint64_t>(vx * vx) + static_cast<std::uint64_t>(vy * vy);
     const float length = std::sqrt(static_cast<float>(squares));
@@ -53,12 +66,12 @@ void drawVector2D(Image<unsigned char>& im, const Vector2D<int>& v, const Point<
     const auto across = static_cast<float>(static_cast<double>(std::atan2(fy, fx)) - 1.5707963267948966);
     const auto ox = static_cast<std::int64_t>(std::cos(across) * size);
     const auto oy = static_cast<std::int64_t>(size * std::sin(across));
-    drawWideLine(im, base.x + ox, base.y + oy, base.x - ox, base.y - oy, c);
-    drawWideLine(im, base.x + ox, base.y + oy, tip.x, tip.y, c);
-    drawWideLine(im, base.x - ox, base.y - oy, tip.x, tip.y, c);
+    drawWideLine(canvas, base.x + ox, base.y + oy, base.x - ox, base.y - oy, c);
+    drawWideLine(canvas, base.x + ox, base.y + oy, tip.x, tip.y, c);
+    drawWideLine(canvas, base.x - ox, base.y - oy, tip.x, tip.y, c);
 }
 
-void drawVector2D(Image<unsigned char>& im, const Vector2D<float>& v, const Point<int>& p, unsigned int headSize,
+void drawVector2D(Image<>& im, const Vector2D<float>& v, const Point<int>& p, unsigned int headSize,
                   const YCCColor& c) {
     drawVector2D(im, Vector2D<int>{roundedToInt(v.x), roundedToInt(v.y)}, p, headSize, c);
 }

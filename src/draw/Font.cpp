@@ -1,14 +1,17 @@
 #include "Kovanta/Font.h"
 
+#include "draw/Canvas.h"
+#include "draw/FontFile.h"
 #include "draw/Glyph.h"
-#include "draw/Line.h"
 #include "draw/TextBlend.h"
 #include "util/Errors.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace Ko {
 
@@ -49,34 +52,21 @@ void drawGlyph(const Canvas& canvas, const FT_BitmapGlyphRec_& glyph, std::int64
 
 } // namespace
 
+struct Font::Impl {
+    LibraryPtr library;           // before the glyphs, which it has to outlive
+    std::vector<GlyphPtr> glyphs; // the index is the character code
+    unsigned int pixelSize = 0;
+
+    void renderChar(FT_Face face, unsigned char code) { glyphs.push_back(renderGlyph(face, code)); }
+};
+
 Font::Font() = default;
+Font::Font(Font&& other) noexcept = default;
+Font& Font::operator=(Font&& other) noexcept = default;
+Font::~Font() = default;
 
-Font::Font(Font&& other) noexcept
-    : glyphs(std::move(other.glyphs))
-    , pixelSize(std::exchange(other.pixelSize, 0))
-    , library(std::exchange(other.library, nullptr)) {
-    other.glyphs.clear();
-}
-
-Font& Font::operator=(Font&& other) noexcept {
-    Font taken(std::move(other));
-    glyphs.swap(taken.glyphs);
-    std::swap(pixelSize, taken.pixelSize);
-    std::swap(library, taken.library);
-    return *this;
-}
-
-Font::~Font() {
-    release();
-}
-
-void Font::release() noexcept {
-    for (FT_BitmapGlyph glyph : glyphs)
-        FT_Done_Glyph(&glyph->root);
-    glyphs.clear();
-    if (library)
-        FT_Done_FreeType(library);
-    library = nullptr;
+void Font::init(unsigned int size) {
+    init(std::string(), luximr_ttf, luximr_ttf_size, size);
 }
 
 void Font::init(const std::string& file, unsigned int size) {
@@ -85,60 +75,68 @@ void Font::init(const std::string& file, unsigned int size) {
 
 void Font::init(const void* data, unsigned long size, unsigned int pixels) {
     if (!data && size == 0)
-        init(std::string(), luximr_ttf, luximr_ttf_size, pixels);
+        init(pixels);
     else
         init(std::string(), data, size, pixels);
 }
 
 void Font::init(const std::string& file, const void* data, unsigned long size, unsigned int pixels) {
-    pixelSize = pixels;
+    if (!impl)
+        impl = std::make_unique<Impl>();
+    impl->pixelSize = pixels;
     FT_Library opened = nullptr;
     if (FT_Init_FreeType(&opened) != 0)
         throwRuntimeError("Font::init", "FT_Init_FreeType failed.");
-    LibraryPtr fresh(opened);
+    LibraryPtr library(opened);
 
+    std::optional<FontFile> read; // needed for as long as the face
+    if (!data) {
+        read.emplace(file);
+        if (!read->bytes)
+            throwRuntimeError("Font::init", "Cannot load font file.");
+    }
+    const void* const bytes = data ? data : read->bytes.get();
+    const unsigned long length = data ? size : read->size;
     FT_Face loaded = nullptr;
-    if (data) {
-        const bool fits = size <= static_cast<unsigned long>(std::numeric_limits<FT_Long>::max());
-        if (!fits ||
-            FT_New_Memory_Face(opened, static_cast<const FT_Byte*>(data), static_cast<FT_Long>(size), 0, &loaded) != 0)
-            throwRuntimeError("Font::init", "Cannot load font from memory.");
-    } else if (FT_New_Face(opened, file.c_str(), 0, &loaded) != 0)
-        throwRuntimeError("Font::init", "Cannot load font file.");
+    if (length > static_cast<unsigned long>(std::numeric_limits<FT_Long>::max()) ||
+        FT_New_Memory_Face(opened, static_cast<const FT_Byte*>(bytes), static_cast<FT_Long>(length), 0, &loaded) != 0)
+        throwRuntimeError("Font::init", data ? "Cannot load font from memory." : "Cannot load font file.");
     const FacePtr face(loaded);
     if (FT_Set_Pixel_Sizes(loaded, pixels, 0) != 0)
         throwRuntimeError("Font::init", "FT_Set_Pixel_Sizes failed.");
 
-    glyphs.reserve(characters);
-    release();
-    library = fresh.release();
+    impl->glyphs.reserve(characters);
+    impl->glyphs.clear();
+    impl->library = std::move(library);
     for (unsigned int code = 0; code < characters; ++code)
-        renderChar(loaded, static_cast<unsigned char>(code));
+        impl->renderChar(loaded, static_cast<unsigned char>(code));
 }
 
 void Font::renderChar(FT_FaceRec_* face, unsigned char code) {
-    GlyphPtr glyph = renderGlyph(face, code);
-    glyphs.push_back(reinterpret_cast<FT_BitmapGlyph>(glyph.get()));
-    static_cast<void>(glyph.release()); // the cache owns it now
+    if (!impl)
+        impl = std::make_unique<Impl>();
+    impl->renderChar(face, code);
 }
 
-void Font::drawText(Image<unsigned char>& im, const std::string& text, Point<int> pen, YCCColor color) const {
+void Font::drawText(Image<>& im, const std::string& text, Point<int> pen, YCCColor color) const {
+    if (!impl)
+        return;
     const Canvas canvas(im);
     std::int64_t x = pen.x;
     std::int64_t y = pen.y;
     for (const char character : text) {
         if (character == '\n') {
             x = pen.x;
-            y += pixelSize;
+            y += impl->pixelSize;
             continue;
         }
         const auto code = static_cast<unsigned char>(character);
-        if (code >= characters || code >= glyphs.size())
+        if (code >= characters || code >= impl->glyphs.size())
             continue;
-        const FT_BitmapGlyph glyph = glyphs[code];
-        drawGlyph(canvas, *glyph, x, y, color);
-        x += rounded(glyph->root.advance.x);
-        y += rounded(glyph->root.advance.y);
+        const FT_Glyph glyph = impl->glyphs[code].get();
+        drawGlyph(canvas, *reinterpret_cast<FT_BitmapGlyph>(glyph), x, y, color);
+        x += rounded(glyph->advance.x);
+        y += rounded(glyph->advance.y);
     }
 }
 

@@ -1,7 +1,5 @@
 #include "draw/Line.h"
 
-#include "image/PlaneRows.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -64,20 +62,8 @@ void plot(const Canvas& canvas, std::int64_t x, std::int64_t y, YCCColor c) {
 
 } // namespace
 
-Canvas::Canvas(Image<unsigned char>& im)
-    : width(im.width)
-    , height(im.height) {
-    for (int p = 0; p < 3; ++p) {
-        const auto rows = targetRows(im, p);
-        planes[p] = rows.row;
-        width = std::min(width, static_cast<std::int64_t>(rows.width));
-        height = std::min(height, static_cast<std::int64_t>(rows.height));
-    }
-}
-
-void drawWideLine(Image<unsigned char>& im, std::int64_t x0, std::int64_t y0, std::int64_t x1, std::int64_t y1,
+void drawWideLine(const Canvas& canvas, std::int64_t x0, std::int64_t y0, std::int64_t x1, std::int64_t y1,
                   YCCColor c) {
-    const Canvas canvas(im);
     if (canvas.width == 0 || canvas.height == 0)
         return;
     const bool steep = std::abs(x1 - x0) < std::abs(y1 - y0);
@@ -118,14 +104,6 @@ void drawWideLine(Image<unsigned char>& im, std::int64_t x0, std::int64_t y0, st
             error -= slope.length;
         }
     }
-}
-
-void drawLine(Image<unsigned char>& im, int x0, int y0, int x1, int y1, YCCColor c) {
-    drawWideLine(im, x0, y0, x1, y1, c);
-}
-
-void drawLine(Image<unsigned char>& im, Point<int> p0, Point<int> p1, YCCColor c) {
-    drawLine(im, p0.x, p0.y, p1.x, p1.y, c);
 }
 
 } // namespace Ko

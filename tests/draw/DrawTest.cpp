@@ -1,9 +1,12 @@
-#include "Kovanta/Draw.h"
+#include "Kovanta/Colors.h"
+#include "Kovanta/ConvertIm.h"
+#include "Kovanta/Frac.h"
 
 #include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -241,6 +244,71 @@ TEST(DrawVector, CornersOfItsRange) {
     // The tip lies outside int; the shaft is a straight row to the edge, the head far away.
     EXPECT_EQ(arrow(INT_MAX, 0, {30, 3}, 10), walked(30, 3, width, 3));
     EXPECT_EQ(arrow(INT_MIN, INT_MIN, {INT_MIN, INT_MIN}, UINT_MAX), Pixels{});
+}
+
+TEST(DrawVector, BracesAloneMeanTheComponentsAsTheyAre) {
+    Image im = blank();
+    Ko::drawVector2D(im, {9, -6}, {20, 14}, 3, ink);
+    EXPECT_EQ(drawn(im), arrow(9, -6, {20, 14}, 3));
+    im = blank();
+    Ko::drawVector2D(im, {8.5f, -6.4f}, {20, 14}, 3, ink);
+    EXPECT_EQ(drawn(im), arrow(9, -6, {20, 14}, 3));
+}
+
+// Each of these takes no time at all; at the cost of its rows, or of its area, the test would not end.
+TEST(DrawBbox, InvisibleFilledBoxesCostNothing) {
+    Image im = blank();
+    for (const Ko::Bbox<int> box : {Ko::Bbox<int>{INT_MIN, INT_MIN, -1, INT_MAX},
+                                    {width, INT_MIN, INT_MAX, INT_MAX},
+                                    {INT_MIN, INT_MIN, INT_MAX, 0},
+                                    {INT_MIN, height, INT_MAX, INT_MAX}})
+        for (int i = 0; i < 20000; ++i)
+            Ko::drawBbox(im, box, ink, true);
+    EXPECT_EQ(drawn(im), Pixels{});
+}
+
+TEST(ValueTypes, CompareByTheirFields) {
+    constexpr Ko::Bbox<int> box{1, 2, 3, 4};
+    static_assert(box == Ko::Bbox<int>{1, 2, 3, 4} && !(box != box), "");
+    for (const Ko::Bbox<int>& other : {Ko::Bbox<int>{0, 2, 3, 4}, {1, 0, 3, 4}, {1, 2, 0, 4}, {1, 2, 3, 0}})
+        EXPECT_TRUE(box != other && !(box == other));
+    static_assert(Ko::Point<int>{1, 2} == Ko::Point<int>{1, 2} && Ko::Point<int>{1, 2} != Ko::Point<int>{1, 3} &&
+                      Ko::Point<int>{1, 2} != Ko::Point<int>{0, 2},
+                  "");
+    static_assert(Ko::Vector2D<float>{1, 2} == Ko::Vector2D<float>{1, 2} &&
+                      Ko::Vector2D<float>{1, 2} != Ko::Vector2D<float>{1, 3} &&
+                      Ko::Vector2D<float>{1, 2} != Ko::Vector2D<float>{0, 2},
+                  "");
+    static_assert(Ko::Frac<unsigned>{1, 2} == Ko::Frac<unsigned>{1, 2} &&
+                      Ko::Frac<unsigned>{1, 2} != Ko::Frac<unsigned>{2, 4} &&
+                      Ko::Frac<unsigned>{1, 2} != Ko::Frac<unsigned>{1, 3},
+                  "");
+    static_assert(ink == Ko::YCCColor{200, 90, 160} && ink != Ko::YCCColor{201, 90, 160} &&
+                      ink != Ko::YCCColor{200, 91, 160} && ink != Ko::YCCColor{200, 90, 161},
+                  "");
+}
+
+TEST(Colors, AreWhatTheirRgbValuesConvertTo) {
+    using namespace Ko::colors;
+    const struct {
+        Ko::YCCColor color;
+        unsigned char rgb[3];
+    } named[] = {{black, {0, 0, 0}},           {darkGrey, {64, 64, 64}}, {grey, {128, 128, 128}},
+                 {lightGrey, {192, 192, 192}}, {white, {255, 255, 255}}, {red, {255, 0, 0}},
+                 {orange, {255, 165, 0}},      {yellow, {255, 255, 0}},  {green, {0, 255, 0}},
+                 {cyan, {0, 255, 255}},        {blue, {0, 0, 255}},      {magenta, {255, 0, 255}}};
+    for (const auto& [color, rgb] : named) {
+        Ko::Image pixel(Ko::PF_RGB);
+        pixel.size(1, 1);
+        std::copy_n(rgb, 3, pixel.plane[0].data);
+        Ko::Image converted(Ko::PF_YCC444P);
+        Ko::convertIm(converted, pixel);
+        const auto at = [&](int p) {
+            return *converted.plane[p].data;
+        };
+        EXPECT_TRUE((color == Ko::YCCColor{at(0), at(1), at(2)}))
+            << int{rgb[0]} << "," << int{rgb[1]} << "," << int{rgb[2]};
+    }
 }
 
 } // namespace

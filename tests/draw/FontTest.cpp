@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <filesystem>
 #include <functional>
 #include <set>
 #include <stdexcept>
@@ -172,7 +173,7 @@ TEST(Font, BeforeInitAndAfterAMoveNothingIsDrawn) {
     const FreeTypeWatch watch;
     Ko::Font font;
     EXPECT_TRUE(same(drawn(font, "move"), blank));
-    font.init(nullptr, 0, 18);
+    font.init(18);
     const Image want = drawn(font, "move");
     EXPECT_FALSE(same(want, blank));
     Ko::Font moved(std::move(font));
@@ -183,7 +184,7 @@ TEST(Font, BeforeInitAndAfterAMoveNothingIsDrawn) {
     other = std::move(alias);
     EXPECT_EQ(watch.libraries(), 1);
     EXPECT_TRUE(same(drawn(other, "move"), want));
-    font.init(nullptr, 0, 18);
+    font.init(18);
     EXPECT_TRUE(same(drawn(font, "move"), want));
 }
 
@@ -228,6 +229,19 @@ TEST(Font, LoadsFilesAndSaysWhatItCannot) {
     for (const auto& c : cases)
         EXPECT_EQ(failure([&] { font.init(std::get<0>(c), std::get<1>(c), std::get<2>(c)); }),
                   "[Font::" + std::get<3>(c));
+}
+
+TEST(Font, AFileMayShrinkWhileItIsLoaded) {
+    static const test::TempDirectory directory;
+    static const std::string path = directory.write("shrinking.ttf", builtIn);
+    const FreeTypeWatch watch;
+    FreeTypeWatch::onAllocation = [] {
+        std::filesystem::resize_file(path, 0);
+    };
+    Ko::Font font;
+    font.init(path, 14);
+    EXPECT_EQ(std::filesystem::file_size(path), 0u);
+    EXPECT_TRUE(same(drawn(font, "same"), drawn(sized(14), "same")));
 }
 
 TEST(Font, ReadyMadeBitmapsAreFullCoverage) {

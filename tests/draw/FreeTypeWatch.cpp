@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+void (*FreeTypeWatch::onAllocation)() = nullptr;
 long FreeTypeWatch::blocksHeld = 0;
 long FreeTypeWatch::librariesHeld = 0;
 long FreeTypeWatch::countdown = 0;
@@ -12,6 +13,8 @@ long FreeTypeWatch::countdown = 0;
 namespace {
 
 void* resize(FT_Memory, long, long size, void* block) {
+    if (FreeTypeWatch::onAllocation && FreeTypeWatch::librariesHeld > 0)
+        FreeTypeWatch::onAllocation();
     if (FreeTypeWatch::countdown > 0 && --FreeTypeWatch::countdown == 0)
         return nullptr;
     return std::realloc(block, static_cast<std::size_t>(size));
@@ -36,9 +39,9 @@ extern "C" FT_Error FT_Init_FreeType(FT_Library* library) {
     const FT_Error error = FT_New_Library(&memory, library);
     if (error != 0)
         return error;
-    ++FreeTypeWatch::librariesHeld;
     FT_Add_Default_Modules(*library);
     FT_Set_Default_Properties(*library);
+    ++FreeTypeWatch::librariesHeld;
     return 0;
 }
 

@@ -8,7 +8,10 @@ public:
     FreeTypeWatch() = default;
     FreeTypeWatch(const FreeTypeWatch&) = delete;
     FreeTypeWatch& operator=(const FreeTypeWatch&) = delete;
-    ~FreeTypeWatch() { countdown = 0; }
+    ~FreeTypeWatch() {
+        countdown = 0;
+        onAllocation = nullptr;
+    }
 
     /// Refuses the n-th allocation from now on (1 is the next), once.
     void refuse(long n) { countdown = n; }
@@ -18,6 +21,7 @@ public:
     long blocks() const { return blocksHeld - blocksBefore; }
     long libraries() const { return librariesHeld - librariesBefore; }
 
+    static void (*onAllocation)();                    ///< Called before each allocation of a library that is there.
     static long blocksHeld, librariesHeld, countdown; ///< Of the whole program.
 
 private:
