@@ -4,6 +4,7 @@
 #include "Kovanta/Export.h"
 #include "Kovanta/Image.h"
 
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 
@@ -24,59 +25,69 @@ namespace Ko {
 /// Thread-safe as long as no two calls share an image, or a file that one of them writes.
 ///
 /// Errors of all of them:
-/// - std::runtime_error "[function]: Cannot open NAME: REASON." with the system's reason, also for a directory;
-/// - std::runtime_error "[readPpmImage]: Image too large." (or its like) for a file whose picture passes 2^32 - 1 bytes
-///   or 2^28 rows, before any memory is taken for it;
+/// - std::runtime_error "[function]: Cannot open NAME: REASON." with the system's reason, also for a directory and for
+///   a name that holds a zero byte;
+/// - std::runtime_error "[readPpmImage]: Image too large." (or its like) for a file whose picture passes 2^32 - 1
+/// bytes,
+///   2^28 rows or setMaxImagePixels(), before any memory is taken for it;
+/// - std::runtime_error "[writePpmImage]: Cannot write NAME: REASON." (or its like) when the system refuses a write,
+///   for a full disk say; the file then holds its beginning;
 /// - std::logic_error of convertIm() where there is no conversion between the file's format and the image's;
 /// - std::bad_alloc.
 ///
 /// An image to be read into stays as it was on every exception, except that a refused conversion leaves it resized.
+/// Writers of JPEG and PNG leave a file as it was when they refuse the image; the file is made when it was not there.
+/// Programs that other threads start inherit none of the files.
 /// @{
+
+/// Sets the most pixels that the readers take, of any file and in all threads: larger pictures are refused as too large
+/// before they cost memory. For applications that read what strangers send.
+/// @param pixels width times height; 0, as at the start, is no limit
+KOVANTA_API void setMaxImagePixels(std::uint64_t pixels);
 
 /// Reads a still, by the file name's extension: .pgm, .ppm, .png, .jpeg or .jpg in any case. Contents are not looked
 /// at.
 /// @throws std::logic_error "[readImage]: Cannot read NAME: extension not recognized.", std::out_of_range for a name
 ///         without a dot; otherwise as the reader of the format
-KOVANTA_API void readImage(Image<unsigned char>& im, const std::string& name);
+KOVANTA_API void readImage(Image<>& im, const std::string& name);
 /// Writes a still in the format that the file name's extension says; the extensions are those of readImage().
 /// @throws std::logic_error "[writeImage]: Cannot write NAME: extension not recognized.", std::out_of_range for a name
 ///         without a dot; otherwise as the writer of the format
-KOVANTA_API void writeImage(const std::string& name, const Image<unsigned char>& im);
+KOVANTA_API void writeImage(const std::string& name, const Image<>& im);
 
 /// Reads a binary PPM ("P6", maximum value 255). Samples that a short file does not hold become 0.
 /// @throws as parseHeader()
-KOVANTA_API void readPpmImage(Image<unsigned char>& im, const std::string& name);
+KOVANTA_API void readPpmImage(Image<>& im, const std::string& name);
 /// Reads a binary PGM ("P5", maximum value 255). Samples that a short file does not hold become 0.
 /// @throws as parseHeader()
-KOVANTA_API void readPgmImage(Image<unsigned char>& im, const std::string& name);
-/// Writes a binary PPM. A refused conversion leaves a file with the header only; write errors (a full disk, say) are
-/// not reported.
-KOVANTA_API void writePpmImage(const std::string& name, const Image<unsigned char>& im);
+KOVANTA_API void readPgmImage(Image<>& im, const std::string& name);
+/// Writes a binary PPM. A refused conversion leaves a file with the header only.
+KOVANTA_API void writePpmImage(const std::string& name, const Image<>& im);
 /// Writes a binary PGM; otherwise as writePpmImage().
-KOVANTA_API void writePgmImage(const std::string& name, const Image<unsigned char>& im);
+KOVANTA_API void writePgmImage(const std::string& name, const Image<>& im);
 
 /// Reads a JPEG file, colour as full-range Y'CbCr. What libjpeg can repair (a file that ends early, say) is a picture,
 /// with libjpeg's warning on standard error. The image owns its pixels afterwards.
 /// @throws std::runtime_error "[readJpegImage]: Unsupported color space." for CMYK and the like,
-///         "[readJpegImage]: libjpeg failed. (REASON)", also for files coded in RGB and for those of more than
-///         500 scans (of 50, for huge pictures)
-KOVANTA_API void readJpegImage(Image<unsigned char>& im, const std::string& name);
+///         "[readJpegImage]: libjpeg failed. (REASON)", also for files coded in RGB, for those whose scans together
+///         pass more than 2^31 pixels (50 scans are always allowed), and for progressive ones that would take more than
+///         1 GiB beside the picture and more than the picture itself
+KOVANTA_API void readJpegImage(Image<>& im, const std::string& name);
 /// Writes a colour JPEG of quality 100 with libjpeg's default chroma sampling (4:2:0).
-/// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)"; the file may then hold its beginning
-KOVANTA_API void writeJpegImage(const std::string& name, const Image<unsigned char>& im);
+/// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)", for a size that JPEG has not
+KOVANTA_API void writeJpegImage(const std::string& name, const Image<>& im);
 
 /// Reads a PNG file of any kind: 16-bit samples lose their low byte, palettes and 1, 2 and 4-bit greys are expanded,
-/// transparency of a palette is dropped. Alpha beside grey is dropped with a line on standard output. The image owns
-/// its pixels afterwards.
+/// transparency of a palette is dropped. Alpha beside grey is dropped with a line on standard output. Texts, profiles
+/// and unknown chunks are skipped unread. The image owns its pixels afterwards.
 /// @throws std::runtime_error "[readPngImage]: png_error called." when libpng gives up (its message goes to standard
 ///         error), "[readPngImage]: Error creating PNG read structure.", "[readPngImage]: Error creating PNG info
 ///         structure.", "[readPngImage]: Do not know how to decode this PNG."
-KOVANTA_API void readPngImage(Image<unsigned char>& im, const std::string& name);
+KOVANTA_API void readPngImage(Image<>& im, const std::string& name);
 /// Writes an 8-bit RGB PNG, not interlaced.
-/// @throws std::runtime_error "writePngImage: png_error called." when libpng gives up or the disk is full,
-///         "[writePngImage]: Error creating PNG write structure.", "[writePngImage]: Error creating PNG info
-///         structure."; the file may then hold its beginning
-KOVANTA_API void writePngImage(const std::string& name, const Image<unsigned char>& im);
+/// @throws std::runtime_error "writePngImage: png_error called." when libpng gives up, "[writePngImage]: Error creating
+///         PNG write structure.", "[writePngImage]: Error creating PNG info structure."
+KOVANTA_API void writePngImage(const std::string& name, const Image<>& im);
 /// @}
 
 } // namespace Ko

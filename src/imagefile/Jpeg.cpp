@@ -1,27 +1,30 @@
 #include "Kovanta/ImageFile.h"
 
+#include "imagefile/DeliverPicture.h"
 #include "imagefile/File.h"
 #include "imagefile/JpegObjects.h"
-#include "imagefile/Picture.h"
+#include "imagefile/PictureLimit.h"
+#include "imagefile/StoredPicture.h"
 #include "util/Errors.h"
 
 #include <utility>
 
 namespace Ko {
 
-void writeJpegImage(const std::string& name, const Image<unsigned char>& im) {
+void writeJpegImage(const std::string& name, const Image<>& im) {
     constexpr const char* function = "writeJpegImage";
-    const FilePtr owner = openFile(function, name, "wb");
+    OutputFile file(function, name);
     const StoredPicture picture(im, PF_JFIF);
 
-    std::FILE* const file = owner.get();
+    JpegDestination destination(file);
+    jpeg_destination_mgr* const manager = &destination.manager;
     const JDIMENSION width = im.width;
     const JDIMENSION height = im.height;
     JSAMPARRAY const rows = picture.rows();
     JpegCompressor jpeg(function);
     jpeg.run([=](j_compress_ptr info) {
         jpeg_create_compress(info);
-        jpeg_stdio_dest(info, file);
+        info->dest = manager;
         info->image_width = width;
         info->image_height = height;
         info->input_components = 3;
@@ -29,14 +32,19 @@ void writeJpegImage(const std::string& name, const Image<unsigned char>& im) {
         jpeg_set_defaults(info);
         jpeg_set_quality(info, 100, TRUE);
         jpeg_start_compress(info, TRUE);
+    });
+    // Everything that can be refused has been; what the name held may go.
+    file.truncate();
+    jpeg.run([=](j_compress_ptr info) {
         jpeg_write_scanlines(info, rows, height);
         jpeg_finish_compress(info);
     });
+    file.close();
 }
 
-void readJpegImage(Image<unsigned char>& im, const std::string& name) {
+void readJpegImage(Image<>& im, const std::string& name) {
     constexpr const char* function = "readJpegImage";
-    const FilePtr owner = openFile(function, name, "rb");
+    const FilePtr owner = openFile(function, name);
 
     std::FILE* const file = owner.get();
     JpegScanLimit limit{};
@@ -50,6 +58,8 @@ void readJpegImage(Image<unsigned char>& im, const std::string& name) {
     });
     requireFits(function, jpeg->image_width, jpeg->image_height, static_cast<std::uint32_t>(jpeg->num_components));
 
+    const long mostMemory = mostJpegMemory(jpeg->image_width, jpeg->image_height, jpeg->num_components);
+
     const J_COLOR_SPACE coding = jpeg->jpeg_color_space;
     if (coding != JCS_GRAYSCALE && coding != JCS_RGB && coding != JCS_YCbCr)
         throwRuntimeError(function, "Unsupported color space.");
@@ -57,10 +67,11 @@ void readJpegImage(Image<unsigned char>& im, const std::string& name) {
     const J_COLOR_SPACE wanted = coding == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_YCbCr;
     jpeg.run([=](j_decompress_ptr info) {
         info->out_color_space = wanted;
+        info->mem->max_memory_to_use = mostMemory;
         jpeg_start_decompress(info);
     });
 
-    Image<unsigned char> picture(wanted == JCS_GRAYSCALE ? PF_Y : PF_JFIF);
+    Image<> picture(wanted == JCS_GRAYSCALE ? PF_Y : PF_JFIF);
     picture.size(jpeg->output_width, jpeg->output_height, true);
     JSAMPARRAY const rows = picture.plane[0].view;
     jpeg.run([=](j_decompress_ptr info) {

@@ -27,7 +27,33 @@ void stopEndlessScans(j_common_ptr object) {
     std::longjmp(errors.jump, 1); // NOLINT(cert-err52-cpp)
 }
 
+JpegDestination& destinationOf(j_compress_ptr jpeg) {
+    return *reinterpret_cast<JpegDestination*>(jpeg->dest);
+}
+
+void startBuffer(j_compress_ptr jpeg) {
+    JpegDestination& destination = destinationOf(jpeg);
+    destination.manager.next_output_byte = destination.buffer;
+    destination.manager.free_in_buffer = sizeof destination.buffer;
+}
+
+boolean writeBuffer(j_compress_ptr jpeg) {
+    JpegDestination& destination = destinationOf(jpeg);
+    destination.file.write(destination.buffer, sizeof destination.buffer);
+    startBuffer(jpeg);
+    return TRUE;
+}
+
+void writeRest(j_compress_ptr jpeg) {
+    JpegDestination& destination = destinationOf(jpeg);
+    destination.file.write(destination.buffer, sizeof destination.buffer - destination.manager.free_in_buffer);
+}
+
 } // namespace
+
+JpegDestination::JpegDestination(OutputFile& output)
+    : manager{nullptr, 0, startBuffer, writeBuffer, writeRest}
+    , file(output) {}
 
 jpeg_error_mgr* JpegErrors::install() {
     jpeg_std_error(&manager);
@@ -42,8 +68,17 @@ jpeg_progress_mgr* JpegScanLimit::install() {
 
 int JpegScanLimit::mostScans(std::uint32_t width, std::uint32_t height) {
     constexpr std::uint64_t pixelsPassed = std::uint64_t{1} << 31;
-    const std::uint64_t pixels = std::max<std::uint64_t>(std::uint64_t{width} * height, 1);
-    return static_cast<int>(std::clamp<std::uint64_t>(pixelsPassed / pixels, 50, 500));
+    // A scan goes by blocks, which are at most 32 x 32 pixels however thin the picture is.
+    const auto padded = [](std::uint64_t pixels) {
+        return std::max<std::uint64_t>((pixels + 31) / 32 * 32, 32);
+    };
+    return static_cast<int>(std::max<std::uint64_t>(pixelsPassed / (padded(width) * padded(height)), 50));
+}
+
+long mostJpegMemory(std::uint32_t width, std::uint32_t height, int components) {
+    constexpr std::uint64_t always = std::uint64_t{1} << 30;
+    const std::uint64_t picture = std::uint64_t{width} * height * static_cast<std::uint64_t>(components);
+    return static_cast<long>(std::max(always, picture + picture / 8));
 }
 
 } // namespace Ko

@@ -1,6 +1,7 @@
 #ifndef KOVANTA_SRC_IMAGEFILE_JPEGOBJECTS_H
 #define KOVANTA_SRC_IMAGEFILE_JPEGOBJECTS_H
 
+#include "imagefile/File.h"
 #include "imagefile/GuardedStep.h"
 #include "util/Errors.h"
 
@@ -23,14 +24,28 @@ struct JpegErrors {
     jpeg_error_mgr* install();
 };
 
-/// Stops a file of a few kilobytes whose many scans would each pass over a huge picture. Real files have 10 or so.
+/// Where a compressor's bytes go. A failed write is left for OutputFile::close() to tell.
+struct JpegDestination {
+    jpeg_destination_mgr manager; // first, since libjpeg hands its address back
+    OutputFile& file;
+    JOCTET buffer[8192];
+
+    explicit JpegDestination(OutputFile& output);
+};
+
+/// Stops a file of a few kilobytes whose many scans would each pass over a huge picture: all scans together may pass
+/// 2^31 pixels, and 50 scans are always allowed. Real files have 10 or so.
 struct JpegScanLimit {
     jpeg_progress_mgr monitor;
 
     jpeg_progress_mgr* install();
-    /// 500 for pictures up to 4 million pixels, fewer for larger ones, never below 50.
     static int mostScans(std::uint32_t width, std::uint32_t height);
 };
+
+/// How much memory libjpeg may take for a picture: a progressive file keeps two bytes a sample of the whole of it. That
+/// is allowed up to 1 GiB, and beyond for as much as the picture itself takes and an eighth, which is what colour with
+/// halved chroma needs. @p components of a pixel
+long mostJpegMemory(std::uint32_t width, std::uint32_t height, int components);
 
 /// A libjpeg object, jpeg_compress_struct or jpeg_decompress_struct, destroyed with this.
 template <class Object, void (*destroy)(Object*)>

@@ -24,24 +24,46 @@ private:
     std::locale before;
 };
 
-unsigned int toNumber(const std::string& token) {
-    // lexical_cast asks the global locale about digit grouping; a token of signs and digits never gets that far.
-    if (token.find_first_not_of("+-0123456789") != std::string::npos)
-        throw boost::bad_lexical_cast(typeid(std::string), typeid(unsigned int));
-    return boost::lexical_cast<unsigned int>(token);
+[[noreturn]] void refuse() {
+    throw boost::bad_lexical_cast(typeid(std::string), typeid(unsigned int));
 }
 
-/// The next token that is not a comment; empty at the end of the stream.
-std::string nextToken(std::istream& stream) {
-    for (;;) {
-        std::string token;
-        stream >> token;
-        if (token.empty() || token[0] != '#')
-            return token;
+bool endsToken(int character) {
+    return character == std::char_traits<char>::eof() ||
+           std::isspace(static_cast<char>(character), std::locale::classic());
+}
+
+/// Goes to the next token that is not a comment, if there is one.
+void skipComments(std::istream& stream) {
+    while (std::istream::sentry(stream) && stream.peek() == '#')
         while (stream.get() != '\n') {
             // a comment ends at a line feed and nowhere else
         }
+}
+
+/// The next token as a number; none at the end of the stream is refused too. Only what matters of a token is kept, not
+/// its leading zeros, since a file can hold one of gigabytes.
+unsigned int nextNumber(std::istream& stream) {
+    skipComments(stream);
+    constexpr std::size_t longest = 11; // a sign and 4294967295
+    std::string number;
+    bool anyZero = false;
+    const auto noDigitYet = [&] {
+        return number.empty() || number == "+" || number == "-";
+    };
+    for (int c = stream.peek(); !endsToken(c); stream.get(), c = stream.peek()) {
+        const bool sign = (c == '+' || c == '-') && number.empty() && !anyZero;
+        // lexical_cast asks the global locale about digit grouping; signs and digits never get it that far.
+        if ((!sign && (c < '0' || c > '9')) || number.size() == longest)
+            refuse();
+        if (c == '0' && noDigitYet())
+            anyZero = true;
+        else
+            number += static_cast<char>(c);
     }
+    if (anyZero && noDigitYet())
+        number += '0';
+    return boost::lexical_cast<unsigned int>(number);
 }
 
 } // namespace
@@ -54,9 +76,9 @@ void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream
     };
     if (!startsRight())
         Ko::throwRuntimeError(function, "Incorrect PPM/PGM header.");
-    const unsigned int w = toNumber(nextToken(stream));
-    const unsigned int h = toNumber(nextToken(stream));
-    if (toNumber(nextToken(stream)) != 255)
+    const unsigned int w = nextNumber(stream);
+    const unsigned int h = nextNumber(stream);
+    if (nextNumber(stream) != 255)
         Ko::throwRuntimeError(function, "Only a maximum color value of 255 is supported now.");
     stream.get();
     width = w;

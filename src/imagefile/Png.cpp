@@ -1,8 +1,10 @@
 #include "Kovanta/ImageFile.h"
 
+#include "imagefile/DeliverPicture.h"
 #include "imagefile/File.h"
-#include "imagefile/Picture.h"
+#include "imagefile/PictureLimit.h"
 #include "imagefile/PngObjects.h"
+#include "imagefile/StoredPicture.h"
 #include "util/Errors.h"
 
 #include <iostream>
@@ -55,38 +57,50 @@ PngDecoding chooseDecoding(const PngHeader& header) {
     return decoding;
 }
 
+// A failed write is left for OutputFile::close() to tell.
+void writeBytes(png_structp png, png_bytep bytes, png_size_t size) {
+    static_cast<OutputFile*>(png_get_io_ptr(png))->write(bytes, size);
+}
+
+void flushBytes(png_structp png) {
+    static_cast<OutputFile*>(png_get_io_ptr(png))->flush();
+}
+
 } // namespace
 
-void writePngImage(const std::string& name, const Image<unsigned char>& im) {
-    const FilePtr owner = openFile("writePngImage", name, "wb");
-    std::FILE* const file = owner.get();
+void writePngImage(const std::string& name, const Image<>& im) {
+    OutputFile file(pngWriting.function, name);
+    OutputFile* const target = &file;
     const png_uint_32 width = im.width;
     const png_uint_32 height = im.height;
     PngObject writer(pngWriting);
     writer.run([=](png_structp png, png_infop info) {
-        png_init_io(png, file);
+        png_set_write_fn(png, target, writeBytes, flushBytes);
         png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
                      PNG_FILTER_TYPE_BASE);
-        png_write_info(png, info);
     });
     const StoredPicture picture(im, PF_RGB);
     png_bytepp const rows = picture.rows();
+    // Everything that can be refused has been; what the name held may go.
+    file.truncate();
     writer.run([=](png_structp png, png_infop info) {
+        png_write_info(png, info);
         png_write_image(png, rows);
         png_write_end(png, info);
-        if (std::fflush(file) != 0) // a full disk may show only here
-            png_error(png, "Write Error");
     });
+    file.close();
 }
 
-void readPngImage(Image<unsigned char>& im, const std::string& name) {
-    constexpr const char* function = "readPngImage";
-    const FilePtr owner = openFile(function, name, "rb");
+void readPngImage(Image<>& im, const std::string& name) {
+    const char* const function = pngReading.function;
+    const FilePtr owner = openFile(function, name);
     std::FILE* const file = owner.get();
     PngObject reader(pngReading);
     PngHeader header{};
     reader.run([file, &header](png_structp png, png_infop info) {
         png_init_io(png, file);
+        // Texts, profiles and whatever else does not make pixels is skipped unread: it could take gigabytes.
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_read_info(png, info);
         png_set_sig_bytes(png, 0);
         png_get_IHDR(png, info, &header.width, &header.height, &header.bitDepth, &header.colorType, &header.interlace,
@@ -95,7 +109,7 @@ void readPngImage(Image<unsigned char>& im, const std::string& name) {
     });
 
     const PngDecoding decoding = chooseDecoding(header);
-    Image<unsigned char> picture(decoding.format);
+    Image<> picture(decoding.format);
     requireFits(function, header.width, header.height, picture.bytesPerPixelNum);
     if (header.colorType == PNG_COLOR_TYPE_GRAY_ALPHA)
         std::cout << errorText(function, "Grayscale plus alpha is currently not supported, removing alpha channel.")

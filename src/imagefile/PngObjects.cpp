@@ -1,5 +1,7 @@
 #include "imagefile/PngObjects.h"
 
+#include "util/Errors.h"
+
 namespace Ko {
 
 namespace {
@@ -18,23 +20,22 @@ void destroyReader(png_structpp png, png_infopp info) {
 
 } // namespace
 
-const PngKind pngReading = {createReader, destroyReader, "[readPngImage]: Error creating PNG read structure.",
-                            "[readPngImage]: Error creating PNG info structure.", "[readPngImage]: png_error called."};
+const PngKind pngReading = {createReader, destroyReader, "readPngImage", "Error creating PNG read structure.",
+                            "[readPngImage]: png_error called."};
 
-// The last text has no brackets; programs know it so.
-const PngKind pngWriting = {createWriter, png_destroy_write_struct,
-                            "[writePngImage]: Error creating PNG write structure.",
-                            "[writePngImage]: Error creating PNG info structure.", "writePngImage: png_error called."};
+// This text has no brackets; programs know it so.
+const PngKind pngWriting = {createWriter, png_destroy_write_struct, "writePngImage",
+                            "Error creating PNG write structure.", "writePngImage: png_error called."};
 
 PngObject::PngObject(const PngKind& kind)
     : ofKind(kind)
     , png(kind.create()) {
     if (!png)
-        throw std::runtime_error(kind.structureText);
+        throwRuntimeError(kind.function, kind.structureReason);
     info = png_create_info_struct(png);
     if (!info) {
         kind.destroy(&png, nullptr);
-        throw std::runtime_error(kind.infoText);
+        throwRuntimeError(kind.function, "Error creating PNG info structure.");
     }
 }
 

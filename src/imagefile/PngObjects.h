@@ -13,15 +13,16 @@ namespace Ko {
 struct PngKind {
     png_structp (*create)();
     void (*destroy)(png_structpp, png_infopp);
-    const char* structureText;
-    const char* infoText;
+    const char* function;
+    const char* structureReason;
     const char* errorText;
 };
 
 /// A libpng object with its info structure. Errors and warnings print to standard error, as libpng has it.
 class PngObject {
 public:
-    /// @throws std::runtime_error with the kind's texts
+    /// @throws std::runtime_error "[function]: Error creating PNG read structure." (or write structure),
+    ///         "[function]: Error creating PNG info structure."
     explicit PngObject(const PngKind& kind);
     ~PngObject();
     PngObject(const PngObject&) = delete;

@@ -3,22 +3,21 @@
 #include "Kovanta/ConvertIm.h"
 #include "image/ImageLayout.h"
 #include "imagefile/File.h"
-#include "imagefile/Picture.h"
+#include "imagefile/PictureLimit.h"
+#include "imagefile/StoredPicture.h"
+#include "imagefile/ZeroFill.h"
 
-#include <sys/stat.h>
+#include <ext/stdio_filebuf.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <istream>
 #include <iterator>
 #include <locale>
+#include <stdexcept>
 
 namespace Ko {
 
 namespace {
-
-using Im = Image<unsigned char>;
 
 struct PixmapKind {
     char digit;
@@ -44,7 +43,7 @@ void forEachRun(unsigned char* const* rows, std::size_t rowBytes, std::size_t he
 }
 
 /// Whether pixels can be read straight into the image: it is laid out as the picture, and holds no foreign memory.
-bool takesPixelsOf(const Im& im, const Im& picture) {
+bool takesPixelsOf(const Image<>& im, const Image<>& picture) {
     return im.format == picture.format && im.planar == picture.planar &&
            im.bytesPerPixelNum == picture.bytesPerPixelNum && im.bytesPerPixelDen == picture.bytesPerPixelDen &&
            std::equal(std::begin(im.horDiv), std::end(im.horDiv), std::begin(picture.horDiv)) &&
@@ -54,23 +53,44 @@ bool takesPixelsOf(const Im& im, const Im& picture) {
 }
 
 /// Fills plane 0 from the stream; what the file does not hold becomes 0, so that no stale memory shows.
-void readRows(std::istream& stream, Im& picture, std::size_t rowBytes) {
+void readRows(std::istream& stream, Image<>& picture, std::size_t rowBytes) {
     forEachRun(picture.plane[0].view, rowBytes, picture.plane[0].rows ? picture.height : 0,
                [&](char* bytes, std::size_t n) {
                    stream.read(bytes, static_cast<std::streamsize>(n));
                    const auto got = static_cast<std::size_t>(stream.gcount());
-                   std::memset(bytes + got, 0, n - got);
+                   zeroFill(bytes + got, n - got);
                });
 }
 
-void readPixmap(Im& im, const std::string& name, const PixmapKind& kind) {
-    errno = 0;
-    std::ifstream stream(name);
-    if (!stream.is_open())
-        throwCannotOpen(kind.reader, name, errno);
-    struct stat status {};
-    if (stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
-        throwCannotOpen(kind.reader, name, EISDIR);
+/// An image of the file's kind without what no reader looks at: the two planes that PF_Y has beside its own, which
+/// would come with a table of rows each.
+Image<> withOnePlane(PIXEL_FORMAT format) {
+    Image<> picture(format);
+    std::fill(std::begin(picture.horDiv) + 1, std::end(picture.horDiv), 0);
+    std::fill(std::begin(picture.verDiv) + 1, std::end(picture.verDiv), 0);
+    return picture;
+}
+
+/// convertIm(), except that an image over foreign memory of another size stays as it was.
+void convertInto(Image<>& im, const Image<>& picture) {
+    const std::uint32_t width = im.width;
+    const std::uint32_t height = im.height;
+    try {
+        convertIm(im, picture);
+    } catch (const std::logic_error&) {
+        if (!im.plane[0].alloc) {
+            im.width = width;
+            im.height = height;
+        }
+        throw;
+    }
+}
+
+void readPixmap(Image<>& im, const std::string& name, const PixmapKind& kind) {
+    Descriptor file = openForReading(kind.reader, name);
+    __gnu_cxx::stdio_filebuf<char> buffer(file.number(), std::ios::in);
+    file.release(); // the buffer closes it
+    std::istream stream(&buffer);
     stream.imbue(std::locale::classic()); // for the pixels too: a locale may convert bytes
 
     unsigned int width = 0;
@@ -78,47 +98,49 @@ void readPixmap(Im& im, const std::string& name, const PixmapKind& kind) {
     parseHeader(width, height, stream, kind.digit);
     requireFits(kind.reader, width, height, kind.bytesPerPixel);
     const std::size_t rowBytes = std::size_t{width} * kind.bytesPerPixel;
-    Im picture(kind.format);
-    if (takesPixelsOf(im, picture)) {
+    const Image<> described(kind.format);
+    if (takesPixelsOf(im, described)) {
         // Nothing fails from here on, so the pixels need no second place.
         ImageLayout::resizeTarget(im, width, height, "convertIm");
-        im.sequenceNumber = picture.sequenceNumber;
+        im.sequenceNumber = described.sequenceNumber;
         readRows(stream, im, rowBytes);
         return;
     }
+    Image<> picture = im.format == kind.format ? Image<>(kind.format) : withOnePlane(kind.format);
     picture.size(width, height, true);
     readRows(stream, picture, rowBytes);
-    convertIm(im, picture);
+    convertInto(im, picture);
 }
 
-void writePixmap(const std::string& name, const Im& im, const PixmapKind& kind) {
-    errno = 0;
-    std::ofstream stream(name, std::ios::binary);
-    if (!stream.is_open())
-        throwCannotOpen(kind.writer, name, errno);
-    stream.imbue(std::locale::classic());
-    stream << 'P' << kind.digit << ' ' << im.width << ' ' << im.height << " 255\n" << std::flush;
+void writePixmap(const std::string& name, const Image<>& im, const PixmapKind& kind) {
+    OutputFile file(kind.writer, name);
+    file.truncate();
+    const std::string header =
+        std::string{'P', kind.digit, ' '} + std::to_string(im.width) + " " + std::to_string(im.height) + " 255\n";
+    file.write(header.data(), header.size());
+    file.flush(); // a refused conversion leaves the header behind
 
     const StoredPicture picture(im, kind.format);
     forEachRun(picture.rows(), picture.rowBytes(), im.height,
-               [&](const char* bytes, std::size_t n) { stream.write(bytes, static_cast<std::streamsize>(n)); });
+               [&](const char* bytes, std::size_t n) { file.write(bytes, n); });
+    file.close();
 }
 
 } // namespace
 
-void readPpmImage(Im& im, const std::string& name) {
+void readPpmImage(Image<>& im, const std::string& name) {
     readPixmap(im, name, ppm);
 }
 
-void readPgmImage(Im& im, const std::string& name) {
+void readPgmImage(Image<>& im, const std::string& name) {
     readPixmap(im, name, pgm);
 }
 
-void writePpmImage(const std::string& name, const Im& im) {
+void writePpmImage(const std::string& name, const Image<>& im) {
     writePixmap(name, im, ppm);
 }
 
-void writePgmImage(const std::string& name, const Im& im) {
+void writePgmImage(const std::string& name, const Image<>& im) {
     writePixmap(name, im, pgm);
 }
 

@@ -1,12 +1,19 @@
 #include "Kovanta/ImageFile.h"
 
+#include "support/Rows.h"
 #include "support/TempDirectory.h"
 #include "support/TestImages.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -14,6 +21,7 @@
 namespace {
 
 using namespace test;
+using testing::ThrowsMessage;
 
 TEST(Dispatch, TheLastExtensionChoosesTheFormatInAnyCase) {
     const TempDirectory directory;
@@ -35,42 +43,159 @@ TEST(Dispatch, TheLastExtensionChoosesTheFormatInAnyCase) {
 TEST(Dispatch, NamesWithoutAKnownExtensionAreRefused) {
     Image im = randomImage(Ko::PF_RGB, 2, 2);
     for (const std::string name : {"pic.bmp", "x.tiff", "x.jpg.bak", "ends.", "d.x/picture", ".", "a.png "}) {
-        EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::readImage(im, name); }),
-                  "[readImage]: Cannot read " + name + ": extension not recognized.");
-        EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::writeImage(name, im); }),
-                  "[writeImage]: Cannot write " + name + ": extension not recognized.");
+        EXPECT_THAT(
+            [&] { Ko::readImage(im, name); },
+            ThrowsMessage<std::logic_error>("[readImage]: Cannot read " + name + ": extension not recognized."));
+        EXPECT_THAT(
+            [&] { Ko::writeImage(name, im); },
+            ThrowsMessage<std::logic_error>("[writeImage]: Cannot write " + name + ": extension not recognized."));
     }
     for (const std::string name : {"", "picture", "dir/picture"}) {
-        const auto startsRight = testing::StartsWith("basic_string::substr");
-        EXPECT_THAT(thrownText<std::out_of_range>([&] { Ko::readImage(im, name); }), startsRight);
-        EXPECT_THAT(thrownText<std::out_of_range>([&] { Ko::writeImage(name, im); }), startsRight);
+        const auto noDot = ThrowsMessage<std::out_of_range>(testing::StartsWith("basic_string::substr"));
+        EXPECT_THAT([&] { Ko::readImage(im, name); }, noDot);
+        EXPECT_THAT([&] { Ko::writeImage(name, im); }, noDot);
     }
 }
 
-TEST(Dispatch, WhatCannotBeOpenedIsNamedWithTheSystemsReason) {
+struct Format : test::Row {
+    void (*read)(Image&, const std::string&);
+    void (*write)(const std::string&, const Image&);
+    Ko::PIXEL_FORMAT exchanged; ///< What is written without a conversion.
+    Ko::PIXEL_FORMAT refused;   ///< What cannot be written.
+    const char* leftByRefusal;  ///< In a file that held "something older", for an image of 3 x 1.
+};
+
+class StillFormats : public testing::TestWithParam<Format> {
+protected:
+    std::string reading(const std::string& text) const {
+        return "[read" + std::string(GetParam().row) + "Image]: " + text;
+    }
+    std::string writing(const std::string& text) const {
+        return "[write" + std::string(GetParam().row) + "Image]: " + text;
+    }
+
     const TempDirectory directory;
-    const struct {
-        const char* kind;
-        void (*read)(Image&, const std::string&);
-        void (*write)(const std::string&, const Image&);
-    } formats[] = {{"Ppm", Ko::readPpmImage, Ko::writePpmImage},
-                   {"Pgm", Ko::readPgmImage, Ko::writePgmImage},
-                   {"Png", Ko::readPngImage, Ko::writePngImage},
-                   {"Jpeg", Ko::readJpegImage, Ko::writeJpegImage}};
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    All, StillFormats,
+    testing::Values(Format{{"Ppm"}, Ko::readPpmImage, Ko::writePpmImage, Ko::PF_RGB, Ko::PF_Y, "P6 3 1 255\n"},
+                    Format{{"Pgm"}, Ko::readPgmImage, Ko::writePgmImage, Ko::PF_Y, Ko::PF_RGB, "P5 3 1 255\n"},
+                    Format{{"Png"}, Ko::readPngImage, Ko::writePngImage, Ko::PF_RGB, Ko::PF_Y, "something older"},
+                    Format{{"Jpeg"}, Ko::readJpegImage, Ko::writeJpegImage, Ko::PF_JFIF, Ko::PF_Y, "something older"}),
+    test::rowName);
+
+TEST_P(StillFormats, WhatCannotBeOpenedIsNamedWithTheSystemsReason) {
+    const std::string older = directory.write("a.png", "something older");
     const std::pair<std::string, std::string> names[] = {{directory.file("absent/a"), ": No such file or directory."},
                                                          {directory.path(), ": Is a directory."},
                                                          {"", ": No such file or directory."},
-                                                         {std::string(300, 'n'), ": File name too long."}};
-    for (const auto& format : formats)
-        for (const auto& [file, reason] : names) {
-            const std::string& name = file;
-            const Image before = randomImage(Ko::PF_YCC444P, 3, 2);
-            Image im = before;
-            const std::string text = std::string(format.kind) + "Image]: Cannot open " + name + reason;
-            EXPECT_EQ(thrownText<std::runtime_error>([&] { format.read(im, name); }), "[read" + text);
-            EXPECT_EQ(thrownText<std::runtime_error>([&] { format.write(name, im); }), "[write" + text);
-            EXPECT_EQ(difference(im, before), "");
+                                                         {std::string(300, 'n'), ": File name too long."},
+                                                         // The system would see a.png.
+                                                         {older + '\0' + ".ppm", ": Invalid argument."}};
+    for (const auto& named : names) {
+        const std::string& name = named.first;
+        const std::string shown = name.substr(0, name.find('\0')) + (name.find('\0') < name.size() ? "\\0.ppm" : "");
+        const std::string text = "Cannot open " + shown + named.second;
+        const Image before = randomImage(Ko::PF_YCC444P, 3, 2);
+        Image im = before;
+        EXPECT_THAT([&] { GetParam().read(im, name); }, ThrowsMessage<std::runtime_error>(reading(text)));
+        EXPECT_THAT([&] { GetParam().write(name, im); }, ThrowsMessage<std::runtime_error>(writing(text)));
+        EXPECT_EQ(difference(im, before), "");
+    }
+    EXPECT_EQ(fileBytes(older), "something older");
+}
+
+TEST_P(StillFormats, AFullDiskIsReported) {
+    // The first is told by the last step only, when the stream's buffer goes out.
+    for (const unsigned size : {4u, 200u})
+        EXPECT_THAT([&] { GetParam().write("/dev/full", randomImage(GetParam().exchanged, size, size)); },
+                    ThrowsMessage<std::runtime_error>(writing("Cannot write /dev/full: No space left on device.")));
+}
+
+TEST_P(StillFormats, ARefusedImageCostsNoGoodFile) {
+    const std::string path = directory.write("a", "something older");
+    EXPECT_THAT([&] { GetParam().write(path, randomImage(GetParam().refused, 3, 1)); },
+                ThrowsMessage<std::logic_error>("[convertIm]: Don't know how to convert from " +
+                                                fmt2string(GetParam().refused) + " to " +
+                                                fmt2string(GetParam().exchanged) + "."));
+    EXPECT_EQ(fileBytes(path), GetParam().leftByRefusal);
+    // What is shorter leaves nothing of the longer behind.
+    directory.write("a", std::string(100000, 'x'));
+    GetParam().write(path, randomImage(GetParam().exchanged, 3, 3));
+    const std::string longerBefore = fileBytes(path);
+    GetParam().write(directory.file("fresh"), randomImage(GetParam().exchanged, 3, 3));
+    EXPECT_EQ(longerBefore, fileBytes(directory.file("fresh")));
+}
+
+TEST_P(StillFormats, AViewIsWrittenFromWhereItBegins) {
+    constexpr unsigned x0 = 2, y0 = 1, width = 9, height = 5;
+    const unsigned bytes = GetParam().exchanged == Ko::PF_Y ? 1 : 3;
+    Image seen = randomImage(GetParam().exchanged, width, height);
+    // What lies outside of the view is missing, hence 0.
+    Image expected = seen;
+    fill(expected, 0);
+    for (unsigned y = y0; y < height; ++y)
+        std::copy_n(seen.plane[0].view[y] + x0 * bytes, (width - x0) * bytes, expected.plane[0].view[y - y0]);
+    auto& plane = seen.plane[0];
+    plane.subarrays.push_back({(width - x0) * bytes, height - y0, x0 * bytes, y0});
+    for (unsigned y = 0; y < height; ++y)
+        plane.rows[y] += x0 * bytes;
+    plane.view = plane.rows + y0;
+    GetParam().write(directory.file("view"), seen);
+    GetParam().write(directory.file("whole"), expected);
+    EXPECT_TRUE(fileBytes(directory.file("view")) == fileBytes(directory.file("whole")));
+}
+
+TEST_P(StillFormats, TheApplicationsLimitComesBeforeAnyMemory) {
+    const std::string path = directory.file("a");
+    const Image im = randomImage(GetParam().exchanged, 30, 20);
+    GetParam().write(path, im);
+    Image read = randomImage(GetParam().exchanged, 3, 2);
+    Ko::setMaxImagePixels(599);
+    EXPECT_THAT([&] { GetParam().read(read, path); }, ThrowsMessage<std::runtime_error>(reading("Image too large.")));
+    EXPECT_EQ(read.width, 3u);
+    for (const std::uint64_t most : {std::uint64_t{600}, std::uint64_t{0}}) {
+        Ko::setMaxImagePixels(most);
+        GetParam().read(read, path);
+        EXPECT_EQ(read.width, 30u);
+    }
+}
+
+/// Descriptors of a file, other than the given one; waits for the first.
+std::vector<int> othersOf(const std::string& path, int known) {
+    std::vector<int> found;
+    while (found.empty())
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code ignored;
+            const int number = std::stoi(entry.path().filename());
+            if (number != known && std::filesystem::read_symlink(entry, ignored) == path)
+                found.push_back(number);
         }
+    return found;
+}
+
+TEST_P(StillFormats, ProgramsStartedMeanwhileInheritNoFile) {
+    const std::string path = directory.file("pipe"); // keeps whoever opens it waiting
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    for (const bool reads : {true, false}) {
+        std::thread user([&] {
+            Image im = randomImage(GetParam().exchanged, 400, 400); // more than a pipe holds
+            if (reads)
+                EXPECT_ANY_THROW(GetParam().read(im, path));
+            else
+                GetParam().write(path, im);
+        });
+        const int other = open(path.c_str(), reads ? O_WRONLY : O_RDONLY);
+        for (const int number : othersOf(path, other))
+            EXPECT_TRUE(fcntl(number, F_GETFD) & FD_CLOEXEC);
+        char bytes[4096];
+        while (!reads && ::read(other, bytes, sizeof bytes) > 0) {
+            // all of it, so that the writer comes to its end
+        }
+        close(other);
+        user.join();
+    }
 }
 
 TEST(Dispatch, ThreadsReadAndWriteTheirOwnFilesAtOnce) {

@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <tuple>
 
 namespace {
 
@@ -76,19 +75,14 @@ TEST(Jpeg, WritesOneKindOfFile) {
     }
 }
 
-TEST(Jpeg, WhatCannotBeWrittenLeavesAnEmptyFileOrItsBeginning) {
+TEST(Jpeg, SizesThatJpegHasNotAreRefused) {
     const TempDirectory directory;
     const std::string path = directory.write("a.jpg", "something older");
-    EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::writeJpegImage(path, randomImage(Ko::PF_Y, 3, 3)); }),
-              "[convertIm]: Don't know how to convert from PF_Y (Grayscale) to PF_JFIF (Packed JFIF Y'CbCr 4:4:4).");
-    EXPECT_EQ(fileBytes(path), "");
-    using Case = std::tuple<std::string, Image, std::string>;
-    for (const auto& [file, im, reason] :
-         {Case{path, Image(Ko::PF_YCC444P), "Empty JPEG image (DNL not supported)"},
-          Case{path, randomImage(Ko::PF_JFIF, 65501, 1), "Maximum supported image dimension is 65500 pixels"},
-          Case{"/dev/full", randomImage(Ko::PF_JFIF, 64, 64), "Output file write error --- out of disk space?"}})
-        EXPECT_EQ(thrownText<std::runtime_error>([&, &f = file, &i = im] { Ko::writeJpegImage(f, i); }),
-                  "[writeJpegImage]: libjpeg failed. (" + reason + ")");
+    EXPECT_EQ(thrownText<std::runtime_error>([&] { Ko::writeJpegImage(path, Ko::Image(Ko::PF_YCC444P)); }),
+              "[writeJpegImage]: libjpeg failed. (Empty JPEG image (DNL not supported))");
+    EXPECT_EQ(thrownText<std::runtime_error>([&] { Ko::writeJpegImage(path, randomImage(Ko::PF_JFIF, 65501, 1)); }),
+              "[writeJpegImage]: libjpeg failed. (Maximum supported image dimension is 65500 pixels)");
+    EXPECT_EQ(fileBytes(path), "something older");
 }
 
 TEST(Jpeg, ARefusedConversionComesAfterTheResize) {

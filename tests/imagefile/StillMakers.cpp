@@ -107,6 +107,16 @@ std::string pngChunk(const std::string& type, const std::string& data, unsigned 
     return bigEndian(claimedLength) + body + bigEndian(static_cast<unsigned>(crc));
 }
 
+std::string pngLongText(std::size_t size) {
+    const std::string text(size, 'x');
+    std::string packed(compressBound(size), '\0');
+    uLongf packedSize = packed.size();
+    compress2(reinterpret_cast<Bytef*>(packed.data()), &packedSize, reinterpret_cast<const Bytef*>(text.data()), size,
+              9);
+    const std::string data = std::string("Comment\0\0", 9) + packed.substr(0, packedSize);
+    return pngChunk("zTXt", data, static_cast<unsigned>(data.size()));
+}
+
 std::string withRightChecksums(std::string bytes) {
     std::size_t at = 8;
     while (at + 12 <= bytes.size()) {

@@ -33,6 +33,8 @@ std::string makeJpeg(const JpegRecipe& recipe);
 
 /// A chunk as PNG files have it; @p claimedLength may lie about the data.
 std::string pngChunk(const std::string& type, const std::string& data, unsigned claimedLength);
+/// A text chunk of a few kilobytes that takes @p size bytes unpacked.
+std::string pngLongText(std::size_t size);
 /// A PNG file's bytes with every checksum made right again, as far as the chunks can be followed.
 std::string withRightChecksums(std::string bytes);
 /// Signature and IHDR of a PNG that may be absurd.

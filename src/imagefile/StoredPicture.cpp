@@ -1,29 +1,13 @@
-#include "imagefile/Picture.h"
+#include "imagefile/StoredPicture.h"
 
 #include "Kovanta/ConvertIm.h"
-#include "image/ArrayStorage.h"
 #include "image/PlaneRows.h"
 
 #include <cstring>
-#include <utility>
 
 namespace Ko {
 
-void requireFits(const char* function, std::uint32_t width, std::uint32_t height, std::uint32_t bytesPerPixel) {
-    constexpr std::uint32_t mostRows = 1u << 28; // a table of more row pointers would be absurd by itself
-    if (height > mostRows || !fitsArray(std::uint64_t{width} * bytesPerPixel, height))
-        throwTooLarge(function);
-}
-
-void deliver(Image<unsigned char>& destination, Image<unsigned char>&& picture) {
-    destination.size(picture.width, picture.height, true);
-    if (destination.format == picture.format)
-        destination = std::move(picture);
-    else
-        convertIm(destination, picture);
-}
-
-StoredPicture::StoredPicture(const Image<unsigned char>& source, PIXEL_FORMAT format)
+StoredPicture::StoredPicture(const Image<>& source, PIXEL_FORMAT format)
     : converted(format)
     , picture(&converted)
     , bytes(std::size_t{source.width} * converted.bytesPerPixelNum) {

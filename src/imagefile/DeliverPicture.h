@@ -1,0 +1,14 @@
+#ifndef KOVANTA_SRC_IMAGEFILE_DELIVERPICTURE_H
+#define KOVANTA_SRC_IMAGEFILE_DELIVERPICTURE_H
+
+#include "Kovanta/Image.h"
+
+namespace Ko {
+
+/// Hands a decoded picture over to the caller's image, which owns its pixels afterwards.
+/// @throws std::logic_error of convertIm(); the image has its new size then
+void deliver(Image<>& destination, Image<>&& picture);
+
+} // namespace Ko
+
+#endif
