@@ -1,6 +1,7 @@
 #include "Kovanta/VideoInputImageFile.h"
 
 #include "Kovanta/ImageFile.h"
+#include "imagefile/StillFormats.h"
 #include "util/Errors.h"
 
 #include <boost/filesystem.hpp>
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <iterator>
 #include <stdexcept>
 #include <vector>
 
@@ -26,12 +26,10 @@ bool isDirectory(const fs::path& path) {
 }
 
 bool isStill(const fs::path& path) {
-    static constexpr const char* extensions[] = {".jpg", ".jpeg", ".png", ".ppm", ".pgm"};
     std::string extension = path.extension().string();
     for (char& c : extension)
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return std::any_of(std::begin(extensions), std::end(extensions),
-                       [&](const char* accepted) { return extension == accepted; });
+    return findStillFormat(extension) != nullptr;
 }
 
 std::vector<std::string> listStills(const fs::path& directory) {
