@@ -62,7 +62,7 @@ void draw(Im& im) {
     Ko::drawBbox(im, Ko::Bbox<int>{200, 200, 600, 500}, green, false);
 }
 
-/// Writes quietly: the end of a writer is announced on standard error.
+/// Writes a file of the frames that feed(sink) writes.
 template <class Feed>
 void write(const std::string& file, Feed feed) {
     Ko::VideoOutputVideoFile out;

@@ -159,6 +159,8 @@ void play(const Options& options) {
             label.draw(frame, source.position());
         std::this_thread::sleep_until(due);
         display = &screen.show(frame, name + " - " + source.position() + ", " + rate);
+        if (display->getPaused())
+            display->setCaption(name + " - " + source.position() + ", paused");
         while (display->getPaused() && !display->getQuit()) {
             std::this_thread::sleep_for(blink);
             display->videoPollEvents();

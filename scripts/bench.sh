@@ -3,20 +3,7 @@
 # docs/performance.svg. Arguments go to the programs: --fastest for a busy machine, --benchmark_filter=REGEX, ...
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh
-
-packages=(libbenchmark-dev libopencv-dev libswscale-dev libyuv-dev python3-minimal)
-missing=()
-for package in "${packages[@]}"; do
-  [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)" = installed ] || missing+=("$package")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  as_root=()
-  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-  echo "bench: installing ${missing[*]}" >&2
-  "${as_root[@]}" apt-get update -qq >&2
-  DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -qq -y --no-install-recommends "${missing[@]}" >&2
-fi
+scripts/setup.sh libbenchmark-dev libopencv-dev libswscale-dev libyuv-dev python3-minimal
 
 build=build/bench
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOVANTA_BUILD_BENCH=ON -DKOVANTA_BUILD_TESTS=OFF \

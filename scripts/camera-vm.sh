@@ -66,8 +66,11 @@ downloadPackages() { # FOLDER: on failure says why in the variable reason
         { reason="apt-get knows no package linux-image-amd64"; return 1; }
     release=${image#linux-image-}
     headers=linux-headers-$release
-    common=$(dependency "$headers" '^linux-headers-.*-common$') && kbuild=$(dependency "$headers" '^linux-kbuild-') ||
-        { reason="apt-get knows no package $headers"; return 1; }
+    if ! common=$(dependency "$headers" '^linux-headers-.*-common$') ||
+        ! kbuild=$(dependency "$headers" '^linux-kbuild-'); then
+        reason="apt-get knows no package $headers"
+        return 1
+    fi
     (cd "$1" && apt-get download -q "$image" "$headers" "$common" "$kbuild" busybox-static v4l2loopback-dkms) \
         >"$1/log" 2>&1 || { reason="apt-get download failed: $(tail -n1 "$1/log")"; return 1; }
 }
@@ -241,7 +244,7 @@ cat "$guest/initramfs" "$run/extra" >"$run/initramfs"
 share=()
 if [ -n "$writable" ]; then
     share=(-fsdev "local,id=writable,path=$writable,security_model=none,multidevs=remap"
-           -device virtio-9p-pci,fsdev=writable,mount_tag=writable)
+           -device "virtio-9p-pci,fsdev=writable,mount_tag=writable")
 fi
 # Always plain emulation: a /dev/kvm that opens does not mean that it works. The kernel's guards against faults of real
 # processors, and page tables of five levels, make an emulated one several times slower.

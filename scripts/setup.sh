@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building and testing take. Silent and quick when all are there.
+# Installs the Debian packages that building and testing take, and those named: setup.sh [PACKAGE...]. Silent and quick
+# when all are there.
 set -euo pipefail
 
 packages=(
@@ -12,6 +13,7 @@ packages=(
   ffmpeg imagemagick libcli11-dev libgmock-dev libgtest-dev libxtst-dev xauth xdotool xvfb
   # the virtual machine that the camera is tested in, and what its modules are built with
   libelf1 make qemu-system-x86 xz-utils
+  "$@"
 )
 
 missing=()

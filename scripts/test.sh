@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and runs every test: release, address and undefined-behaviour sanitizers, thread sanitizer.
+# Builds and runs every test: release, lint, address and undefined-behaviour sanitizers, thread sanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -27,6 +27,9 @@ quiet cmake --preset release "${options[@]}"
 quiet cmake --build --preset release -j "$jobs"
 stage "release: tests"
 ctest --preset release -j "$jobs"
+
+stage "lint"
+scripts/lint.sh format shell tidy
 
 stage "address and undefined-behaviour sanitizers: build"
 quiet cmake --preset asan+ubsan "${options[@]}"

@@ -9,8 +9,8 @@ namespace Ko {
 /// A pixel position; x to the right, y downwards, from the top-left pixel.
 template <class T>
 struct Point {
-    T x;
-    T y;
+    T x; ///< To the right.
+    T y; ///< Downwards.
 };
 
 template <class T>
@@ -25,8 +25,8 @@ constexpr bool operator!=(const Point<T>& a, const Point<T>& b) {
 /// A displacement in pixels.
 template <class T>
 struct Vector2D {
-    T x;
-    T y;
+    T x; ///< To the right.
+    T y; ///< Downwards.
 };
 
 template <class T>
@@ -41,10 +41,10 @@ constexpr bool operator!=(const Vector2D<T>& a, const Vector2D<T>& b) {
 /// A box by two corners; both corners belong to its outline.
 template <class T>
 struct Bbox {
-    T left;
-    T top;
-    T right;
-    T bottom;
+    T left;   ///< Its first column.
+    T top;    ///< Its first row.
+    T right;  ///< Its last column.
+    T bottom; ///< Its last row; a filled box ends before it.
 };
 
 template <class T>
@@ -58,9 +58,9 @@ constexpr bool operator!=(const Bbox<T>& a, const Bbox<T>& b) {
 
 /// A colour as studio-range Y'CbCr samples (ITU-R BT.601), written unchanged into planes 0, 1 and 2.
 struct YCCColor {
-    unsigned char y;
-    unsigned char cb;
-    unsigned char cr;
+    unsigned char y;  ///< Luma, 16 (black) to 235 (white).
+    unsigned char cb; ///< Blue difference, 16 to 240; 128 is grey.
+    unsigned char cr; ///< Red difference, 16 to 240; 128 is grey.
 };
 
 constexpr bool operator==(const YCCColor& a, const YCCColor& b) {

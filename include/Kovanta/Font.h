@@ -32,8 +32,10 @@ class KOVANTA_API Font {
 public:
     Font();
     Font(const Font&) = delete;
+    /// Takes the other's glyphs.
     Font(Font&& other) noexcept;
     Font& operator=(const Font&) = delete;
+    /// Releases its own glyphs and takes the other's.
     Font& operator=(Font&& other) noexcept;
     ~Font();
 
@@ -44,6 +46,7 @@ public:
 
     /// Loads a font file in any format that FreeType reads. The file is read whole before it is looked at, so that it
     /// may shrink or go meanwhile; one of more than 1 GiB is none.
+    /// @param file its name
     /// @param pixelSize the nominal size in pixels, also the distance of two lines
     /// @throws std::runtime_error "[Font::init]: FT_Init_FreeType failed.", "[Font::init]: Cannot load font file.",
     ///         "[Font::init]: FT_Set_Pixel_Sizes failed.", and what renderChar() throws; std::bad_alloc
@@ -54,7 +57,9 @@ public:
 
     /// Loads a font from memory, which is needed during the call only. A null @p data with a @p size of 0 selects the
     /// built-in font.
+    /// @param data the first byte of a font file
     /// @param size in bytes
+    /// @param pixelSize the nominal size in pixels, also the distance of two lines
     /// @throws as the first, with "[Font::init]: Cannot load font from memory." for a block that is no font
     void init(const void* data, unsigned long size, unsigned int pixelSize);
 
@@ -74,7 +79,9 @@ public:
     /// untouched. A line feed moves the pen down by the pixel size and back to the starting x. Bytes of 128 and above
     /// draw nothing and do not advance the pen.
     /// @param im PF_YCC444P or PF_YCCA4444P (alpha is left alone); the format is not checked
+    /// @param text in 7-bit characters
     /// @param pen left end of the baseline, in pixels
+    /// @param color of a pixel that a glyph covers wholly
     void drawText(Image<>& im, const std::string& text, Point<int> pen, YCCColor color) const;
 
 private:

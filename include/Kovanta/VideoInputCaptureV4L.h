@@ -50,6 +50,7 @@ public:
 
     /// Opens "/dev/video" + @p device, negotiates format and size, maps the buffers and starts streaming. An object
     /// that is initialised already is closed first. After an exception the object is closed.
+    /// @param device number of the device
     /// @param width, height wished size in pixels, which the driver may change to one that it has
     /// @param input ignored; the device's input 0 is selected
     /// @throws std::runtime_error "[VideoInputCaptureV4L::init]: Cannot open " + path + ": "

@@ -15,7 +15,7 @@ struct PlaneRows {
     std::size_t width;
     std::size_t height;
 
-    Pointer operator[](std::size_t y) const { return row[y]; }
+    Pointer operator[](std::size_t y) const { return row[y]; } // NOLINT(clang-analyzer-core.NullDereference)
 };
 
 template <class Pointer>

@@ -33,7 +33,7 @@ grep -q '8 of 8' progress || fail "progress"
 [ "$(head -c 4 out.avi)" = RIFF ] || fail "the video file"
 # A writer that fails while write() waits for it does not hold the program up.
 mkdir large
-for i in $(seq 10 49); do { printf 'P5 640 480 255\n'; head -c 307200 /dev/urandom; } > large/$i.pgm; done
+for i in $(seq 10 49); do { printf 'P5 640 480 255\n'; head -c 307200 /dev/urandom; } > "large/$i.pgm"; done
 ! (trap '' XFSZ; ulimit -f 300; exec timeout 100 "$sequence" large cut.avi 2> error) || fail "a file that cannot grow"
 grep -q '^sequence: .*av_write_frame failed' error || fail "its message"
 ! "$sequence" "$work/none" out.avi 2> error || fail "a directory that is not there"

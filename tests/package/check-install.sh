@@ -2,7 +2,7 @@
 # Installs the library into an empty prefix and builds and runs a small program against it: through find_package and
 # through pkg-config.
 set -euo pipefail
-source_dir=$1 build_dir=$2 compiler=$4
+build_dir=$2 compiler=$4
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -11,9 +11,12 @@ trap 'rm -rf "$work"' EXIT
 DESTDIR='' cmake --install "$build_dir" --prefix "$work/prefix" >/dev/null
 libdir=$(dirname "$(find "$work/prefix" -name libKovanta.so)")
 
-cmake -S "$here/consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_CXX_COMPILER="$compiler" \
-  -DCMAKE_BUILD_TYPE=Release >"$work/log" 2>&1 && cmake --build "$work/build" >>"$work/log" 2>&1 ||
-  { cat "$work/log"; echo "FAILED: find_package"; exit 1; }
+if ! { cmake -S "$here/consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
+  -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=Release && cmake --build "$work/build"; } >"$work/log" 2>&1; then
+  cat "$work/log"
+  echo "FAILED: find_package"
+  exit 1
+fi
 LD_LIBRARY_PATH=$libdir "$work/build/consumer"
 
 export PKG_CONFIG_PATH=$libdir/pkgconfig

@@ -1,7 +1,0 @@
-add_executable(bench_text text.cpp)
-target_link_libraries(bench_text PRIVATE kovanta_contest Kovanta kovanta_settings Freetype::Freetype)
-if(OpenCV_FOUND)
-  target_compile_definitions(bench_text PRIVATE BENCH_OPENCV)
-  target_include_directories(bench_text SYSTEM PRIVATE ${OpenCV_INCLUDE_DIRS})
-  target_link_libraries(bench_text PRIVATE opencv_core opencv_imgproc)
-endif()
