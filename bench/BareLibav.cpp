@@ -1,5 +1,7 @@
 #include "BareLibav.h"
 
+#include "Kovanta/Wrap.h"
+
 #include <stdexcept>
 
 namespace bench {
@@ -106,13 +108,10 @@ void BareWriter::drain() {
 }
 
 void wrap(Ko::Image<unsigned char>& image, const AVFrame& picture) {
-    const auto w = static_cast<unsigned int>(picture.width);
-    const auto h = static_cast<unsigned int>(picture.height);
-    if (image.width != w || image.height != h)
-        image.size(w, h, false);
-    for (int p = 0; p < 3; ++p)
-        for (unsigned int y = 0; y < h / image.verDiv[p]; ++y)
-            image.plane[p].rows[y] = picture.data[p] + static_cast<std::ptrdiff_t>(y) * picture.linesize[p];
+    Ko::rewrapMemory(image, static_cast<unsigned int>(picture.width), static_cast<unsigned int>(picture.height),
+                     {{picture.data[0], picture.linesize[0]},
+                      {picture.data[1], picture.linesize[1]},
+                      {picture.data[2], picture.linesize[2]}});
 }
 
 } // namespace bench

@@ -5,6 +5,7 @@
 #include "Contest.h"
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/VideoInput.h"
+#include "Kovanta/Wrap.h"
 #include "libav/Handles.h"
 
 #include <cstdlib>
@@ -49,14 +50,14 @@ void readBare(const std::string& file, Im& frame) {
     const Ko::libav::PacketHandle packet(av_packet_alloc());
     const Ko::libav::FrameHandle picture(av_frame_alloc());
     Im wrapper(codec->pix_fmt == AV_PIX_FMT_YUV420P ? Ko::PF_YCC420P : Ko::PF_JFIF422P);
-    wrapper.size(static_cast<unsigned>(codec->width), static_cast<unsigned>(codec->height), false);
     int count = 0;
     for (int result = 0; result != AVERROR_EOF;) {
         result = avcodec_receive_frame(codec.get(), picture.get());
         if (result == 0) {
-            for (int p = 0; p < 3; ++p)
-                for (std::size_t y = 0; y < wrapper.plane[p].height; ++y)
-                    wrapper.plane[p].rows[y] = picture->data[p] + static_cast<int>(y) * picture->linesize[p];
+            Ko::rewrapMemory(wrapper, static_cast<unsigned>(codec->width), static_cast<unsigned>(codec->height),
+                             {{picture->data[0], picture->linesize[0]},
+                              {picture->data[1], picture->linesize[1]},
+                              {picture->data[2], picture->linesize[2]}});
             Ko::convertIm(frame, wrapper);
             ++count;
         } else if (result == AVERROR(EAGAIN)) {

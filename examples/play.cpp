@@ -6,6 +6,7 @@
 #include <Kovanta/Font.h>
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
+#include <Kovanta/Wrap.h>
 
 #include <CLI/CLI.hpp>
 
@@ -116,17 +117,12 @@ public:
 
     Ko::VideoOutputDisplay& show(const Ko::Image<>& frame, const std::string& caption) {
         // A window takes even sizes. What is odd loses its last column or row: a wrapping of the rest costs nothing.
-        Ko::Image even(Ko::PF_YCC444P);
-        even.size(frame.width & ~1u, frame.height & ~1u, false);
-        for (int p = 0; p < 3; ++p)
-            for (unsigned int y = 0; y < even.plane[p].height; ++y)
-                even.plane[p].rows[y] = frame.plane[p].view[y];
-        if (!display || even.width != width || even.height != height) {
+        const Ko::ConstImage even = Ko::wrapRectangle(frame, 0, 0, frame.width & ~1u, frame.height & ~1u);
+        if (!display || even->width != width || even->height != height) {
             display.reset(); // one window at a time
-            display.emplace(options.width != 0 ? options.width : even.width, 0, even.width, even.height,
-                            options.fullscreen);
-            width = even.width;
-            height = even.height;
+            width = even->width;
+            height = even->height;
+            display.emplace(options.width != 0 ? options.width : width, 0, width, height, options.fullscreen);
         }
         display->setCaption(caption);
         display->write(even);

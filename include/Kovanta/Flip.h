@@ -2,9 +2,11 @@
 #define KOVANTA_FLIP_H
 
 #include "Kovanta/Export.h"
-#include "Kovanta/Image.h"
 
 namespace Ko {
+
+template <class T>
+class Image; // Kovanta/Image.h, which offers these functions too
 
 /// @name Mirroring
 /// For PF_Y (plane 0 only), PF_YCC444P and PF_RGB images. One thread at a time per image; calls on different images

@@ -3,23 +3,28 @@
 
 #include "Kovanta/Array2D.h"
 #include "Kovanta/Export.h"
+#include "Kovanta/Flip.h"
 #include "Kovanta/PixelFormat.h"
 
 #include <cstdint>
 
 namespace Ko {
 
-struct ImageLayout;
-
 /// An image: up to four planes and the description of their layout.
+///
+/// There is one kind of sample, so its type can be left out: `Ko::Image frame(Ko::PF_YCC444P);` makes an image, and
+/// `Ko::Image<>` names the type, in a parameter say.
 ///
 /// The fields are public to be read; only the operations change the layout. In `im.plane[p].view[y][x]` the plane
 /// has `width / horDiv[p]` x `height / verDiv[p]` samples (rounded down); a packed format has plane 0 only, with
 /// `width * bytesPerPixelNum / bytesPerPixelDen` bytes a row.
 ///
 /// Copying copies pixels deeply, so a copy of an image that wraps foreign memory owns its pixels. Moving hands the
-/// storage (or the wrapping) over and leaves the source's planes empty, its description unchanged; a move may throw
-/// std::bad_alloc. Instantiated for `unsigned char` only. One thread at a time per object.
+/// storage (or the wrapping) over, needs no memory, and leaves a source of 0 x 0 pixels and the same format. Assigning
+/// into an image that wraps foreign memory, by copy or by move, writes through to that memory and throws where the
+/// sizes differ; so does what assigns elements, as erasing from a vector of wrappers. How to wrap: Kovanta/Wrap.h.
+///
+/// Exists for `unsigned char` only. One thread at a time per object.
 template <class T = unsigned char>
 class KOVANTA_API Image {
 public:
@@ -36,12 +41,20 @@ public:
 
     /// An image of the given format, without pixel memory until size() or a conversion gives it some.
     /// @throws std::logic_error as fmt()
-    Image(PIXEL_FORMAT f); // NOLINT(google-explicit-constructor)
+    explicit Image(PIXEL_FORMAT f);
+    /// @throws std::bad_alloc
     Image(const Image& src) = default;
-    /// Takes the source's planes. @throws std::bad_alloc; the source is then as it was
-    Image(Image&& src); // NOLINT(performance-noexcept-move-constructor)
-    Image& operator=(const Image& src) = default;
-    Image& operator=(Image&& src) = default; // NOLINT(performance-noexcept-move-constructor)
+    /// Takes the source's planes; the source is 0 x 0 afterwards.
+    Image(Image&& src) noexcept;
+    /// Copies all four planes, those that the format has no use for included, and the description.
+    /// @throws std::logic_error "[Array2D<T>::operator=]: Noalloc and trying to resize." when a plane that wraps
+    /// foreign
+    ///         memory differs in size from the source's; nothing has changed then
+    /// @throws std::bad_alloc; nothing has changed then
+    Image& operator=(const Image& src);
+    /// As the move constructor. An image with a plane that wraps foreign memory is copied into instead, and the source
+    /// stays as it is. @throws as the copy assignment, for such an image only
+    Image& operator=(Image&& src); // NOLINT(performance-noexcept-move-constructor)
     ~Image() = default;
 
     /// Sets the description for a format. Never reallocates: call size(), or let a conversion do it.
@@ -55,15 +68,12 @@ public:
     /// @throws std::runtime_error "[Image<T>::size]: Image too large." when a plane's row or the plane itself passes
     ///         2^32 - 1 bytes, std::bad_alloc; the image is then as it was
     void size(unsigned int w, unsigned int h, bool alloc = true);
-
-private:
-    friend struct ImageLayout;
 };
+
+explicit Image(PIXEL_FORMAT)->Image<unsigned char>;
 
 extern template class Image<unsigned char>;
 
 } // namespace Ko
-
-#include "Kovanta/Flip.h" // needs the image, and is part of what this header offers
 
 #endif

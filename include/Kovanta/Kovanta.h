@@ -14,5 +14,6 @@
 #include "Kovanta/Timer.h"
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
+#include "Kovanta/Wrap.h"
 
 #endif

@@ -25,17 +25,15 @@ public:
     /// @return the new total
     unsigned int stop(const std::string& comment = "");
     /// @return the total plus the time since start(); changes nothing
-    unsigned int get(const std::string& comment = "");
+    unsigned int get(const std::string& comment = "") const;
     /// @return the total
-    unsigned int getCum(const std::string& comment = "");
+    unsigned int getCum(const std::string& comment = "") const;
     /// Sets the total to 0; the moment of start() stays.
     void reset();
     /// Adds the other timer's total.
     Timer& operator+=(const Timer& other);
 
 private:
-    KOVANTA_LOCAL std::uint32_t elapsed() const;
-
     boost::posix_time::ptime startTime;
     std::uint32_t cumulative = 0;
 };

@@ -1,35 +1,67 @@
 #include "Kovanta/Array2D.h"
 
 #include "image/ArrayStorage.h"
+#include "image/SizeLimit.h"
 #include "util/Errors.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <string>
 #include <utility>
 
 namespace Ko {
 
-void throwTooLarge(const char* function) {
-    throwRuntimeError(function, "Image too large.");
+namespace {
+
+using Plane = Array2D<unsigned char>;
+
+std::int32_t viewColumn(const Plane& array) {
+    return static_cast<std::int32_t>(array.subarrays.back().x0);
 }
 
+void shiftRows(Plane& array, std::int32_t columns) {
+    if (!array.rows || columns == 0)
+        return;
+    for (std::size_t y = 0; y < array.height; ++y)
+        if (array.rows[y])
+            array.rows[y] += columns;
+}
+
+/// Copies the source's rows into these (unshifted) ones and applies the view, which is the source's by now.
+void takeViewFrom(Plane& array, const Plane& src) {
+    const std::int32_t column = viewColumn(src);
+    if (array.rows && src.rows)
+        for (std::size_t y = 0; y < array.height; ++y)
+            if (array.rows[y] && src.rows[y])
+                std::memmove(array.rows[y], src.rows[y] - column, array.width);
+    shiftRows(array, column);
+    array.view = array.rows ? array.rows + static_cast<std::int32_t>(array.subarrays.back().y0) : nullptr;
+}
+
+void exchange(Plane& a, Plane& b) noexcept {
+    std::swap(a.width, b.width);
+    std::swap(a.height, b.height);
+    a.subarrays.swap(b.subarrays);
+    std::swap(a.rows, b.rows);
+    std::swap(a.view, b.view);
+    std::swap(a.data, b.data);
+    std::swap(a.alloc, b.alloc);
+}
+
+} // namespace
+
 template <class T>
-Array2D<T>::Array2D()
-    : subarrays{{0, 0, 0, 0}} {}
+Array2D<T>::Array2D() noexcept = default;
 
 template <class T>
 Array2D<T>::Array2D(const Array2D& src)
     : subarrays(src.subarrays) {
-    adopt(obtain(src.width, src.height, true), src.width, src.height, true);
-    takeViewFrom(src);
+    adoptStorage(*this, obtainStorage(*this, src.width, src.height, true), src.width, src.height, true);
+    takeViewFrom(*this, src);
 }
 
 template <class T>
-Array2D<T>::Array2D(Array2D&& src) // NOLINT(performance-noexcept-move-constructor)
-    : Array2D() {
-    swap(src);
+Array2D<T>::Array2D(Array2D&& src) noexcept {
+    exchange(*this, src);
 }
 
 template <class T>
@@ -38,13 +70,13 @@ Array2D<T>& Array2D<T>::operator=(const Array2D& src) {
         return *this;
     if (!alloc && (width != src.width || height != src.height))
         throwLogicError("Array2D<T>::operator=", "Noalloc and trying to resize.");
-    std::vector<Subarray> views = src.subarrays;
+    ViewStack<Subarray> views = src.subarrays;
     if (alloc)
-        adopt(obtain(src.width, src.height, true), src.width, src.height, true);
+        adoptStorage(*this, obtainStorage(*this, src.width, src.height, true), src.width, src.height, true);
     else
-        shiftRows(-viewColumn());
+        shiftRows(*this, -viewColumn(*this));
     subarrays.swap(views);
-    takeViewFrom(src);
+    takeViewFrom(*this, src);
     return *this;
 }
 
@@ -55,7 +87,7 @@ Array2D<T>& Array2D<T>::operator=(Array2D&& src) { // NOLINT(performance-noexcep
     if (!alloc)
         return *this = static_cast<const Array2D&>(src);
     Array2D taken(std::move(src));
-    swap(taken);
+    exchange(*this, taken);
     return *this;
 }
 
@@ -69,7 +101,7 @@ template <class T>
 void Array2D<T>::newData(unsigned int w, unsigned int h, bool owning) {
     if (!fitsArray(w, h))
         throwTooLarge("Array2D<T>::newData");
-    adopt(obtain(w, h, owning), w, h, owning);
+    adoptStorage(*this, obtainStorage(*this, w, h, owning), w, h, owning);
 }
 
 template <class T>
@@ -81,88 +113,8 @@ void Array2D<T>::resize(unsigned int w, unsigned int h) {
     }
     if (!fitsArray(w, h))
         throwTooLarge("Array2D<T>::resize");
-    adopt(obtain(w, h, true), w, h, true);
-    resetView();
-}
-
-template <class T>
-typename Array2D<T>::Storage Array2D<T>::obtain(unsigned int w, unsigned int h, bool owning) const {
-    Storage storage;
-    if (w == 0 || h == 0)
-        return storage;
-    // Fresh pages are faulted in one by one, which costs as much as a conversion; the contents are undefined anyway.
-    storage.keep = owning && alloc && rows && data && w == width && h == height;
-    if (storage.keep)
-        return storage;
-    storage.rows.reset(new T*[h]);
-    if (owning)
-        storage.data.reset(new (sampleAlignment) T[static_cast<std::size_t>(w) * h]);
-    return storage;
-}
-
-template <class T>
-void Array2D<T>::adopt(Storage&& storage, unsigned int w, unsigned int h, bool owning) noexcept {
-    if (!storage.keep) {
-        delete[] rows;
-        FreeSamples()(data);
-        rows = storage.rows.release();
-        data = storage.data.release();
-    }
-    if (w == 0 || h == 0)
-        return;
-    // Through locals: a row pointer could alias the members, and every conversion comes by here.
-    T* row = owning ? data : nullptr;
-    const std::size_t step = owning ? w : 0;
-    T** const table = rows;
-    for (std::size_t y = 0; y < h; ++y, row += step)
-        table[y] = row;
-    width = w;
-    height = h;
-    alloc = owning;
-}
-
-template <class T>
-void Array2D<T>::resetView() noexcept {
-    subarrays.resize(1);
-    subarrays[0] = {width, height, 0, 0};
-    view = rows;
-}
-
-template <class T>
-void Array2D<T>::swap(Array2D& other) noexcept {
-    std::swap(width, other.width);
-    std::swap(height, other.height);
-    subarrays.swap(other.subarrays);
-    std::swap(rows, other.rows);
-    std::swap(view, other.view);
-    std::swap(data, other.data);
-    std::swap(alloc, other.alloc);
-}
-
-template <class T>
-std::int32_t Array2D<T>::viewColumn() const noexcept {
-    return static_cast<std::int32_t>(subarrays.back().x0);
-}
-
-template <class T>
-void Array2D<T>::shiftRows(std::int32_t columns) noexcept {
-    if (!rows || columns == 0)
-        return;
-    for (std::size_t y = 0; y < height; ++y)
-        if (rows[y])
-            rows[y] += columns;
-}
-
-/// Copies the source's rows into these (unshifted) ones and applies the view, which is the source's by now.
-template <class T>
-void Array2D<T>::takeViewFrom(const Array2D& src) noexcept {
-    const std::int32_t column = src.viewColumn();
-    if (rows && src.rows)
-        for (std::size_t y = 0; y < height; ++y)
-            if (rows[y] && src.rows[y])
-                std::memmove(rows[y], src.rows[y] - column, width * sizeof(T));
-    shiftRows(column);
-    view = rows ? rows + static_cast<std::int32_t>(subarrays.back().y0) : nullptr;
+    adoptStorage(*this, obtainStorage(*this, w, h, true), w, h, true);
+    resetView(*this);
 }
 
 template class Array2D<unsigned char>;

@@ -16,21 +16,22 @@ struct FreeSamples {
 };
 
 /// Memory for an array, obtained before the old is given up, so that a refused allocation changes nothing.
-template <class T>
-struct Array2D<T>::Storage {
-    std::unique_ptr<T*[]> rows;
-    std::unique_ptr<T[], FreeSamples> data;
+struct ArrayStorage {
+    std::unique_ptr<unsigned char*[]> rows;
+    std::unique_ptr<unsigned char[], FreeSamples> data;
     bool keep = false; ///< The array already owns memory of this shape.
 };
 
-/// Whether a plane of this many bytes a row fits the 32-bit sizes of the arrays.
-inline bool fitsArray(std::uint64_t rowBytes, std::uint64_t rowCount) {
-    constexpr std::uint64_t limit = 0xFFFFFFFFu;
-    return rowBytes <= limit && rowCount <= limit && rowBytes * rowCount <= limit;
-}
+/// Obtains what @p array needs for w x h samples; nothing for a zero dimension.
+/// @throws std::bad_alloc
+ArrayStorage obtainStorage(const Array2D<unsigned char>& array, std::uint32_t w, std::uint32_t h, bool owning);
 
-/// The refusal of a size that does not fit; @p function is named as messages name it.
-[[noreturn]] void throwTooLarge(const char* function);
+/// Gives an array its new storage and points the rows. A zero dimension leaves the recorded sizes and the mode.
+void adoptStorage(Array2D<unsigned char>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h,
+                  bool owning) noexcept;
+
+/// Makes the full array the only view.
+void resetView(Array2D<unsigned char>& array) noexcept;
 
 } // namespace Ko
 

@@ -1,10 +1,11 @@
 #include "Kovanta/Flip.h"
 
-#include "image/ArrayStorage.h"
+#include "Kovanta/Image.h"
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
+#include "image/SizeLimit.h"
 #include "util/Errors.h"
 
 #include <cstring>

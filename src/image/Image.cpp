@@ -1,17 +1,29 @@
 #include "Kovanta/Image.h"
 
-#include "image/ArrayStorage.h"
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
+#include "image/SizeLimit.h"
 #include "util/Errors.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace Ko {
 
 namespace {
 
-constexpr int planeCount = 4;
+void copyDescription(Image<unsigned char>& to, const Image<unsigned char>& from) noexcept {
+    to.format = from.format;
+    to.width = from.width;
+    to.height = from.height;
+    to.bytesPerPixelNum = from.bytesPerPixelNum;
+    to.bytesPerPixelDen = from.bytesPerPixelDen;
+    to.planar = from.planar;
+    std::copy(std::begin(from.horDiv), std::end(from.horDiv), to.horDiv);
+    std::copy(std::begin(from.verDiv), std::end(from.verDiv), to.verDiv);
+    to.sequenceNumber = from.sequenceNumber;
+}
 
 } // namespace
 
@@ -28,21 +40,34 @@ Image<T>::Image(PIXEL_FORMAT f)
     fmt(f);
 }
 
-// Not member by member: a plane whose fresh view stack is refused must not find the planes before it gone already.
 template <class T>
-Image<T>::Image(Image&& src) // NOLINT(performance-noexcept-move-constructor)
-    : format(src.format)
-    , width(src.width)
-    , height(src.height)
-    , bytesPerPixelNum(src.bytesPerPixelNum)
-    , bytesPerPixelDen(src.bytesPerPixelDen)
-    , planar(src.planar)
-    , sequenceNumber(src.sequenceNumber) {
-    for (int p = 0; p < planeCount; ++p) {
-        horDiv[p] = src.horDiv[p];
-        verDiv[p] = src.verDiv[p];
-    }
-    ImageLayout::swapPlanes(*this, src);
+Image<T>::Image(Image&& src) noexcept
+    : plane{std::move(src.plane[0]), std::move(src.plane[1]), std::move(src.plane[2]), std::move(src.plane[3])} {
+    copyDescription(*this, src);
+    src.width = 0;
+    src.height = 0;
+}
+
+template <class T>
+Image<T>& Image<T>::operator=(const Image& src) {
+    for (int p = 0; p < ImageLayout::planeCount; ++p)
+        plane[p] = src.plane[p];
+    copyDescription(*this, src);
+    return *this;
+}
+
+template <class T>
+Image<T>& Image<T>::operator=(Image&& src) { // NOLINT(performance-noexcept-move-constructor)
+    if (this == &src)
+        return *this;
+    if (std::any_of(std::begin(plane), std::end(plane), [](const auto& p) { return !p.alloc; }))
+        return *this = static_cast<const Image&>(src);
+    for (int p = 0; p < ImageLayout::planeCount; ++p)
+        plane[p] = std::move(src.plane[p]);
+    copyDescription(*this, src);
+    src.width = 0;
+    src.height = 0;
+    return *this;
 }
 
 template <class T>
@@ -54,10 +79,8 @@ void Image<T>::fmt(PIXEL_FORMAT f) {
     planar = entry->kind == FormatKind::planar;
     bytesPerPixelNum = entry->bytesPerPixelNum;
     bytesPerPixelDen = entry->bytesPerPixelDen;
-    for (int p = 0; p < planeCount; ++p) {
-        horDiv[p] = entry->horDiv[p];
-        verDiv[p] = entry->verDiv[p];
-    }
+    std::copy(std::begin(entry->horDiv), std::end(entry->horDiv), horDiv);
+    std::copy(std::begin(entry->verDiv), std::end(entry->verDiv), verDiv);
 }
 
 template <class T>
@@ -65,80 +88,6 @@ void Image<T>::size(unsigned int w, unsigned int h, bool alloc) {
     if (!ImageLayout::fits(*this, w, h))
         throwTooLarge("Image<T>::size");
     ImageLayout::size(*this, w, h, alloc);
-}
-
-void ImageLayout::swapPlanes(Image<unsigned char>& a, Image<unsigned char>& b) noexcept {
-    for (int p = 0; p < planeCount; ++p)
-        a.plane[p].swap(b.plane[p]);
-}
-
-ImageLayout::PlaneSize ImageLayout::planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h) {
-    if (im.planar)
-        return {w / im.horDiv[p], h / im.verDiv[p]};
-    // 32-bit on purpose: the product comes first and wraps for the widest images that still fit.
-    return {w * im.bytesPerPixelNum / im.bytesPerPixelDen, h};
-}
-
-bool ImageLayout::fits(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h) {
-    if (im.planar)
-        return fitsArray(w, h);
-    return fitsArray(std::uint64_t{w} * im.bytesPerPixelNum / im.bytesPerPixelDen, h);
-}
-
-void ImageLayout::size(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool owning) {
-    using Plane = Array2D<unsigned char>;
-    Plane::Storage storage[planeCount];
-    for (int p = 0; p < planeCount; ++p)
-        if (im.horDiv[p] != 0) {
-            const PlaneSize s = planeSize(im, p, w, h);
-            storage[p] = im.plane[p].obtain(s.width, s.height, owning);
-        }
-    im.width = w;
-    im.height = h;
-    for (int p = 0; p < planeCount; ++p)
-        if (im.horDiv[p] != 0) {
-            const PlaneSize s = planeSize(im, p, w, h);
-            im.plane[p].adopt(std::move(storage[p]), s.width, s.height, owning);
-            im.plane[p].resetView();
-        }
-}
-
-void ImageLayout::resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function) {
-    using Plane = Array2D<unsigned char>;
-    bool anyOwning = false;
-    bool wrappedFit = true;
-    for (int p = 0; p < planeCount; ++p) {
-        if (im.horDiv[p] == 0)
-            continue;
-        const Plane& plane = im.plane[p];
-        anyOwning = anyOwning || plane.alloc;
-        const PlaneSize s = planeSize(im, p, w, h);
-        if (!plane.alloc &&
-            (s.width > plane.width || s.height > plane.height || (s.width != plane.width && s.height != plane.height)))
-            wrappedFit = false;
-    }
-    if (!wrappedFit) {
-        im.width = w;
-        im.height = h;
-        throwLogicError("Array2D<T>::resize", "Noalloc and trying to resize.");
-    }
-    if (anyOwning && !fits(im, w, h))
-        throwTooLarge(function);
-
-    Plane::Storage storage[planeCount];
-    for (int p = 0; p < planeCount; ++p)
-        if (im.horDiv[p] != 0 && im.plane[p].alloc) {
-            const PlaneSize s = planeSize(im, p, w, h);
-            storage[p] = im.plane[p].obtain(s.width, s.height, true);
-        }
-    im.width = w;
-    im.height = h;
-    for (int p = 0; p < planeCount; ++p)
-        if (im.horDiv[p] != 0 && im.plane[p].alloc) {
-            const PlaneSize s = planeSize(im, p, w, h);
-            im.plane[p].adopt(std::move(storage[p]), s.width, s.height, true);
-            im.plane[p].resetView();
-        }
 }
 
 template class Image<unsigned char>;

@@ -1,7 +1,7 @@
 #include "imagefile/PictureLimit.h"
 
 #include "Kovanta/ImageFile.h"
-#include "image/ArrayStorage.h"
+#include "image/SizeLimit.h"
 
 #include <atomic>
 

@@ -2,6 +2,7 @@
 
 #include "Kovanta/ConvertIm.h"
 #include "image/PlaneRows.h"
+#include "image/SizeLimit.h"
 
 #include <cstring>
 

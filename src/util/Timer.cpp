@@ -12,6 +12,10 @@ boost::posix_time::ptime now() {
     return boost::posix_time::microsec_clock::universal_time();
 }
 
+std::uint32_t microsecondsSince(const boost::posix_time::ptime& start) {
+    return static_cast<std::uint32_t>((now() - start).total_microseconds());
+}
+
 void print(const char* operation, const std::string& comment, std::uint32_t value) {
     if (!comment.empty())
         std::cout << "[Timer::" << operation << "()]: Comment: " << comment << " Time: " << std::to_string(value)
@@ -29,18 +33,18 @@ void Timer::start() {
 }
 
 unsigned int Timer::stop(const std::string& comment) {
-    cumulative += elapsed();
+    cumulative += microsecondsSince(startTime);
     print("stop", comment, cumulative);
     return cumulative;
 }
 
-unsigned int Timer::get(const std::string& comment) {
-    const std::uint32_t value = cumulative + elapsed();
+unsigned int Timer::get(const std::string& comment) const {
+    const std::uint32_t value = cumulative + microsecondsSince(startTime);
     print("get", comment, value);
     return value;
 }
 
-unsigned int Timer::getCum(const std::string& comment) {
+unsigned int Timer::getCum(const std::string& comment) const {
     print("getCum", comment, cumulative);
     return cumulative;
 }
@@ -52,10 +56,6 @@ void Timer::reset() {
 Timer& Timer::operator+=(const Timer& other) {
     cumulative += other.cumulative;
     return *this;
-}
-
-std::uint32_t Timer::elapsed() const {
-    return static_cast<std::uint32_t>((now() - startTime).total_microseconds());
 }
 
 } // namespace Ko

@@ -59,9 +59,8 @@ GuardedRows::GuardedRows(std::size_t w, std::size_t h, std::size_t firstByte, un
         std::fill_n(row(y), width, poison);
 }
 
-void GuardedRows::pointRows(Ko::Array2D<unsigned char>& plane) {
-    for (std::size_t y = 0; y < height; ++y)
-        plane.rows[y] = row(y);
+Ko::PlaneMemory GuardedRows::plane() {
+    return height == 0 ? Ko::PlaneMemory{} : Ko::PlaneMemory{row(0), static_cast<std::ptrdiff_t>(pitch)};
 }
 
 unsigned char* GuardedRows::row(std::size_t y) {
@@ -78,12 +77,14 @@ bool GuardedRows::intact() const {
 
 WrappedImage::WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset)
     : im(format) {
-    im.size(width, height, false);
-    for (auto& plane : im.plane) {
+    im.size(width, height, false); // tells the sizes of the planes
+    Ko::PlaneMemory planes[4];
+    for (int p = 0; p < 4; ++p) {
+        const auto& plane = im.plane[p];
         memory.emplace_back(plane.rows ? plane.width : 0, plane.rows ? plane.height : 0, offset);
-        if (plane.rows)
-            memory.back().pointRows(plane);
+        planes[p] = memory.back().plane();
     }
+    Ko::rewrapMemory(im, width, height, planes);
 }
 
 bool WrappedImage::intact() const {

@@ -2,6 +2,7 @@
 #define KOVANTA_TESTS_SUPPORT_TESTIMAGES_H
 
 #include "Kovanta/Image.h"
+#include "Kovanta/Wrap.h"
 
 #include <cstddef>
 #include <string>
@@ -42,7 +43,7 @@ class GuardedRows {
 public:
     GuardedRows(std::size_t width, std::size_t height, std::size_t offset = 0, unsigned char poison = 0xA5);
 
-    void pointRows(Ko::Array2D<unsigned char>& plane);
+    Ko::PlaneMemory plane();
     unsigned char* row(std::size_t y);
     /// Whether a write went past either end of any row.
     bool intact() const;

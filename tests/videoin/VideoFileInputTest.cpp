@@ -1,4 +1,5 @@
 #include "Kovanta/VideoInput.h"
+#include "Kovanta/Wrap.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
 
@@ -157,10 +158,7 @@ TEST_F(VideoFile, PixelsArriveExactlyInTheCallersOwnMemory) {
     for (const Case& c : {Case{"even.mkv", "-c:v ffv1"}, Case{"odd.avi", "-c:v ffv1", true, "25", 67, 49}}) {
         VideoInputVideoFile in(media(c));
         Image<unsigned char> memory = test::numberedFrame(0, c.width, c.height);
-        Image<unsigned char> wrapping(Ko::PF_YCC420P);
-        wrapping.size(memory.width, memory.height, false);
-        for (int p = 0; p < 3; ++p)
-            std::copy_n(memory.plane[p].rows, memory.plane[p].height, wrapping.plane[p].rows);
+        Image<unsigned char> wrapping = Ko::wrapRectangle(memory, 0, 0, memory.width, memory.height);
         Image<unsigned char> owning = memory;
         const unsigned char* data = owning.plane[0].data;
         for (int i = 0; i < 6; ++i) {

@@ -1,5 +1,6 @@
 #include "videoout/Programs.h"
 
+#include "Kovanta/Wrap.h"
 #include "support/Commands.h"
 #include "support/VideoMedia.h"
 
@@ -19,13 +20,11 @@ Decoded decode(const std::string& file, unsigned int width, unsigned int height)
     std::string pictures =
         outputOf("ffmpeg -nostdin -v warning -i '" + file + "' -f null -" + raw("yuv444p") + "2>'" + log + "'");
     Decoded decoded = {{}, test::fileBytes(log)};
-    Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
-    frame.size(width, height, false);
-    for (std::size_t at = 0; at + std::size_t{3} * width * height <= pictures.size();) {
-        for (int p = 0; p < 3; ++p)
-            for (unsigned int y = 0; y < height; ++y, at += width)
-                frame.plane[p].rows[y] = reinterpret_cast<unsigned char*>(&pictures[at]);
-        decoded.numbers.push_back(frameIndex(frame));
+    const std::size_t plane = std::size_t{width} * height;
+    for (std::size_t at = 0; at + 3 * plane <= pictures.size(); at += 3 * plane) {
+        const auto* y = reinterpret_cast<const unsigned char*>(&pictures[at]);
+        decoded.numbers.push_back(frameIndex(Ko::wrapConstMemory(
+            Ko::PF_YCC444P, width, height, {{y, width}, {y + plane, width}, {y + 2 * plane, width}})));
     }
     return decoded;
 }

@@ -1,4 +1,5 @@
 #include "Kovanta/ThreadedBuffer.h"
+#include "Kovanta/Wrap.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
 
@@ -173,10 +174,7 @@ TEST(ThreadedBuffer, KeepsImagesOfItsOwnAndCopiesNoMoreThanThat) {
     Image owning = test::numberedFrame(5);
     const Image expected(owning);
     Image foreign(owning);
-    Image wrapping(Ko::PF_YCC420P);
-    wrapping.size(owning.width, owning.height, false);
-    for (int p = 0; p < 3; ++p)
-        std::copy_n(foreign.plane[p].rows, foreign.plane[p].height, wrapping.plane[p].rows);
+    Image wrapping = Ko::wrapRectangle(foreign, 0, 0, foreign.width, foreign.height);
 
     buffer.put(owning);
     const unsigned char* const memory = owning.plane[0].data;

@@ -1,0 +1,47 @@
+#include "image/ArrayStorage.h"
+
+#include <cstddef>
+
+namespace Ko {
+
+ArrayStorage obtainStorage(const Array2D<unsigned char>& array, std::uint32_t w, std::uint32_t h, bool owning) {
+    ArrayStorage storage;
+    if (w == 0 || h == 0)
+        return storage;
+    // Fresh pages are faulted in one by one, which costs as much as a conversion; the contents are undefined anyway.
+    storage.keep = owning && array.alloc && array.rows && array.data && w == array.width && h == array.height;
+    if (storage.keep)
+        return storage;
+    storage.rows.reset(new unsigned char*[h]);
+    if (owning)
+        storage.data.reset(new (sampleAlignment) unsigned char[static_cast<std::size_t>(w) * h]);
+    return storage;
+}
+
+void adoptStorage(Array2D<unsigned char>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h,
+                  bool owning) noexcept {
+    if (!storage.keep) {
+        delete[] array.rows;
+        FreeSamples()(array.data);
+        array.rows = storage.rows.release();
+        array.data = storage.data.release();
+    }
+    if (w == 0 || h == 0)
+        return;
+    // Through locals: a row pointer could alias the members, and every conversion comes by here.
+    unsigned char* row = owning ? array.data : nullptr;
+    const std::size_t step = owning ? w : 0;
+    unsigned char** const table = array.rows;
+    for (std::size_t y = 0; y < h; ++y, row += step)
+        table[y] = row;
+    array.width = w;
+    array.height = h;
+    array.alloc = owning;
+}
+
+void resetView(Array2D<unsigned char>& array) noexcept {
+    array.subarrays.reset({array.width, array.height, 0, 0});
+    array.view = array.rows;
+}
+
+} // namespace Ko

@@ -1,0 +1,11 @@
+#include "image/SizeLimit.h"
+
+#include "util/Errors.h"
+
+namespace Ko {
+
+void throwTooLarge(const char* function) {
+    throwRuntimeError(function, "Image too large.");
+}
+
+} // namespace Ko
