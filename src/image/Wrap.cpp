@@ -47,6 +47,11 @@ bool isShaped(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, 
             continue;
         const Array2D<unsigned char>& plane = im.plane[p];
         const PlaneSize s = planeSize(im, p, w, h);
+        if (s.width == 0 || s.height == 0) {
+            if (plane.rows)
+                return false;
+            continue;
+        }
         if (plane.alloc || plane.width != s.width || plane.height != s.height || (given[p] && !plane.rows))
             return false;
     }

@@ -76,7 +76,7 @@ TEST_P(WrapEveryFormat, OverRectangles) {
             EXPECT_EQ(part.plane[p].height, h / im.verDiv[p]);
         }
         EXPECT_EQ(difference(Ko::wrapRectangle(std::as_const(im), x, y, w, h), part), "");
-        EXPECT_EQ(Ko::wrapRectangle(part, w, h, 0, 0).plane[0].rows, nullptr);
+        EXPECT_EQ(Ko::wrapRectangle(part, 0, 0, 0, 0).plane[0].rows, nullptr);
     }
     for (const auto& [x, y, w, h] : std::vector<std::array<unsigned, 4>>{
              {12, 0, 2, 2}, {2, 0, 11, 2}, {0, 10, 2, 2}, {0, 2, 2, 9}, {2, 2, 0xFFFFFFFF, 2}})
@@ -101,8 +101,8 @@ TEST_P(WrapEveryFormat, OverRectangles) {
     EXPECT_THROW(Ko::wrapRectangle(im, 4, 0, 9, 2), std::out_of_range);
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, WrapEveryFormat, testing::Range(1u, 12u), [](const auto& info) {
-    const std::string text = fmt2string(static_cast<Ko::PIXEL_FORMAT>(info.param));
+INSTANTIATE_TEST_SUITE_P(Formats, WrapEveryFormat, testing::Range(1u, 12u), [](const auto& tested) {
+    const std::string text = fmt2string(static_cast<Ko::PIXEL_FORMAT>(tested.param));
     return text.substr(3, text.find(' ') - 3);
 });
 

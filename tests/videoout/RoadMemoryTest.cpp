@@ -60,24 +60,4 @@ TEST_F(Road, FramesOnTheirWayAreRecycled) {
     EXPECT_LE(test::bigAllocations() - before, 3u * 8);
 }
 
-TEST_F(Road, ARefusedAllocationLeavesTheQueuedFrameWhole) {
-    Ko::ThreadedBuffer<Ko::Image<unsigned char>> buffer;
-    Ko::Image<unsigned char> frame(Ko::PF_YCC444P);
-    frame.size(8, 8);
-    for (long n = 0;; ++n) {
-        buffer.put(frame);
-        const test::RefusedAllocation refused(n);
-        try {
-            const Ko::Image<unsigned char> taken = buffer.get();
-            ASSERT_FALSE(refused.happened());
-            ASSERT_GT(n, 0);
-            break; // no request is left to refuse
-        } catch (const std::bad_alloc&) {
-        }
-        const Ko::Image<unsigned char> kept = buffer.get();
-        for (int p = 0; p < 3; ++p)
-            ASSERT_NE(kept.plane[p].rows, nullptr) << "request " << n << " plane " << p;
-    }
-}
-
 } // namespace
