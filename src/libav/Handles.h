@@ -17,6 +17,7 @@ struct Release {
     void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
     void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
     void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
+    void operator()(AVCodecParserContext* parser) const noexcept { av_parser_close(parser); }
 };
 
 struct ReleaseInput {
@@ -35,6 +36,7 @@ struct ReleaseOutput {
 using PacketHandle = std::unique_ptr<AVPacket, Release>;
 using FrameHandle = std::unique_ptr<AVFrame, Release>;
 using CodecContextHandle = std::unique_ptr<AVCodecContext, Release>;
+using ParserHandle = std::unique_ptr<AVCodecParserContext, Release>;
 using InputContextHandle = std::unique_ptr<AVFormatContext, ReleaseInput>;
 using OutputContextHandle = std::unique_ptr<AVFormatContext, ReleaseOutput>;
 

@@ -1,6 +1,10 @@
 #include "videoin/PictureClock.h"
 
+#include "videoin/Ticks.h"
+
 #include <algorithm>
+#include <cstring>
+#include <new>
 
 extern "C" {
 #include <libavutil/avutil.h>
@@ -17,44 +21,89 @@ bool known(std::int64_t time) {
 
 } // namespace
 
-PictureClock::PictureClock(AVRational timeBase, AVRational rate) {
+PictureClock::PictureClock(const AVFormatContext& container, const AVStream& stream, AVRational rate) {
     if (rate.num > 0)
-        period = std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), timeBase));
+        period = std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(rate), stream.time_base));
+    // libav makes up presentation times for some codecs in these, and for some pictures only.
+    if (std::strcmp(container.iformat->name, "avi") == 0 || std::strcmp(container.iformat->name, "asf") == 0)
+        counts = true;
+    parser.reset(av_parser_init(stream.codecpar->codec_id)); // null for codecs that need none
+    if (!parser)
+        return;
+    parser->flags |= PARSER_FLAG_COMPLETE_FRAMES;
+    parsed.reset(avcodec_alloc_context3(nullptr));
+    if (!parsed || avcodec_parameters_to_context(parsed.get(), stream.codecpar) < 0)
+        throw std::bad_alloc();
 }
 
 void PictureClock::reset() {
-    firstKeyDts.reset();
-    keyFed = false;
     shown = false;
+    placed = false;
+    fed = 0;
+    next = 0;
+    reference = -1;
 }
 
-void PictureClock::feed(const AVPacket& packet) {
+void PictureClock::feed(AVPacket& packet) {
     if (!counts)
         counts = !known(packet.pts) && known(packet.dts);
+    if (*counts)
+        count(packet);
+}
+
+void PictureClock::count(AVPacket& packet) {
     const bool key = (packet.flags & AV_PKT_FLAG_KEY) != 0;
-    if (key && !keyFed && known(packet.dts))
-        firstKeyDts = packet.dts;
-    keyFed = keyFed || key;
+    at(fed) = {packet.dts, key, 0};
+    if (key)
+        reference = fed;
+    else if (reference >= 0 && isBidirectional(packet))
+        ++at(reference).leading;
+    else
+        reference = -1;
+    packet.pts = fed++;
+}
+
+/// Whether a packet right behind a key frame holds a picture that is shown before that.
+bool PictureClock::isBidirectional(const AVPacket& packet) {
+    if (!parser)
+        return false;
+    unsigned char* frame = nullptr;
+    int size = 0;
+    av_parser_parse2(parser.get(), parsed.get(), &frame, &size, packet.data, packet.size, AV_NOPTS_VALUE,
+                     AV_NOPTS_VALUE, -1);
+    return parser->pict_type == AV_PICTURE_TYPE_B;
 }
 
 void PictureClock::show(const AVFrame& picture) {
-    const std::optional<std::int64_t> time = stamp(picture);
-    last = time.value_or(0);
-    placed = shown ? placed || known(picture.pts) : time.has_value();
+    const std::optional<std::int64_t> time = counts.value_or(false) ? countedTime(picture) : toldTime(picture);
+    if (time)
+        placed = true;
+    if (time)
+        last = *time;
+    else if (shown)
+        last = addTicks(last, period);
+    else
+        last = 0;
     shown = true;
 }
 
-/// Containers that give even their first key frame no presentation time have none at all. What libav makes up there
-/// for some of the pictures is late by the reordering, so those pictures are counted.
-std::optional<std::int64_t> PictureClock::stamp(const AVFrame& picture) const {
-    const bool counted = counts.value_or(false);
-    if (known(picture.pts) && !counted)
+std::optional<std::int64_t> PictureClock::countedTime(const AVFrame& picture) {
+    const std::int64_t own = picture.pts;
+    if (isRemembered(own) && at(own).key)
+        next = std::max(next, own + at(own).leading);
+    const std::int64_t number = next++;
+    if (!isRemembered(number) || !known(at(number).time))
+        return std::nullopt;
+    return at(number).time;
+}
+
+/// Without its own time only the first picture takes its packet's.
+std::optional<std::int64_t> PictureClock::toldTime(const AVFrame& picture) const {
+    if (known(picture.pts))
         return picture.pts;
-    if (shown)
-        return last > INT64_MAX - period ? last : last + period;
-    if (counted || !known(picture.pkt_dts))
-        return firstKeyDts;
-    return picture.pkt_dts;
+    if (!shown && known(picture.pkt_dts))
+        return picture.pkt_dts;
+    return std::nullopt;
 }
 
 } // namespace Ko

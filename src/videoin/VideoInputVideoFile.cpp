@@ -6,6 +6,7 @@
 #include "libav/Log.h"
 #include "util/Errors.h"
 #include "videoin/DecodedPicture.h"
+#include "videoin/Ticks.h"
 #include "videoin/VideoFileDecoder.h"
 
 #include <boost/thread/lock_guard.hpp>
@@ -22,21 +23,6 @@ namespace Ko {
 namespace {
 
 using Time = std::int64_t;
-
-/// A file may hold any time stamp and a caller may ask for any offset; sums stay at the ends of the range.
-Time add(Time a, Time b) {
-    Time sum = 0;
-    if (!__builtin_add_overflow(a, b, &sum))
-        return sum;
-    return a < 0 ? std::numeric_limits<Time>::min() : std::numeric_limits<Time>::max();
-}
-
-Time subtract(Time a, Time b) {
-    Time difference = 0;
-    if (!__builtin_sub_overflow(a, b, &difference))
-        return difference;
-    return a < 0 ? std::numeric_limits<Time>::min() : std::numeric_limits<Time>::max();
-}
 
 /// Sets a flag for as long as it lives.
 class Raised {
@@ -91,7 +77,7 @@ void VideoInputVideoFile::Impl::release() noexcept {
 }
 
 void VideoInputVideoFile::Impl::failToSeek() const {
-    throwRuntimeError("VideoInputVideoFile::seek", std::string(decoder->filename()) + ": error while seeking.");
+    throwRuntimeError("VideoInputVideoFile::seek", decoder->filename() + ": error while seeking.");
 }
 
 long VideoInputVideoFile::Impl::rewind() {
@@ -109,7 +95,7 @@ bool VideoInputVideoFile::Impl::decodeForward(VideoInput& self, Time target) {
     const Raised noLoop(seeking);
     Image scratch(PF_YCC444P);
     bool first = true;
-    while (static_cast<std::uint64_t>(position) < static_cast<std::uint64_t>(target)) {
+    while (position < target) {
         if (!self.read(scratch))
             return !first;
         if (first && (position > target || !decoder->knowsTime()))
@@ -176,7 +162,7 @@ bool VideoInputVideoFile::read(Image<>& frame) {
         impl->endMet = true;
         return false;
     }
-    impl->position = add(source.timeStamp(), 1);
+    impl->position = addTicks(source.timeStamp(), 1);
     impl->deliveredSinceStart = true;
     wrapPicture(impl->wrapper, *picture);
     convertIm(frame, impl->wrapper);
@@ -188,36 +174,39 @@ bool VideoInputVideoFile::read(Image<>& frame) {
 long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
     VideoFileDecoder& source = impl->opened("seek");
     const std::optional<Time> length = source.length();
+    const std::optional<Time> farEnd = source.farEnd();
     Time target = 0;
     switch (origin) {
     case VP_BEGIN:
         target = offset;
         break;
     case VP_CURRENT:
-        target = add(impl->position, offset);
+        target = addTicks(impl->position, offset);
         break;
     case VP_END:
-        target = length ? subtract(*length, offset) : 0;
+        if (length && offset < *length)
+            target = offset > 0 ? *farEnd - offset : std::numeric_limits<Time>::max();
         break;
     default:
         throwLogicError("VideoInputVideoFile::seek", "Erroneous position indicator given!");
     }
-    if (target >= 0 && length && target >= *length)
-        target = *length;
     if (target <= 0)
         return impl->rewind();
 
-    // Some containers know only roughly where their key frames are, and land behind the target, behind the last key
-    // frame or where no time stamp tells the place. Then it is tried again from further back.
-    Time aim = target - 1;
-    for (Time step = source.second();; step = add(step, add(step, step))) {
-        if (!source.seek(aim))
+    // The length may be too short, so that a target past the far end is still decoded towards. And some containers know
+    // only roughly where their key frames are, and land behind the target, behind the last key frame or where no time
+    // stamp tells the place. Then it is tried again from further back.
+    const Time start = source.start();
+    Time aim = std::min(target, farEnd.value_or(target)) - 1;
+    for (Time step = source.second();; step = addTicks(step, addTicks(step, step))) {
+        const bool fromStart = aim <= start && !source.isElementary();
+        if (!(fromStart ? source.rewind() : source.seek(aim)))
             impl->failToSeek();
         impl->position = 0;
         impl->endMet = false;
-        if (impl->decodeForward(*this, target) || aim == 0)
+        if (impl->decodeForward(*this, target) || fromStart)
             return impl->position;
-        aim = std::max<Time>(aim - step, 0);
+        aim = std::max(subtractTicks(aim, step), start);
     }
 }
 
@@ -227,7 +216,7 @@ long VideoInputVideoFile::tell() const {
 
 bool VideoInputVideoFile::eof() const {
     const VideoFileDecoder& source = impl->opened("eof");
-    return impl->endMet || source.length() == impl->position;
+    return impl->endMet || source.farEnd() == impl->position;
 }
 
 unsigned int VideoInputVideoFile::getWidth() const {
@@ -247,6 +236,10 @@ long VideoInputVideoFile::getLength() const {
 
 Frac<unsigned int> VideoInputVideoFile::getFrameRate() const {
     return impl->opened("getFrameRate").frameRate();
+}
+
+std::string VideoInputVideoFile::getError() const {
+    return impl->decoder ? impl->decoder->error() : "";
 }
 
 void VideoInputVideoFile::setLoop(bool loop) {

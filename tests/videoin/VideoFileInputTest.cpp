@@ -1,13 +1,18 @@
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/Wrap.h"
+#include "support/Rows.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
+#include <filesystem>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -15,183 +20,293 @@ namespace {
 using Ko::Image;
 using Ko::VideoInputVideoFile;
 using test::samples;
-using test::thrownText;
+using testing::ThrowsMessage;
 
-/// What one file is made of, and what it must look like when it is read.
-struct Case {
-    const char* name;
+/// What one file is made of.
+struct Case : test::Row {
+    const char* extension;
     const char* options;
-    bool ticksAreFrames = false;
+    bool ticksAreFrames = false; ///< The k-th picture's time is k.
     const char* rate = "25";
-    int width = 64;
-    int height = 48;
     const char* inputs = "";
 };
 
 constexpr const char* sound = "-f lavfi -i sine=d=1 ";
 
-// Transport and program streams begin near 0 here: their targets would all be beyond the length otherwise.
 const Case cases[] = {
-    {"mpeg4.avi", "-c:v mpeg4 -g 8", true, "24"},
-    {"mpeg4-b.avi", "-c:v mpeg4 -g 8 -bf 2 -flags +cgop -sc_threshold 1000000000", true},
-    {"h264-b.avi", "-c:v libx264 -g 9 -bf 3", true, "30000/1001"},
-    {"h264-b.mp4", "-c:v libx264 -g 9 -bf 3", false, "30000/1001"},
-    {"h264-fragments.mp4", "-c:v libx264 -g 9 -bf 3 -movflags frag_keyframe+empty_moov"},
-    {"h264-b.mkv", "-c:v libx264 -g 9 -bf 3", false, "24"},
-    {"h264-b-one-key.mkv", "-c:v libx264 -g 999 -keyint_min 999 -sc_threshold 0 -bf 3", false, "30000/1001"},
-    {"h264-open-gop.mkv", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1"},
-    {"h264-b.ts", "-c:v libx264 -g 9 -bf 3 -muxdelay 0 -muxpreload 0"},
-    {"mpeg2-b.mpg", "-c:v mpeg2video -bf 2 -muxdelay 0 -muxpreload 0"},
-    {"mpeg2-b.ts", "-c:v mpeg2video -bf 2 -g 9 -muxdelay 0 -muxpreload 0", false, "30000/1001"},
-    {"mjpeg422.avi", "-c:v mjpeg -pix_fmt yuvj422p -q:v 2", true},
-    {"vp8.webm", "-c:v libvpx -g 9"},
-    {"vp9.webm", "-c:v libvpx-vp9 -g 9 -speed 8", false, "30000/1001"},
-    {"theora.ogv", "-c:v libtheora -g 9 -q:v 9", true},
-    {"ffv1.mkv", "-c:v ffv1", false, "15/2"},
-    {"h264-b.flv", "-c:v libx264 -g 9 -bf 3"},
-    {"sound-first.avi", "-map 0:a -map 1:v -c:a mp2 -c:v mpeg4 -g 8", true, "25", 64, 48, sound},
+    {{"Mpeg4InAvi"}, "avi", "-c:v mpeg4 -g 8", true, "24"},
+    {{"ClosedGroupsInAvi"}, "avi", "-c:v mpeg4 -g 8 -bf 2 -flags +cgop -sc_threshold 1000000000", true},
+    {{"OpenGroupsInAvi"}, "avi", "-c:v mpeg4 -g 8 -bf 2", true},
+    {{"Mpeg2InAvi"}, "avi", "-c:v mpeg2video -g 8 -bf 2", true, "30000/1001"},
+    {{"Mpeg1InAviWithoutB"}, "avi", "-c:v mpeg1video -g 8", true},
+    {{"H264InAvi"}, "avi", "-c:v libx264 -g 9 -bf 3", true, "30000/1001"},
+    {{"H264OpenGroupsInAvi"}, "avi", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1", true},
+    {{"Jpeg422InAvi"}, "avi", "-c:v mjpeg -pix_fmt yuvj422p -q:v 2", true},
+    {{"SoundFirstInAvi"}, "avi", "-map 0:a -map 1:v -c:a mp2 -c:v mpeg4 -g 8", true, "25", sound},
+    {{"Mpeg2InAsf"}, "asf", "-c:v mpeg2video -g 8 -bf 2", false, "24"},
+    {{"H264InMp4"}, "mp4", "-c:v libx264 -g 9 -bf 3", false, "30000/1001"},
+    {{"Fragments"}, "mp4", "-c:v libx264 -g 9 -bf 3 -movflags frag_keyframe+empty_moov"},
+    {{"HourLateInMp4"}, "mp4", "-c:v libx264 -g 9 -bf 3 -output_ts_offset 3600"},
+    {{"H264InMkv"}, "mkv", "-c:v libx264 -g 9 -bf 3", false, "24"},
+    {{"OneKeyFrame"}, "mkv", "-c:v libx264 -g 999 -keyint_min 999 -sc_threshold 0 -bf 3", false, "30000/1001"},
+    {{"H264OpenGroupsInMkv"}, "mkv", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1"},
+    {{"HourLateInMkv"}, "mkv", "-c:v mpeg4 -g 9 -output_ts_offset 3600"},
+    {{"Ffv1InMkv"}, "mkv", "-c:v ffv1", false, "15/2"},
+    {{"H264InTs"}, "ts", "-c:v libx264 -g 9 -bf 3"},
+    {{"Mpeg2InTs"}, "ts", "-c:v mpeg2video -bf 2 -g 9", false, "30000/1001"},
+    {{"DayLateInTs"}, "ts", "-c:v mpeg2video -g 9 -bf 2 -output_ts_offset 86400"},
+    {{"StampsWrapInTs"}, "ts", "-c:v libx264 -g 9 -bf 3 -output_ts_offset 95441.5"},
     // Entered between key frames, or where nothing tells the time.
-    {"mpeg4.ts", "-c:v mpeg4 -g 8 -muxdelay 0 -muxpreload 0"},
-    {"h265-b.ts", "-c:v libx265 -g 9 -x265-params log-level=none -muxdelay 0 -muxpreload 0"},
-    {"h264-b.mpg", "-c:v libx264 -g 9 -bf 3 -qp 1 -muxdelay 0 -muxpreload 0"},
+    {{"Mpeg4InTs"}, "ts", "-c:v mpeg4 -g 8"},
+    {{"H265InTs"}, "ts", "-c:v libx265 -g 9 -x265-params log-level=none"},
+    {{"H264InMpg"}, "mpg", "-c:v libx264 -g 9 -bf 3 -qp 1 -muxdelay 0 -muxpreload 0"},
+    {{"Mpeg2InMpg"}, "mpg", "-c:v mpeg2video -bf 2"}, // its length is too short by some pictures
+    {{"DayLateInMpg"}, "mpg", "-c:v mpeg2video -g 9 -bf 2 -output_ts_offset 86400"},
+    {{"Vp8InWebm"}, "webm", "-c:v libvpx -g 9"},
+    {{"Vp9InWebm"}, "webm", "-c:v libvpx-vp9 -g 9 -speed 8", false, "30000/1001"},
+    {{"TheoraInOgv"}, "ogv", "-c:v libtheora -g 9 -q:v 9", true},
+    {{"H264InFlv"}, "flv", "-c:v libx264 -g 9 -bf 3"},
 };
 constexpr int frameCount = 33;
 
-class VideoFile : public testing::Test {
-protected:
-    std::string media(const Case& c) const {
-        test::encodeNumbered(directory / c.name, {c.width, c.height, frameCount, c.rate}, c.options, c.inputs);
-        return directory / c.name;
-    }
-    const test::TempDirectory directory;
-};
-
 /// The index of the next frame, or -2 at the end.
 int nextIndex(Ko::VideoInput& in) {
-    Image<unsigned char> frame(Ko::PF_YCC444P);
+    Image frame(Ko::PF_YCC444P);
     return in.read(frame) ? test::frameIndex(frame) : -2;
 }
 
 /// The position after each frame, which must all come, in order.
-std::vector<long> positions(Ko::VideoInput& in, bool ticksAreFrames = false) {
+std::vector<long> positions(Ko::VideoInput& in, const std::vector<int>& expected) {
     std::vector<long> after;
-    for (int i = 0; i < frameCount; ++i) {
-        EXPECT_EQ(nextIndex(in), i);
-        EXPECT_GT(in.tell(), after.empty() ? 0 : after.back());
-        EXPECT_TRUE(!ticksAreFrames || in.tell() == i + 1) << in.tell();
+    for (const int index : expected) {
+        EXPECT_FALSE(in.eof());
+        EXPECT_EQ(nextIndex(in), index);
+        EXPECT_TRUE(after.empty() || in.tell() > after.back()) << in.tell() << " after frame " << index;
         after.push_back(in.tell());
     }
     return after;
 }
 
-/// Where a seek to a target within the length ends.
-long reached(const std::vector<long>& after, long target) {
-    const auto at = std::lower_bound(after.begin(), after.end(), target);
-    return at == after.end() ? after.back() : *at;
-}
-
-/// Every frame comes once, in order; then come the end and the next round of the loop.
-void checkReading(VideoInputVideoFile& in, const Case& c) {
-    EXPECT_EQ(in.getWidth(), static_cast<unsigned int>(c.width));
-    EXPECT_EQ(in.getHeight(), static_cast<unsigned int>(c.height));
+/// Every frame comes once, in order; then come the end and two rounds of the loop.
+std::vector<long> checkReading(VideoInputVideoFile& in, const std::vector<int>& expected) {
     EXPECT_EQ(in.tell(), 0);
-    EXPECT_FALSE(in.eof());
-    const Ko::Frac<unsigned int> rate = in.getFrameRate();
-    EXPECT_EQ(std::to_string(rate.num) + (rate.den == 1 ? "" : "/" + std::to_string(rate.den)), c.rate);
-    const std::vector<long> after = positions(in, c.ticksAreFrames);
-    EXPECT_TRUE(!c.ticksAreFrames || (in.eof() && in.getLength() == frameCount));
+    const std::vector<long> after = positions(in, expected);
     for (int again = 0; again < 2; ++again) {
         EXPECT_EQ(nextIndex(in), -2);
         EXPECT_TRUE(in.eof());
         EXPECT_EQ(in.tell(), after.back());
     }
     in.setLoop(true);
-    for (int i = 0; i < 2 * frameCount; ++i) {
-        EXPECT_EQ(nextIndex(in), i % frameCount);
-        EXPECT_TRUE(!c.ticksAreFrames || in.tell() == (i + 1) % frameCount);
-    }
-    EXPECT_EQ(in.seek(0, Ko::VP_END), reached(after, in.getLength())) << "a seek to the end does not go round";
+    for (int round = 0; round < 2; ++round)
+        for (const int index : expected)
+            EXPECT_EQ(nextIndex(in), index) << "round " << round;
+    in.setLoop(false);
+    return after;
 }
 
-/// After a seek the next frame is the one that tell() names.
-void checkSeeking(VideoInputVideoFile& in) {
-    const std::vector<long> after = positions(in);
+/// After a seek the next frame is the one that tell() names, from every place and by every origin.
+void checkSeeking(VideoInputVideoFile& in, const std::vector<int>& expected, const std::vector<long>& after) {
     const long length = in.getLength();
-    auto check = [&](long target, long offset, Ko::VideoPosId origin) {
-        SCOPED_TRACE(testing::Message() << "to " << target << " of " << length << " by origin " << origin);
-        const long named = target <= 0 ? 0 : reached(after, std::min(target, length));
+    const long start = after.front() - 1;
+    auto check = [&](long offset, Ko::VideoPosId origin, bool beginning, long target) {
+        SCOPED_TRACE(testing::Message() << "to " << target << " by origin " << origin);
+        const auto at = std::lower_bound(after.begin(), after.end(), target);
+        const long named = beginning ? 0 : at == after.end() ? after.back() : *at;
         EXPECT_EQ(in.seek(offset, origin), named);
         EXPECT_EQ(in.tell(), named);
-        const int next = static_cast<int>(std::upper_bound(after.begin(), after.end(), named) - after.begin());
-        EXPECT_EQ(nextIndex(in), next < frameCount ? next : -2);
+        const auto next = static_cast<std::size_t>(
+            beginning ? 0 : std::upper_bound(after.begin(), after.end(), named) - after.begin());
+        EXPECT_EQ(nextIndex(in), next < expected.size() ? expected[next] : -2);
+        EXPECT_EQ(in.tell(), next < expected.size() ? after[next] : named);
     };
     // Forward and backward, at, before and behind every position.
-    for (int i = -1; i < 2 * frameCount; ++i) {
-        const long at = i < 0 ? 0 : after[static_cast<std::size_t>(i < frameCount ? i : 2 * frameCount - 1 - i)];
-        check(at, at, Ko::VP_BEGIN);
-        check(at + 1, at + 1 - in.tell(), Ko::VP_CURRENT);
-        check(at - 1, length - at + 1, Ko::VP_END);
+    std::vector<long> targets = after;
+    targets.insert(targets.end(), after.rbegin(), after.rend());
+    for (const long at : targets) {
+        if (at > 0) // what lies before 0 can only be read
+            check(at, Ko::VP_BEGIN, false, at);
+        if (in.tell() > 0)
+            check(at + 1 - in.tell(), Ko::VP_CURRENT, at + 1 <= 0, at + 1);
+        const long fromEnd = start + length - at;
+        check(fromEnd, Ko::VP_END, fromEnd >= length || at <= 0, fromEnd <= 0 ? LONG_MAX : at);
     }
     for (const Ko::VideoPosId origin : {Ko::VP_BEGIN, Ko::VP_CURRENT}) {
-        check(LONG_MAX, LONG_MAX, origin);
-        check(LONG_MIN, LONG_MIN, origin);
+        check(LONG_MAX, origin, false, LONG_MAX);
+        check(LONG_MIN, origin, true, 0);
     }
-    check(LONG_MAX, LONG_MIN, Ko::VP_END);
-    check(-1, length + 1, Ko::VP_END);
+    check(LONG_MIN, Ko::VP_END, false, LONG_MAX);
+    check(length, Ko::VP_END, true, 0);
     const long before = in.tell();
-    EXPECT_EQ(thrownText<std::logic_error>([&] { in.seek(1, static_cast<Ko::VideoPosId>(3)); }),
-              "[VideoInputVideoFile::seek]: Erroneous position indicator given!");
+    EXPECT_THAT([&] { in.seek(1, static_cast<Ko::VideoPosId>(3)); },
+                ThrowsMessage<std::logic_error>("[VideoInputVideoFile::seek]: Erroneous position indicator given!"));
     EXPECT_EQ(in.tell(), before);
 }
 
-TEST_F(VideoFile, EveryContainerIsReadInOrderAndSought) {
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        VideoInputVideoFile read(media(c));
-        checkReading(read, c);
-        VideoInputVideoFile sought(directory / c.name);
-        checkSeeking(sought);
+class VideoFileOf : public testing::TestWithParam<Case> {
+protected:
+    VideoFileOf() {
+        test::encodeNumbered(file, {64, 48, frameCount, GetParam().rate}, GetParam().options, GetParam().inputs);
+    }
+    const test::TempDirectory directory;
+    const std::string file = directory / (std::string("video.") + GetParam().extension);
+};
+INSTANTIATE_TEST_SUITE_P(Every, VideoFileOf, testing::ValuesIn(cases), test::rowName);
+
+TEST_P(VideoFileOf, IsReadInOrderAndSought) {
+    VideoInputVideoFile in(file);
+    EXPECT_EQ(in.getWidth(), 64u);
+    EXPECT_EQ(in.getHeight(), 48u);
+    const Ko::Frac<unsigned int> rate = in.getFrameRate();
+    EXPECT_EQ(std::to_string(rate.num) + (rate.den == 1 ? "" : "/" + std::to_string(rate.den)), GetParam().rate);
+    const std::vector<long> after = checkReading(in, test::indices(frameCount));
+    for (int i = 0; GetParam().ticksAreFrames && i < frameCount; ++i)
+        EXPECT_EQ(after[static_cast<std::size_t>(i)], i + 1);
+    EXPECT_TRUE(!GetParam().ticksAreFrames || in.getLength() == frameCount);
+    VideoInputVideoFile sought(file);
+    checkSeeking(sought, test::indices(frameCount), after);
+    EXPECT_EQ(in.getError() + sought.getError(), "");
+}
+
+TEST_P(VideoFileOf, LoopsWhereTheLengthEnds) {
+    VideoInputVideoFile in(file);
+    in.setLoop(true);
+    for (int i = 0; i < 2 * frameCount; ++i) {
+        EXPECT_EQ(nextIndex(in), i % frameCount);
+        EXPECT_TRUE(!GetParam().ticksAreFrames || in.tell() == (i + 1) % frameCount) << in.tell();
     }
 }
 
+class VideoFile : public testing::Test {
+protected:
+    std::string media(const std::string& name, const std::string& options, test::NumberedFrames frames = {}) const {
+        frames.count = frameCount;
+        test::encodeNumbered(directory / name, frames, options);
+        return directory / name;
+    }
+    const test::TempDirectory directory;
+};
+
+std::string bigEndian(long value) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        bytes += static_cast<char>(value >> shift);
+    return bytes;
+}
+
+/// The bytes of an mp4 file of one track with another edit list, of durations (ms) and beginnings (media ticks).
+std::string edited(std::string mp4, const std::vector<std::pair<long, long>>& edits) {
+    const std::size_t list = mp4.find("elst") - 4;
+    const auto boxes = static_cast<long>(edits.size());
+    std::string box = bigEndian(16 + 12 * boxes) + "elst" + bigEndian(0) + bigEndian(boxes);
+    for (const auto& [duration, beginning] : edits)
+        box += bigEndian(duration) + bigEndian(beginning) + bigEndian(0x10000);
+    mp4.replace(list, 28, box);
+    for (const char* parent : {"edts", "trak", "moov"}) {
+        const std::size_t size = mp4.rfind(parent, list) - 4;
+        long value = 12 * (boxes - 1);
+        for (std::size_t i = 0; i < 4; ++i)
+            value += static_cast<long>(static_cast<unsigned char>(mp4[size + i])) << (24 - 8 * i);
+        mp4.replace(size, 4, bigEndian(value));
+    }
+    return mp4;
+}
+
+TEST_F(VideoFile, EditListsAreObeyed) {
+    const std::string whole = test::fileBytes(media("whole.mp4", "-c:v libx264 -g 9 -bf 3"));
+    constexpr long frame = 512; // ticks; the pictures begin at the second
+    auto run = [](int first, int count) {
+        return test::indices(count, first);
+    };
+    std::vector<int> two = run(0, 10);
+    for (const int index : run(20, 10))
+        two.push_back(index);
+    const struct {
+        const char* name;
+        std::vector<std::pair<long, long>> edits;
+        std::vector<int> shown;
+    } rows[] = {
+        {"end.mp4", {{800, 2 * frame}}, run(0, 20)},
+        {"begin.mp4", {{1120, 7 * frame}}, run(5, 28)},
+        {"middle.mp4", {{400, 2 * frame}, {400, 22 * frame}}, two},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        VideoInputVideoFile in(directory.write(row.name, edited(whole, row.edits)));
+        checkSeeking(in, row.shown, checkReading(in, row.shown));
+    }
+}
+
+TEST_F(VideoFile, ACoverPictureIsNotTheVideo) {
+    const std::string cover = directory / "cover.jpg";
+    test::encodeNumbered(cover, {64, 48, 1}, "-update 1");
+    const std::string video = media("video.mp4", "-c:v mpeg4");
+    test::encodeNumbered(directory / "both.mp4", {64, 48, 1}, "-map 0 -map 1 -c copy -disposition:v:0 attached_pic",
+                         "-i '" + cover + "' -i '" + video + "' ");
+    VideoInputVideoFile in(directory / "both.mp4");
+    positions(in, test::indices(frameCount));
+    EXPECT_EQ(nextIndex(in), -2);
+}
+
+TEST_F(VideoFile, NamesWithAColonAreFilesWhereNoProtocolIsCalledSo) {
+    for (const char* name : {"12:30:05.avi", "cam1:front.avi"}) {
+        std::filesystem::rename(media("plain.avi", "-c:v mpeg4"), directory / name);
+        const std::filesystem::path home = std::filesystem::current_path();
+        std::filesystem::current_path(directory.path());
+        EXPECT_EQ(nextIndex(*std::make_unique<VideoInputVideoFile>(name)), 0);
+        EXPECT_EQ(nextIndex(*std::make_unique<VideoInputVideoFile>(std::string("file:") + name)), 0);
+        std::filesystem::current_path(home);
+    }
+    EXPECT_THAT(
+        [] { VideoInputVideoFile in("no:such.avi"); },
+        ThrowsMessage<std::runtime_error>("[VideoInputVideoFile::VideoInputVideoFile]: Failed to open no:such.avi."));
+}
+
 TEST_F(VideoFile, PixelsArriveExactlyInTheCallersOwnMemory) {
-    for (const Case& c : {Case{"even.mkv", "-c:v ffv1"}, Case{"odd.avi", "-c:v ffv1", true, "25", 67, 49}}) {
-        VideoInputVideoFile in(media(c));
-        Image<unsigned char> memory = test::numberedFrame(0, c.width, c.height);
-        Image<unsigned char> wrapping = Ko::wrapRectangle(memory, 0, 0, memory.width, memory.height);
-        Image<unsigned char> owning = memory;
+    const struct {
+        std::string file;
+        int width, height;
+    } rows[] = {{media("even.mkv", "-c:v ffv1"), 64, 48}, {media("odd.avi", "-c:v ffv1", {67, 49}), 67, 49}};
+    for (const auto& row : rows) {
+        VideoInputVideoFile in(row.file);
+        Image memory = test::numberedFrame(0, row.width, row.height);
+        auto at = [&](int p) -> Ko::PlaneMemory {
+            return {memory.plane[p].row(0), memory.plane[p].row(1) - memory.plane[p].row(0)};
+        };
+        Image wrapping = Ko::wrapMemory(Ko::PF_YCC420P, memory.width, memory.height, {at(0), at(1), at(2)});
+        Image owning = memory;
         const unsigned char* data = owning.plane[0].data;
         for (int i = 0; i < 6; ++i) {
-            Image<unsigned char>& target = i % 2 == 0 ? owning : wrapping;
+            Image<>& target = i % 2 == 0 ? owning : wrapping;
             ASSERT_TRUE(in.read(target));
             for (int p = 0; p < 3; ++p)
-                EXPECT_EQ(samples(target, p), samples(test::numberedFrame(i, c.width, c.height), p));
+                EXPECT_EQ(samples(target, p), samples(test::numberedFrame(i, row.width, row.height), p));
         }
         EXPECT_EQ(wrapping.plane[0].rows[1], memory.plane[0].rows[1]);
         EXPECT_EQ(owning.plane[0].data, data) << "a frame costs no new memory";
     }
 }
 
-TEST_F(VideoFile, AStreamWithoutTimeStampsIsOnlyRewound) {
-    const std::string file = media({"raw.h264", "-c:v libx264 -g 9"});
-    VideoInputVideoFile in(file);
-    positions(in);
-    EXPECT_EQ(nextIndex(in), -2);
-    EXPECT_TRUE(in.eof());
-    EXPECT_LT(in.getLength(), 0);
-    EXPECT_EQ(in.seek(5, Ko::VP_END), 0);
-    EXPECT_FALSE(in.eof());
-    in.setLoop(true);
-    for (int i = 0; i <= frameCount; ++i)
-        EXPECT_EQ(nextIndex(in), i % frameCount);
-    EXPECT_EQ(thrownText<std::runtime_error>([&] { in.seek(1, Ko::VP_BEGIN); }),
-              "[VideoInputVideoFile::seek]: " + file + ": error while seeking.");
-    EXPECT_EQ(nextIndex(in), 1);
+TEST_F(VideoFile, AnElementaryStreamIsOnlyRewound) {
+    for (const auto& [name, options] :
+         {std::pair("raw.h264", "-c:v libx264 -g 9"), {"raw.m2v", "-c:v mpeg2video -g 9 -bf 2"}}) {
+        SCOPED_TRACE(name);
+        const std::string file = media(name, options);
+        VideoInputVideoFile in(file);
+        checkReading(in, test::indices(frameCount));
+        EXPECT_LT(in.getLength(), 0);
+        EXPECT_EQ(in.seek(5, Ko::VP_END), 0);
+        EXPECT_FALSE(in.eof());
+        EXPECT_EQ(nextIndex(in), 0);
+        EXPECT_THAT(
+            [&] { in.seek(1, Ko::VP_BEGIN); },
+            ThrowsMessage<std::runtime_error>("[VideoInputVideoFile::seek]: " + file + ": error while seeking."));
+        EXPECT_EQ(nextIndex(in), 1);
+    }
 }
 
 TEST_F(VideoFile, AFormatThatCannotBeConvertedIntoCostsThePicture) {
-    VideoInputVideoFile in(media(cases[0]));
-    Image<unsigned char> rgb(Ko::PF_RGB);
+    VideoInputVideoFile in(media("video.avi", "-c:v mpeg4"));
+    Image rgb(Ko::PF_RGB);
     EXPECT_THROW(in.read(rgb), std::logic_error);
     EXPECT_EQ(rgb.width, 64u);
     EXPECT_EQ(in.tell(), 1);
@@ -209,7 +324,7 @@ TEST_F(VideoFile, PicturesOfAnotherSizeOrFormatMidway) {
         bytes += test::fileBytes(part);
     }
     VideoInputVideoFile in(directory.write("joined.ts", bytes));
-    Image<unsigned char> frame(Ko::PF_YCC444P);
+    Image frame(Ko::PF_YCC444P);
     for (int i = 0; i < 24; ++i) {
         EXPECT_EQ(in.getWidth(), i <= 12 ? 64u : 96u);
         ASSERT_TRUE(in.read(frame));
@@ -217,8 +332,9 @@ TEST_F(VideoFile, PicturesOfAnotherSizeOrFormatMidway) {
         EXPECT_EQ(frame.height, i < 12 ? 48u : 80u);
     }
     for (int i = 0; i < 12; ++i)
-        EXPECT_EQ(thrownText<std::runtime_error>([&] { in.read(frame); }),
-                  "[VideoInputVideoFile::open]: Input pixel format of stream is not supported.");
+        EXPECT_THAT([&] { in.read(frame); },
+                    ThrowsMessage<std::runtime_error>(
+                        "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."));
     EXPECT_FALSE(in.read(frame));
 }
 
