@@ -99,8 +99,8 @@ public:
     /// libav's mark for that, which is negative.
     long getLength() const override;
 
-    /// What libav reported last since open(): why reading ended before the end of the file, or a damaged packet that was
-    /// skipped, with the number of those. Empty while all is well, and when unopened.
+    /// What libav reported last since open(): why reading ended before the end of the file, or a damaged packet that
+    /// was skipped, with the number of those. Empty while all is well, and when unopened.
     std::string getError() const;
 
     /// Makes the source start again at its end: the read() that reaches the length leaves the position at 0. Off until
