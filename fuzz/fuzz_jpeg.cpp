@@ -1,10 +1,45 @@
-#include "ReadStill.h"
+#include "Kovanta/ImageFile.h"
+#include "Stills.h"
+#include "imagefile/StillOracle.h"
+
+#include <csetjmp>
+#include <cstdio>
+// jpeglib.h needs stdio.h before it.
+#include <jpeglib.h>
+
+namespace {
+
+struct Jump {
+    jpeg_error_mgr manager;
+    std::jmp_buf target;
+};
+
+// The jump passes this function only, which holds nothing to destroy.
+bool readHeader(jpeg_decompress_struct& jpeg, Jump& jump, const std::string& bytes) {
+    if (setjmp(jump.target) != 0)
+        return false;
+    jpeg_create_decompress(&jpeg);
+    jpeg_mem_src(&jpeg, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    return jpeg_read_header(&jpeg, TRUE) == JPEG_HEADER_OK;
+}
+
+std::optional<fuzz::Announced> announced(const std::string& bytes) {
+    jpeg_decompress_struct jpeg{};
+    Jump jump{};
+    jpeg.err = jpeg_std_error(&jump.manager);
+    jump.manager.error_exit = [](j_common_ptr object) {
+        std::longjmp(reinterpret_cast<Jump*>(object->err)->target, 1);
+    };
+    const bool read = readHeader(jpeg, jump, bytes);
+    const fuzz::Announced size{jpeg.image_width, jpeg.image_height, static_cast<std::uint64_t>(jpeg.num_components)};
+    jpeg_destroy_decompress(&jpeg);
+    return read ? std::optional(size) : std::nullopt;
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    for (std::size_t i = 0; i + 9 <= size; ++i)
-        if (bytes[i] == 0xFF && bytes[i + 1] >= 0xC0 && bytes[i + 1] <= 0xCF && bytes[i + 1] != 0xC4 &&
-            fuzzing::tooBig(fuzzing::bigEndian(bytes + i + 5, 2), fuzzing::bigEndian(bytes + i + 7, 2)))
-            return 0;
-    fuzzing::readStill(Ko::readJpegImage, bytes, size);
+    fuzz::readStill({Ko::readJpegImage, announced, test::decodeJpeg},
+                    std::string(reinterpret_cast<const char*>(bytes), size), fuzz::Choices(bytes, size));
     return 0;
 }

@@ -1,0 +1,39 @@
+#ifndef KOVANTA_FUZZ_STILLS_H
+#define KOVANTA_FUZZ_STILLS_H
+
+#include "Choices.h"
+#include "support/TestImages.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace fuzz {
+
+/// What a file says of its picture, in numbers that cannot wrap.
+struct Announced {
+    std::uint64_t width;
+    std::uint64_t height;
+    std::uint64_t bytesPerPixel;
+
+    /// Whether a reader has to refuse it as too large.
+    bool tooLarge() const;
+    /// Pictures that fit but only cost time are left out.
+    bool tedious() const { return !tooLarge() && width * height > std::uint64_t{1} << 18; }
+};
+
+/// A reader and what its results are held against.
+struct StillReader {
+    void (*read)(test::Image&, const std::string&);
+    std::optional<Announced> (*announced)(const std::string& bytes);
+    /// The picture as the bare library has it, or nothing.
+    std::optional<test::Image> (*decode)(const std::string& bytes);
+};
+
+/// Reads a file with those bytes into an owning image or one over foreign memory, whose format and size the choices
+/// say, and holds the outcome against the bare library's.
+void readStill(const StillReader& reader, const std::string& bytes, Choices choices);
+
+} // namespace fuzz
+
+#endif
