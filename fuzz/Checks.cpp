@@ -59,6 +59,11 @@ void requireSame(const test::Image& im, const test::Image& expected, const char*
 
 } // namespace fuzz
 
+// The other allocations of C++ stay the sanitizer's, whose blocks may then be freed by ours.
+extern "C" const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier)
+    return "alloc_dealloc_mismatch=0:allocator_may_return_null=1";
+}
+
 // The program's own, so that sizes can be refused without the sanitizer's taking it for the end of the world.
 void* operator new(std::size_t size) {
     return fuzz::obtain(size, alignof(std::max_align_t));

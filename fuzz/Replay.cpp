@@ -1,5 +1,8 @@
-// Runs a target once over each file of its corpus, and over each of these with every byte cut off or changed when
-// --damage is given: what the tests of every build do, where there is no fuzzer.
+// Runs a target over each file of its corpus: what the tests of every build do, where there is no fuzzer. --damage:
+// also with every byte cut off or changed. --patient: also large pictures, and every destination that the last bytes
+// choose.
+#include "Stills.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -7,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
@@ -32,6 +36,12 @@ void damage(const std::string& bytes) {
     }
 }
 
+void everyEnding(const std::string& bytes) {
+    for (char last = 0; last < 8; ++last)
+        for (const char* flips : {"\0\0", "\0\1", "\1\0", "\1\1"})
+            run(bytes + flips[0] + flips[1] + last);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -40,6 +50,8 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::string(argv[i]) == "--damage")
             damaged = true;
+        else if (std::string(argv[i]) == "--patient")
+            fuzz::patient = true;
         else if (std::filesystem::is_directory(argv[i]))
             std::copy(std::filesystem::directory_iterator(argv[i]), {}, std::back_inserter(files));
         else
@@ -47,7 +59,7 @@ int main(int argc, char** argv) {
     }
     std::sort(files.begin(), files.end());
     if (files.empty()) {
-        std::fputs("usage: replay [--damage] CORPUS\n", stderr);
+        std::fputs("usage: replay [--damage] [--patient] FILE|DIRECTORY...\n", stderr);
         return 1;
     }
     run("");
@@ -57,8 +69,13 @@ int main(int argc, char** argv) {
         std::printf("%s, %zu bytes\n", file.filename().c_str(), bytes.size());
         std::fflush(stdout);
         run(bytes);
-        if (damaged)
+        if (fuzz::patient)
+            everyEnding(bytes);
+        if (damaged) {
+            const bool before = std::exchange(fuzz::patient, false); // a changed size only takes time
             damage(bytes);
+            fuzz::patient = before;
+        }
     }
     return 0;
 }

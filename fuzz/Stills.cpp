@@ -45,6 +45,8 @@ private:
 
 } // namespace
 
+bool patient = false;
+
 bool Announced::tooLarge() const {
     constexpr std::uint64_t most = 0xFFFFFFFFu;
     return height > std::uint64_t{1} << 28 || width * bytesPerPixel > most || width * bytesPerPixel * height > most;
@@ -52,7 +54,7 @@ bool Announced::tooLarge() const {
 
 void readStill(const StillReader& reader, const std::string& bytes, Choices choices) {
     const std::optional<Announced> announced = reader.announced(bytes);
-    if (announced && announced->tedious())
+    if (announced && announced->tedious() && !patient)
         return;
     static test::MemoryFile file;
     file.hold(bytes);
@@ -63,7 +65,7 @@ void readStill(const StillReader& reader, const std::string& bytes, Choices choi
     bool converted = true;
     {
         const DescriptorWatch descriptors;
-        const AllocationLimit limit(std::size_t{1} << 26);
+        const AllocationLimit limit(std::size_t{1} << (patient ? 30 : 26));
         try {
             reader.read(im, file.path());
             read = true;
@@ -93,6 +95,8 @@ void readStill(const StillReader& reader, const std::string& bytes, Choices choi
     } catch (const std::exception&) { // there is no conversion for this pair
     }
     if (converted) {
+        if (destination.wraps && !destination.fits && !im.plane[0].alloc)
+            return; // foreign memory that holds a part of the picture
         require(expected.has_value(), "converted where no conversion is");
         requireSame(im, *expected, "another picture than the file's");
     } else {

@@ -18,9 +18,12 @@ struct Announced {
 
     /// Whether a reader has to refuse it as too large.
     bool tooLarge() const;
-    /// Pictures that fit but only cost time are left out.
+    /// Whether it fits but only costs time.
     bool tedious() const { return !tooLarge() && width * height > std::uint64_t{1} << 18; }
 };
+
+/// Whether pictures that only take time are read too, for files that are known.
+extern bool patient;
 
 /// A reader and what its results are held against.
 struct StillReader {

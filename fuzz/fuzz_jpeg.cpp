@@ -1,6 +1,6 @@
+#include "BareLibraries.h"
 #include "Kovanta/ImageFile.h"
 #include "Stills.h"
-#include "imagefile/StillOracle.h"
 
 #include <csetjmp>
 #include <cstdio>
@@ -39,7 +39,7 @@ std::optional<fuzz::Announced> announced(const std::string& bytes) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    fuzz::readStill({Ko::readJpegImage, announced, test::decodeJpeg},
+    fuzz::readStill({Ko::readJpegImage, announced, fuzz::decodeJpeg},
                     std::string(reinterpret_cast<const char*>(bytes), size), fuzz::Choices(bytes, size));
     return 0;
 }

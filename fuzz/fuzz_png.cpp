@@ -1,7 +1,7 @@
+#include "BareLibraries.h"
 #include "Kovanta/ImageFile.h"
 #include "Stills.h"
-#include "imagefile/StillMakers.h"
-#include "imagefile/StillOracle.h"
+#include "imagefile/PngChunks.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ std::optional<fuzz::Announced> announced(const std::string& bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const std::string file(reinterpret_cast<const char*>(bytes), size);
-    const fuzz::StillReader reader{Ko::readPngImage, announced, test::decodePng};
+    const fuzz::StillReader reader{Ko::readPngImage, announced, fuzz::decodePng};
     fuzz::readStill(reader, file, fuzz::Choices(bytes, size));
     // Nearly every change dies at a checksum, so try again with right ones.
     fuzz::readStill(reader, test::withRightChecksums(file), fuzz::Choices(bytes, size));
