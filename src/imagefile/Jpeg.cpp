@@ -79,6 +79,8 @@ void readJpegImage(Image<>& im, const std::string& name) {
             jpeg_read_scanlines(info, rows + info->output_scanline, 1);
         jpeg_finish_decompress(info);
     });
+    if (std::ferror(file)) // which libjpeg takes for the end of the file
+        throwRuntimeError(function, "libjpeg failed.", "Input file read error");
     deliver(im, std::move(picture));
 }
 
