@@ -16,8 +16,6 @@
 #include <stdexcept>
 #include <string>
 
-using Image = Ko::Image<unsigned char>;
-
 namespace {
 
 /// The pixel format in which a file of that name is written.
@@ -34,10 +32,10 @@ Ko::PIXEL_FORMAT formatWritten(const std::string& name) {
 
 /// Reads a still as the file has it, without a conversion. The wanted format is tried first; a reader refuses, with a
 /// std::logic_error, what it cannot convert.
-Image readAsItIs(const std::string& name, Ko::PIXEL_FORMAT wanted) {
+Ko::Image<> readAsItIs(const std::string& name, Ko::PIXEL_FORMAT wanted) {
     for (const Ko::PIXEL_FORMAT format : {wanted, Ko::PF_RGB, Ko::PF_Y, Ko::PF_JFIF, Ko::PF_RGBA}) {
         try {
-            Image image(format);
+            Ko::Image image(format);
             Ko::readImage(image, name);
             return image;
         } catch (const std::logic_error&) {
@@ -48,7 +46,7 @@ Image readAsItIs(const std::string& name, Ko::PIXEL_FORMAT wanted) {
     throw std::logic_error("not reached");
 }
 
-bool convertDirectly(Image& target, const Image& source) {
+bool convertDirectly(Ko::Image<>& target, const Ko::Image<>& source) {
     try {
         Ko::convertIm(target, source);
         return true;
@@ -59,7 +57,7 @@ bool convertDirectly(Image& target, const Image& source) {
 
 /// Converts into the target's format and says by which way.
 /// @throws std::runtime_error when there is none
-std::string convert(Image& target, const Image& source) {
+std::string convert(Ko::Image<>& target, const Ko::Image<>& source) {
     const std::string from = fmt2string(source.format);
     const std::string to = fmt2string(target.format);
     if (source.format == target.format) {
@@ -68,7 +66,7 @@ std::string convert(Image& target, const Image& source) {
     }
     if (convertDirectly(target, source))
         return from + " to " + to;
-    Image bridge(Ko::PF_YCC444P);
+    Ko::Image bridge(Ko::PF_YCC444P);
     if (convertDirectly(bridge, source) && convertDirectly(target, bridge))
         return from + " to " + fmt2string(bridge.format) + " to " + to;
     throw std::runtime_error("There is no way from " + from + " to " + to + ".");
@@ -86,8 +84,8 @@ int main(int argc, char** argv) {
 
     try {
         const Ko::PIXEL_FORMAT wanted = formatWritten(out);
-        const Image source = readAsItIs(in, wanted);
-        Image target(wanted);
+        const Ko::Image source = readAsItIs(in, wanted);
+        Ko::Image target(wanted);
         const std::string way = convert(target, source);
         Ko::writeImage(out, target);
         std::cout << target.width << " x " << target.height << ", " << way << "\n";

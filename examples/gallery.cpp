@@ -12,8 +12,6 @@
 #include <iostream>
 #include <string>
 
-using Picture = Ko::Image<unsigned char>;
-
 namespace {
 
 constexpr Ko::YCCColor paper{225, 128, 128};
@@ -23,16 +21,16 @@ constexpr Ko::YCCColor blue{90, 190, 100};
 constexpr Ko::YCCColor red{90, 100, 210};
 constexpr Ko::YCCColor green{110, 90, 80};
 
-Picture blank(unsigned int width, unsigned int height) {
-    Picture im(Ko::PF_YCC444P);
+Ko::Image<> blank(unsigned int width, unsigned int height) {
+    Ko::Image im(Ko::PF_YCC444P);
     im.size(width, height);
     Ko::drawBbox(im, {0, 0, static_cast<int>(width) - 1, static_cast<int>(height)}, paper, true);
     return im;
 }
 
 /// Each pixel becomes a square with a line of the grid at its right and bottom.
-Picture enlarged(const Picture& im, int scale) {
-    Picture large = blank(im.width * static_cast<unsigned int>(scale), im.height * static_cast<unsigned int>(scale));
+Ko::Image<> enlarged(const Ko::Image<>& im, int scale) {
+    Ko::Image large = blank(im.width * static_cast<unsigned int>(scale), im.height * static_cast<unsigned int>(scale));
     for (int y = 0; y < static_cast<int>(im.height); ++y)
         for (int x = 0; x < static_cast<int>(im.width); ++x) {
             const Ko::YCCColor c{im.plane[0].view[y][x], im.plane[1].view[y][x], im.plane[2].view[y][x]};
@@ -43,8 +41,8 @@ Picture enlarged(const Picture& im, int scale) {
     return large;
 }
 
-Picture lines() {
-    Picture im = blank(48, 24);
+Ko::Image<> lines() {
+    Ko::Image im = blank(48, 24);
     Ko::drawLine(im, 2, 2, 45, 2, ink);
     Ko::drawLine(im, Ko::Point<int>{2, 5}, {45, 9}, blue);
     Ko::drawLine(im, 2, 9, 20, 21, red);
@@ -53,32 +51,32 @@ Picture lines() {
     return im;
 }
 
-Picture boxes() {
-    Picture im = blank(48, 24);
+Ko::Image<> boxes() {
+    Ko::Image im = blank(48, 24);
     Ko::drawBbox(im, {3, 3, 20, 20}, blue, false);
     Ko::drawBbox(im, {27, 3, 44, 20}, red, true); // ends a row above the outline's
     return im;
 }
 
-Picture vectors() {
-    Picture im = blank(48, 24);
-    Ko::drawVector2D(im, Ko::Vector2D<int>{26, 0}, {2, 6}, 5, ink);
-    Ko::drawVector2D(im, Ko::Vector2D<int>{20, 9}, {3, 12}, 4, blue);
-    Ko::drawVector2D(im, Ko::Vector2D<float>{9.6f, -14.4f}, {33, 20}, 4, red);
-    Ko::drawVector2D(im, Ko::Vector2D<int>{3, 2}, {43, 18}, 5, green); // shorter than its head
+Ko::Image<> vectors() {
+    Ko::Image im = blank(48, 24);
+    Ko::drawVector2D(im, {26, 0}, {2, 6}, 5, ink);
+    Ko::drawVector2D(im, {20, 9}, {3, 12}, 4, blue);
+    Ko::drawVector2D(im, {9.6f, -14.4f}, {33, 20}, 4, red);
+    Ko::drawVector2D(im, {3, 2}, {43, 18}, 5, green); // shorter than its head
     return im;
 }
 
-Picture glyphs() {
-    Picture im = blank(48, 32);
+Ko::Image<> glyphs() {
+    Ko::Image im = blank(48, 32);
     Ko::Font font;
     font.init(14);
     font.drawText(im, "Ag&9\nKo::", {3, 11}, ink);
     return im;
 }
 
-Picture paragraph() {
-    Picture im = blank(480, 176);
+Ko::Image<> paragraph() {
+    Ko::Image im = blank(480, 176);
     int y = 0;
     for (const unsigned int size : {9u, 12u, 16u, 22u, 32u, 44u}) {
         Ko::Font font;

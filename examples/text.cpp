@@ -1,5 +1,6 @@
 // text INPUT OUTPUT: a still with a box, a vector and text drawn over it.
 
+#include <Kovanta/Colors.h>
 #include <Kovanta/Draw.h>
 #include <Kovanta/Font.h>
 #include <Kovanta/ImageFile.h>
@@ -13,10 +14,7 @@
 
 namespace {
 
-constexpr Ko::YCCColor white{235, 128, 128};
-constexpr Ko::YCCColor black{16, 128, 128};
-constexpr Ko::YCCColor yellow{210, 16, 146};
-constexpr Ko::YCCColor red{82, 90, 240};
+using namespace Ko::colors;
 
 struct Options {
     std::string input;
@@ -26,7 +24,7 @@ struct Options {
 };
 
 void annotate(const Options& options) {
-    Ko::Image<unsigned char> im(Ko::PF_YCC444P);
+    Ko::Image im(Ko::PF_YCC444P);
     Ko::readImage(im, options.input);
     const int w = static_cast<int>(im.width);
     const int h = static_cast<int>(im.height);
@@ -34,7 +32,7 @@ void annotate(const Options& options) {
 
     Ko::Font font;
     if (options.fontFile.empty())
-        font.init(nullptr, 0, size); // the built-in font
+        font.init(size); // the built-in font
     else
         font.init(options.fontFile, size);
 
