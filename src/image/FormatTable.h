@@ -3,8 +3,9 @@
 
 #include "Kovanta/PixelFormat.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 namespace Ko {
 
@@ -21,31 +22,59 @@ struct FormatEntry {
     const char* text;
 };
 
-// The grey formats carry half-width chroma planes that nothing reads: their layout is that of PF_JFIF422P.
-inline constexpr FormatEntry formatTable[] = {
-    {PF_UNKNOWN, FormatKind::none, 0, 0, {0, 0, 0, 0}, {0, 0, 0, 0}, "PF_UNKNOWN (Unknown format)"},
-    {PF_YCC444P, FormatKind::planar, 1, 1, {1, 1, 1, 0}, {1, 1, 1, 0}, "PF_YCC444P (Planar Y'CbCr 4:4:4)"},
-    {PF_YCCA4444P, FormatKind::planar, 1, 1, {1, 1, 1, 1}, {1, 1, 1, 1}, "PF_YCCA4444P (Planar Y'CbCrA 4:4:4:4)"},
-    {PF_RGB, FormatKind::packed, 3, 1, {1, 0, 0, 0}, {1, 0, 0, 0}, "PF_RGB (Packed RGB 4:4:4)"},
-    {PF_RGBA, FormatKind::packed, 4, 1, {1, 0, 0, 0}, {1, 0, 0, 0}, "PF_RGBA (Packed RGBA 4:4:4:4)"},
-    {PF_Y, FormatKind::planar, 1, 1, {1, 2, 2, 0}, {1, 1, 1, 0}, "PF_Y (Grayscale)"},
-    {PF_YAP, FormatKind::planar, 1, 1, {1, 2, 2, 1}, {1, 1, 1, 1}, "PF_YAP (Planar grayscale with alpha)"},
-    {PF_JFIF, FormatKind::packed, 3, 1, {1, 0, 0, 0}, {1, 0, 0, 0}, "PF_JFIF (Packed JFIF Y'CbCr 4:4:4)"},
-    {PF_JFIF422P, FormatKind::planar, 1, 1, {1, 2, 2, 0}, {1, 1, 1, 0}, "PF_JFIF422P (Planar JFIF Y'CbCr 4:2:2)"},
-    {PF_YCC420P, FormatKind::planar, 1, 1, {1, 2, 2, 0}, {1, 2, 2, 0}, "PF_YCC420P (Planar Y'CbCr 4:2:0)"},
-    {PF_BGR, FormatKind::packed, 3, 1, {1, 0, 0, 0}, {1, 0, 0, 0}, "PF_BGR (Packed BGR)"},
-    {PF_YUY2, FormatKind::packed, 4, 2, {1, 0, 0, 0}, {1, 0, 0, 0}, "PF_YUY2 (YUY2)"},
-};
-
-inline constexpr std::size_t formatCount = std::size(formatTable);
-
-constexpr bool rowsFollowTheEnumeration() {
-    for (std::size_t i = 0; i < formatCount; ++i)
-        if (formatTable[i].format != i)
-            return false;
-    return formatTable[formatCount - 1].format == PF_YUY2;
+constexpr FormatEntry packed(PIXEL_FORMAT f, std::uint8_t bytesNum, std::uint8_t bytesDen, const char* text) {
+    return {f, FormatKind::packed, bytesNum, bytesDen, {1, 0, 0, 0}, {1, 0, 0, 0}, text};
 }
-static_assert(rowsFollowTheEnumeration(), "formatTable has one row per PIXEL_FORMAT, in order");
+
+/// Luma at full resolution, chroma divided by h x v, and alpha at full resolution or none.
+constexpr FormatEntry planar(PIXEL_FORMAT f, std::uint8_t h, std::uint8_t v, bool alpha, const char* text) {
+    return {f, FormatKind::planar, 1, 1, {1, h, h, alpha}, {1, v, v, alpha}, text};
+}
+
+// A format without a row does not compile.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic error "-Wswitch"
+constexpr FormatEntry rowOf(PIXEL_FORMAT f) {
+    switch (f) {
+    case PF_UNKNOWN:
+        break;
+    case PF_YCC444P:
+        return planar(f, 1, 1, false, "PF_YCC444P (Planar Y'CbCr 4:4:4)");
+    case PF_YCCA4444P:
+        return planar(f, 1, 1, true, "PF_YCCA4444P (Planar Y'CbCrA 4:4:4:4)");
+    case PF_RGB:
+        return packed(f, 3, 1, "PF_RGB (Packed RGB 4:4:4)");
+    case PF_RGBA:
+        return packed(f, 4, 1, "PF_RGBA (Packed RGBA 4:4:4:4)");
+    // The grey formats carry half-width chroma planes that nothing reads: their layout is that of PF_JFIF422P.
+    case PF_Y:
+        return planar(f, 2, 1, false, "PF_Y (Grayscale)");
+    case PF_YAP:
+        return planar(f, 2, 1, true, "PF_YAP (Planar grayscale with alpha)");
+    case PF_JFIF:
+        return packed(f, 3, 1, "PF_JFIF (Packed JFIF Y'CbCr 4:4:4)");
+    case PF_JFIF422P:
+        return planar(f, 2, 1, false, "PF_JFIF422P (Planar JFIF Y'CbCr 4:2:2)");
+    case PF_YCC420P:
+        return planar(f, 2, 2, false, "PF_YCC420P (Planar Y'CbCr 4:2:0)");
+    case PF_BGR:
+        return packed(f, 3, 1, "PF_BGR (Packed BGR)");
+    case PF_YUY2:
+        return packed(f, 4, 2, "PF_YUY2 (YUY2)");
+    }
+    return {f, FormatKind::none, 0, 0, {0, 0, 0, 0}, {0, 0, 0, 0}, "PF_UNKNOWN (Unknown format)"};
+}
+#pragma GCC diagnostic pop
+
+inline constexpr std::size_t formatCount = PF_YUY2 + 1;
+static_assert(rowOf(PIXEL_FORMAT{formatCount}).kind == FormatKind::none, "formatCount counts all formats");
+
+inline constexpr auto formatTable = [] {
+    std::array<FormatEntry, formatCount> table{};
+    for (std::size_t f = 0; f < formatCount; ++f)
+        table[f] = rowOf(static_cast<PIXEL_FORMAT>(f));
+    return table;
+}();
 
 /// The row of a format, or null for a value outside the enumeration.
 constexpr const FormatEntry* findFormat(PIXEL_FORMAT f) {

@@ -150,6 +150,7 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
     for (std::size_t n = 0; n <= 130; ++n)
         sizes.push_back(n);
     sizes.insert(sizes.end(), {255, 256, 1023, 1024, 1025, 1087, longest});
+    ASSERT_EQ(kernels().size(), sizeof(RowKernels) / sizeof(void (*)())) << "a kernel is not compared";
     const Place places[] = {{false, 0}, {true, 0}, {false, 1}, {false, 7}, {true, 13}, {false, 32}, {true, 63}};
 
     for (const Kernel& kernel : kernels())

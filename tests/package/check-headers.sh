@@ -11,7 +11,7 @@ for header in "$source_dir"/include/Kovanta/*.h; do
   printf '%s\0' "-std=c++17 -I$source_dir/include" "Kovanta/${header##*/}" \
     "-std=c++20 -I$source_dir/include" "Kovanta/${header##*/}" >>"$list"
 done
-(cd "$source_dir/src" && find . -path ./image/kernels -prune -o -name '*.h' -printf '%P\n') | sort | while read -r header; do
+(cd "$source_dir/src" && find . -name '*.h' -printf '%P\n') | sort | while read -r header; do
   options="-std=c++17 $*"
   [[ $header != image/kernels/* ]] || options+=" -march=icelake-server"
   printf '%s\0' "$options" "$header" >>"$list"

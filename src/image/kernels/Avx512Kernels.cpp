@@ -3,34 +3,25 @@
 #include "image/kernels/Vectors512.h"
 
 #include "image/kernels/KernelLevels.h"
-#include "image/kernels/Matrices.h"
-#include "image/kernels/Means.h"
 #include "image/kernels/Shuffles512.h"
-#include "image/kernels/Triples.h"
+#include "image/kernels/VectorKernels.h"
 
 namespace Ko {
+namespace {
 
-const RowKernels avx512Kernels = {
-    packedToYcc<3, 0, 2>,
-    packedToYcc<3, 2, 0>,
-    packedToYcc<4, 0, 2>,
-    rgbaToYcca,
-    yccToRgb,
-    mapRange<LumaToStudio>,
-    mapRange<LumaToFull>,
-    jfifToYcc,
-    yccToJfif,
-    shuffleChromaToStudioDoubled,
-    meanOfBlocks<2>,
-    meanOfBlocks<0>,
-    shuffleDoubled,
-    shuffleYuy2ToYcc,
-    shuffleYccToYuy2,
-    shuffleMirrorBytes,
-    mirrorTriples,
-    mirrorBytesInPlace,
-    mirrorTriplesInPlace,
-    swapRows,
-};
+/// What any 64 of 128 bytes in one instruction are worth a kernel of its own for.
+constexpr RowKernels withShuffles(RowKernels k) {
+    k.chromaToStudioDoubled = shuffleChromaToStudioDoubled;
+    k.doubled = shuffleDoubled;
+    k.yuy2ToYcc = shuffleYuy2ToYcc;
+    k.yccToYuy2 = shuffleYccToYuy2;
+    k.mirrorBytes = shuffleMirrorBytes;
+    return k;
+}
+
+} // namespace
+
+constexpr RowKernels avx512Kernels = withShuffles(vectorKernels());
+static_assert(isComplete(avx512Kernels));
 
 } // namespace Ko

@@ -1,6 +1,8 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_BLOCKS_H
 #define KOVANTA_SRC_IMAGE_KERNELS_BLOCKS_H
 
+#include "image/kernels/Vectors.h"
+
 #include <cstddef>
 
 namespace Ko {

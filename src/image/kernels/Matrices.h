@@ -1,12 +1,14 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_MATRICES_H
 #define KOVANTA_SRC_IMAGE_KERNELS_MATRICES_H
 
-// The two BT.601 matrices, a block of pixels at a time, in the vector operations of the level that includes this.
+// The two matrices, a block of pixels at a time.
 //
 // A product of a sample and a factor of more than 16 bits comes from one addition of products of 16-bit pairs: the
 // sample x stands in the pair as (x, x * scale), and the factor f as (f % scale, f / scale).
 
 #include "image/kernels/Blocks.h"
+#include "image/kernels/Bt601.h"
+#include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
 
 namespace Ko {
@@ -30,31 +32,32 @@ struct YccParts {
 /// sums keep their results in bits 23..30 and are never negative.
 template <int step, int r, int b>
 [[gnu::always_inline]] inline YccParts encodeQuarter(const Byte* src, int quarter) {
-    constexpr int yp = 2154103, yq = 821297, yg = 7204340;
-    constexpr int cbp = -1243382, cbq = 3684401, crp = 3684401, crq = -599163;
-    constexpr int half = 1 << 22;
+    using namespace bt601;
     const auto low = [](int p, int q) {
-        return allDwords(pairOf(p % 128, q % 128));
+        return broadcastDwords(pairOf(p % 128, q % 128));
     };
     const auto high = [](int p, int q) {
-        return allDwords(pairOf(p / 128, q / 128));
+        return broadcastDwords(pairOf(p / 128, q / 128));
     };
-    const Vec lumaBias = allDwords(half + (16 << 23) + yg / 256 * (128 * 256));
-    const Vec chromaBias = allDwords(half + (128 << 23));
+    const Vec lumaBias =
+        broadcastDwords(encodeRounding + (lumaOffset << encodeBits) + lumaFromGrey / 256 * (128 * 256));
+    const Vec chromaBias = broadcastDwords(encodeRounding + (chromaZero << encodeBits));
 
     const Vec pixels = loadPixels<step>(src, quarter);
-    const Vec green = pick(pixels, pixelIndex<step, 1, -1, 1, -1>());
+    const Vec green = shuffleBytes(pixels, pixelIndex<step, 1, -1, 1, -1>());
     constexpr bool inPlace = step == 4 && r == 0 && b == 2;
     const Vec redBlue =
-        inPlace ? commonBits(pixels, allDwords(0x00FF00FF)) : pick(pixels, pixelIndex<step, r, -1, b, -1>());
+        inPlace ? andBits(pixels, broadcastDwords(0x00FF00FF)) : shuffleBytes(pixels, pixelIndex<step, r, -1, b, -1>());
     const Vec pq = subtractWords(redBlue, green);
-    const Vec pq128 = shiftWordsUp<7>(pq);
+    const Vec pq128 = shiftLeftWords<7>(pq);
     // (G, (G - 128) * 256): the difference is the flipped sign.
-    const Vec greenPair = flipBits(pick(pixels, pixelIndex<step, 1, -1, -1, 1>()), allDwords(INT32_MIN));
-    const Vec fromGreen = addProducts(lumaBias, greenPair, allDwords(split<256>(yg)));
-    return {addProducts(addProducts(fromGreen, pq, low(yp, yq)), pq128, high(yp, yq)),
-            addProducts(addProducts(chromaBias, pq, low(cbp, cbq)), pq128, high(cbp, cbq)),
-            addProducts(addProducts(chromaBias, pq, low(crp, crq)), pq128, high(crp, crq))};
+    const Vec greenPair = xorBits(shuffleBytes(pixels, pixelIndex<step, 1, -1, -1, 1>()), broadcastDwords(INT32_MIN));
+    const Vec fromGreen = addDotProducts(lumaBias, greenPair, broadcastDwords(split<256>(lumaFromGrey)));
+    return {
+        addDotProducts(addDotProducts(fromGreen, pq, low(lumaFromRed, lumaFromBlue)), pq128,
+                       high(lumaFromRed, lumaFromBlue)),
+        addDotProducts(addDotProducts(chromaBias, pq, low(cbFromRed, cbFromBlue)), pq128, high(cbFromRed, cbFromBlue)),
+        addDotProducts(addDotProducts(chromaBias, pq, low(crFromRed, crFromBlue)), pq128, high(crFromRed, crFromBlue))};
 }
 
 template <int step, int r, int b>
@@ -83,18 +86,19 @@ struct RgbWords {
 /// scaled by 2^21.
 [[gnu::always_inline]] inline RgbWords decodeHalf(Vec y, Vec u256, Vec v256) {
     const auto add = [](Vec sum, Vec pair, int factors) {
-        return addProducts(sum, pair, allDwords(factors));
+        return addDotProducts(sum, pair, broadcastDwords(factors));
     };
-    const Vec bias = allDwords(-39070208 + (1 << 20));
-    const Vec y128 = shiftWordsUp<7>(y);
-    const Vec u = shiftSignedWordsDown<8>(u256);
-    const Vec v = shiftSignedWordsDown<8>(v256);
-    const Vec uLow = weaveWordsLow(u, u256), uHigh = weaveWordsHigh(u, u256);
-    const Vec vLow = weaveWordsLow(v, v256), vHigh = weaveWordsHigh(v, v256);
-    constexpr int ty = split<128>(2441888), rv = split<256>(3347112), gu = split<256>(-821584),
-                  gv = split<256>(-1704919), bu = split<256>(4230439);
-    const Vec tLow = add(bias, weaveWordsLow(y, y128), ty);
-    const Vec tHigh = add(bias, weaveWordsHigh(y, y128), ty);
+    using namespace bt601;
+    const Vec bias = broadcastDwords(decodeRounding - lumaOffset * fromLuma);
+    const Vec y128 = shiftLeftWords<7>(y);
+    const Vec u = shiftRightSignedWords<8>(u256);
+    const Vec v = shiftRightSignedWords<8>(v256);
+    const Vec uLow = interleaveWordsLow(u, u256), uHigh = interleaveWordsHigh(u, u256);
+    const Vec vLow = interleaveWordsLow(v, v256), vHigh = interleaveWordsHigh(v, v256);
+    constexpr int ty = split<128>(fromLuma), rv = split<256>(redFromCr), gu = split<256>(greenFromCb),
+                  gv = split<256>(greenFromCr), bu = split<256>(blueFromCb);
+    const Vec tLow = add(bias, interleaveWordsLow(y, y128), ty);
+    const Vec tHigh = add(bias, interleaveWordsHigh(y, y128), ty);
     return {descale(add(tLow, vLow, rv), add(tHigh, vHigh, rv)),
             descale(add(add(tLow, uLow, gu), vLow, gv), add(add(tHigh, uHigh, gu), vHigh, gv)),
             descale(add(tLow, uLow, bu), add(tHigh, uHigh, bu))};
@@ -102,12 +106,12 @@ struct RgbWords {
 
 [[gnu::always_inline]] inline void decodeBlock(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr) {
     const Vec luma = loadVector(y);
-    const Vec blue = flipBits(loadVector(cb), allBytes(0x80));
-    const Vec red = flipBits(loadVector(cr), allBytes(0x80));
+    const Vec blue = xorBits(loadVector(cb), broadcastBytes(0x80));
+    const Vec red = xorBits(loadVector(cr), broadcastBytes(0x80));
     const RgbWords low =
-        decodeHalf(weaveBytesLow(luma, zero()), weaveBytesLow(zero(), blue), weaveBytesLow(zero(), red));
-    const RgbWords high =
-        decodeHalf(weaveBytesHigh(luma, zero()), weaveBytesHigh(zero(), blue), weaveBytesHigh(zero(), red));
+        decodeHalf(interleaveBytesLow(luma, zero()), interleaveBytesLow(zero(), blue), interleaveBytesLow(zero(), red));
+    const RgbWords high = decodeHalf(interleaveBytesHigh(luma, zero()), interleaveBytesHigh(zero(), blue),
+                                     interleaveBytesHigh(zero(), red));
     storeTriples<placeAfterDescale>(rgb, packWords(low.r, high.r), packWords(low.g, high.g), packWords(low.b, high.b));
 }
 
@@ -119,26 +123,18 @@ void encodeFew(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, con
         const int red = src[step * i + r];
         const int green = src[step * i + 1];
         const int blue = src[step * i + b];
-        constexpr int half = 1 << 22;
-        y[i] = static_cast<Byte>(((2154103 * red + 4228940 * green + 821297 * blue + half) >> 23) + 16);
-        cb[i] = static_cast<Byte>(((-1243382 * red - 2441019 * green + 3684401 * blue + half) >> 23) + 128);
-        cr[i] = static_cast<Byte>(((3684401 * red - 3085238 * green - 599163 * blue + half) >> 23) + 128);
+        y[i] = lumaOf(red, green, blue);
+        cb[i] = cbOf(red, green, blue);
+        cr[i] = crOf(red, green, blue);
     }
-}
-
-inline Byte clamped(int v) {
-    return static_cast<Byte>(v < 0 ? 0 : v > 255 ? 255 : v);
 }
 
 void decodeFew(Byte* __restrict rgb, const Byte* __restrict y, const Byte* __restrict cb, const Byte* __restrict cr,
                std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        const int t = 2441888 * y[i] - 39070208 + (1 << 20);
-        const int u = cb[i] - 128;
-        const int v = cr[i] - 128;
-        rgb[3 * i] = clamped((t + 3347112 * v) >> 21);
-        rgb[3 * i + 1] = clamped((t - 821584 * u - 1704919 * v) >> 21);
-        rgb[3 * i + 2] = clamped((t + 4230439 * u) >> 21);
+        rgb[3 * i] = redOf(y[i], cr[i]);
+        rgb[3 * i + 1] = greenOf(y[i], cb[i], cr[i]);
+        rgb[3 * i + 2] = blueOf(y[i], cb[i]);
     }
 }
 

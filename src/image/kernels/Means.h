@@ -2,6 +2,7 @@
 #define KOVANTA_SRC_IMAGE_KERNELS_MEANS_H
 
 #include "image/kernels/Blocks.h"
+#include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
 
 namespace Ko {
@@ -10,8 +11,8 @@ namespace {
 /// The means of the 2x2 blocks that a vector of each row holds, as words.
 template <Word rounding>
 inline Vec means(const Byte* row0, const Byte* row1) {
-    const Vec sum = addWords(sumPairs(loadVector(row0)), sumPairs(loadVector(row1)));
-    return shiftWordsDown<2>(rounding == 0 ? sum : addWords(sum, allWords(rounding)));
+    const Vec sum = addWords(addBytePairs(loadVector(row0)), addBytePairs(loadVector(row1)));
+    return shiftRightWords<2>(rounding == 0 ? sum : addWords(sum, broadcastWords(rounding)));
 }
 
 template <Word rounding>
@@ -19,10 +20,10 @@ void meanOfBlocks(Byte* __restrict dst, const Byte* __restrict row0, const Byte*
     for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n)) {
         const Vec low = means<rounding>(row0 + 2 * i, row1 + 2 * i);
         const Vec high = means<rounding>(row0 + 2 * i + vectorBytes, row1 + 2 * i + vectorBytes);
-        storeVector(dst + i, unweave(packWords(low, high)));
+        storeVector(dst + i, deinterleave(packWords(low, high)));
     }
     for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
-        dst[i] = static_cast<Byte>((row0[2 * i] + row0[2 * i + 1] + row1[2 * i] + row1[2 * i + 1] + rounding) >> 2);
+        dst[i] = meanOf<rounding>(row0[2 * i], row0[2 * i + 1], row1[2 * i], row1[2 * i + 1]);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 // beside this header and nobody else. Everything here is local to the including source: a function shared between
 // levels would leave the linker to choose whose instructions run.
 
+#include "image/kernels/Definition.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,7 +14,6 @@
 namespace Ko {
 namespace {
 
-using Byte = unsigned char;
 using Word = std::uint16_t;
 using Dword = std::uint32_t;
 

@@ -5,6 +5,7 @@
 // full-range sample is x + x * 36 / 219 with x = v - 16, and so on.
 
 #include "image/kernels/Blocks.h"
+#include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
 
 namespace Ko {
@@ -13,24 +14,25 @@ namespace {
 /// The products of bytes and a factor below 1, which is given times 2^16.
 template <Dword factor>
 inline Vec scaledBytes(Vec v) {
-    const Vec f = allWords(static_cast<Word>(factor));
-    return packWords(upperProducts(weaveBytesLow(v, zero()), f), upperProducts(weaveBytesHigh(v, zero()), f));
+    const Vec f = broadcastWords(static_cast<Word>(factor));
+    return packWords(multiplyWordsHigh(interleaveBytesLow(v, zero()), f),
+                     multiplyWordsHigh(interleaveBytesHigh(v, zero()), f));
 }
 
 /// The mapping of a component, one sample and a vector at a time.
 template <Dword factor>
 struct ToStudio {
-    static Byte sample(Byte v) { return static_cast<Byte>((v * factor >> 16) + 16); }
-    static Vec vector(Vec v) { return addBytes(scaledBytes<factor>(v), allBytes(16)); }
+    static constexpr Byte sample(Byte v) { return static_cast<Byte>((v * factor >> 16) + 16); }
+    static Vec vector(Vec v) { return addBytes(scaledBytes<factor>(v), broadcastBytes(16)); }
 };
 template <Dword factor, Byte top>
 struct ToFull {
-    static Byte sample(Byte v) {
+    static constexpr Byte sample(Byte v) {
         const Dword x = (v < 16 ? 16u : v > top ? Dword{top} : v) - 16u;
         return static_cast<Byte>(x + (x * factor >> 16));
     }
     static Vec vector(Vec v) {
-        const Vec x = smallerBytes(subtractBytesToZero(v, allBytes(16)), allBytes(top - 16));
+        const Vec x = minBytes(subtractBytesSaturated(v, broadcastBytes(16)), broadcastBytes(top - 16));
         return addBytes(x, scaledBytes<factor>(x));
     }
 };
@@ -38,6 +40,16 @@ using LumaToStudio = ToStudio<56284>;
 using ChromaToStudio = ToStudio<57569>;
 using LumaToFull = ToFull<10776, 235>;
 using ChromaToFull = ToFull<9072, 240>;
+
+template <class Range>
+constexpr bool isExact(Byte (*definition)(int)) {
+    for (int v = 0; v < 256; ++v)
+        if (Range::sample(static_cast<Byte>(v)) != definition(v))
+            return false;
+    return true;
+}
+static_assert(isExact<LumaToStudio>(lumaToStudio) && isExact<ChromaToStudio>(chromaToStudio));
+static_assert(isExact<LumaToFull>(lumaToFull) && isExact<ChromaToFull>(chromaToFull));
 
 template <class Range>
 void mapRange(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {

@@ -4,6 +4,8 @@
 // What only moves samples: with VBMI one instruction takes any 64 of 128 bytes, which the compiler does not see. Rows
 // shorter than a block are left to the plain loops.
 
+#include "image/kernels/Vectors512.h"
+
 #include "image/kernels/Blocks.h"
 #include "image/kernels/PlainLoops.h"
 #include "image/kernels/Ranges.h"
@@ -13,7 +15,7 @@ namespace {
 
 /// The bytes of a (0..63) and b (64..127) that index(i) names.
 template <std::size_t (*index)(std::size_t)>
-inline Vec choose(Vec a, Vec b) {
+inline Vec permuteBytes(Vec a, Vec b) {
     static constexpr auto indices = table(index);
     return _mm512_permutex2var_epi8(a, loadVector(indices.data()), b);
 }
@@ -36,9 +38,9 @@ void shuffleYuy2ToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict 
     for (std::size_t i = 0; i != n; i = nextBlock(i, n, block)) {
         const Vec low = loadVector(yuy2 + 4 * i);
         const Vec high = loadVector(yuy2 + 4 * i + vectorBytes);
-        storeVector(y + 2 * i, choose<even>(low, high));
-        storeVector(cb + 2 * i, choose<everyCb>(low, high));
-        storeVector(cr + 2 * i, choose<everyCr>(low, high));
+        storeVector(y + 2 * i, permuteBytes<even>(low, high));
+        storeVector(cb + 2 * i, permuteBytes<everyCb>(low, high));
+        storeVector(cr + 2 * i, permuteBytes<everyCr>(low, high));
     }
 }
 
@@ -56,11 +58,11 @@ void shuffleYccToYuy2(Byte* __restrict yuy2, const Byte* __restrict y, const Byt
         return yccToYuy2(yuy2, y, cb, cr, n);
     for (std::size_t i = 0; i != n; i = nextBlock(i, n, block)) {
         const Vec luma = loadVector(y + 2 * i);
-        const Vec blue = shiftWordsDown<1>(sumPairs(loadVector(cb + 2 * i)));
-        const Vec red = shiftWordsDown<1>(sumPairs(loadVector(cr + 2 * i)));
-        const Vec chroma = flipBits(blue, shiftWordsUp<8>(red)); // no bit is in both
-        storeVector(yuy2 + 4 * i, choose<inTurnLow>(luma, chroma));
-        storeVector(yuy2 + 4 * i + vectorBytes, choose<inTurnHigh>(luma, chroma));
+        const Vec blue = shiftRightWords<1>(addBytePairs(loadVector(cb + 2 * i)));
+        const Vec red = shiftRightWords<1>(addBytePairs(loadVector(cr + 2 * i)));
+        const Vec chroma = xorBits(blue, shiftLeftWords<8>(red)); // no bit is in both
+        storeVector(yuy2 + 4 * i, permuteBytes<inTurnLow>(luma, chroma));
+        storeVector(yuy2 + 4 * i + vectorBytes, permuteBytes<inTurnHigh>(luma, chroma));
     }
 }
 
@@ -72,8 +74,8 @@ constexpr std::size_t twiceHigh(std::size_t i) {
 }
 
 inline void storeDoubled(Byte* dst, Vec v) {
-    storeVector(dst, choose<twiceLow>(v, v));
-    storeVector(dst + vectorBytes, choose<twiceHigh>(v, v));
+    storeVector(dst, permuteBytes<twiceLow>(v, v));
+    storeVector(dst + vectorBytes, permuteBytes<twiceHigh>(v, v));
 }
 
 void shuffleDoubled(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
@@ -99,7 +101,7 @@ void shuffleMirrorBytes(Byte* __restrict dst, const Byte* __restrict src, std::s
         return mirrorBytes(dst, src, n);
     for (std::size_t i = 0; i != n; i = nextBlock(i, n)) {
         const Vec v = loadVector(src + (n - i - vectorBytes));
-        storeVector(dst + i, choose<backwards>(v, v));
+        storeVector(dst + i, permuteBytes<backwards>(v, v));
     }
 }
 

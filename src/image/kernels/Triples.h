@@ -1,8 +1,8 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_TRIPLES_H
 #define KOVANTA_SRC_IMAGE_KERNELS_TRIPLES_H
 
-// Pixels of three bytes: taken apart, put together and mirrored, in the vector operations of the level that includes
-// this. Compilers see no good way to do it, least of all for AVX2.
+// Pixels of three bytes: taken apart, put together and mirrored. Compilers see no good way to do it, least of all for
+// AVX2.
 
 #include "image/kernels/Blocks.h"
 #include "image/kernels/PlainLoops.h"

@@ -22,84 +22,84 @@ inline Vec loadVector(const void* p) {
 inline void storeVector(void* p, Vec v) {
     _mm256_storeu_si256(static_cast<__m256i*>(p), v);
 }
-inline Vec allWords(int v) {
+inline Vec broadcastWords(int v) {
     return _mm256_set1_epi16(static_cast<short>(v));
 }
-inline Vec allDwords(int v) {
+inline Vec broadcastDwords(int v) {
     return _mm256_set1_epi32(v);
 }
-inline Vec allBytes(int v) {
+inline Vec broadcastBytes(int v) {
     return _mm256_set1_epi8(static_cast<char>(v));
 }
 inline Vec zero() {
     return _mm256_setzero_si256();
 }
-inline Vec commonBits(Vec a, Vec b) {
+inline Vec andBits(Vec a, Vec b) {
     return _mm256_and_si256(a, b);
 }
-inline Vec flipBits(Vec a, Vec b) {
+inline Vec xorBits(Vec a, Vec b) {
     return _mm256_xor_si256(a, b);
 }
 inline Vec subtractWords(Vec a, Vec b) {
     return _mm256_sub_epi16(a, b);
 }
 template <int bits>
-inline Vec shiftWordsUp(Vec v) {
+inline Vec shiftLeftWords(Vec v) {
     return _mm256_slli_epi16(v, bits);
 }
 /// Multiplications, because processors shift where they shuffle, and there is enough to shuffle.
 template <int bits>
-inline Vec shiftSignedWordsDown(Vec v) {
-    return _mm256_mulhi_epi16(v, allWords(1 << (16 - bits)));
+inline Vec shiftRightSignedWords(Vec v) {
+    return _mm256_mulhi_epi16(v, broadcastWords(1 << (16 - bits)));
 }
 template <int bits>
-inline Vec shiftWordsDown(Vec v) {
-    return _mm256_mulhi_epu16(v, allWords(1 << (16 - bits)));
+inline Vec shiftRightWords(Vec v) {
+    return _mm256_mulhi_epu16(v, broadcastWords(1 << (16 - bits)));
 }
 inline Vec addBytes(Vec a, Vec b) {
     return _mm256_add_epi8(a, b);
 }
-inline Vec subtractBytesToZero(Vec a, Vec b) {
+inline Vec subtractBytesSaturated(Vec a, Vec b) {
     return _mm256_subs_epu8(a, b);
 }
-inline Vec smallerBytes(Vec a, Vec b) {
+inline Vec minBytes(Vec a, Vec b) {
     return _mm256_min_epu8(a, b);
 }
 inline Vec addWords(Vec a, Vec b) {
     return _mm256_add_epi16(a, b);
 }
 /// The upper halves of the products of words.
-inline Vec upperProducts(Vec a, Vec b) {
+inline Vec multiplyWordsHigh(Vec a, Vec b) {
     return _mm256_mulhi_epu16(a, b);
 }
 /// Sums of neighbouring bytes, as words.
-inline Vec sumPairs(Vec v) {
-    return _mm256_maddubs_epi16(v, allBytes(1));
+inline Vec addBytePairs(Vec v) {
+    return _mm256_maddubs_epi16(v, broadcastBytes(1));
 }
-/// Words to bytes, clamped; undoes weaveBytesLow() and weaveBytesHigh().
+/// Words to bytes, clamped; undoes interleaveBytesLow() and interleaveBytesHigh().
 inline Vec packWords(Vec low, Vec high) {
     return _mm256_packus_epi16(low, high);
 }
 /// What packWords() made of two vectors' words, in the order of the words.
-inline Vec unweave(Vec packed) {
+inline Vec deinterleave(Vec packed) {
     return _mm256_permute4x64_epi64(packed, 0xD8);
 }
-inline Vec weaveBytesLow(Vec a, Vec b) {
+inline Vec interleaveBytesLow(Vec a, Vec b) {
     return _mm256_unpacklo_epi8(a, b);
 }
-inline Vec weaveBytesHigh(Vec a, Vec b) {
+inline Vec interleaveBytesHigh(Vec a, Vec b) {
     return _mm256_unpackhi_epi8(a, b);
 }
-inline Vec weaveWordsLow(Vec a, Vec b) {
+inline Vec interleaveWordsLow(Vec a, Vec b) {
     return _mm256_unpacklo_epi16(a, b);
 }
-inline Vec weaveWordsHigh(Vec a, Vec b) {
+inline Vec interleaveWordsHigh(Vec a, Vec b) {
     return _mm256_unpackhi_epi16(a, b);
 }
-inline Vec addProducts(Vec sum, Vec a, Vec b) {
+inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm256_add_epi32(sum, _mm256_madd_epi16(a, b));
 }
-inline Vec pick(Vec v, Vec index) {
+inline Vec shuffleBytes(Vec v, Vec index) {
     return _mm256_shuffle_epi8(v, index);
 }
 
@@ -140,7 +140,7 @@ inline Vec packResults(Vec first, Vec second) {
 }
 
 inline Vec descale(Vec lower, Vec upper) {
-    return shiftSignedWordsDown<5>(_mm256_blend_epi16(_mm256_srli_epi32(lower, 16), upper, 0xAA));
+    return shiftRightSignedWords<5>(_mm256_blend_epi16(_mm256_srli_epi32(lower, 16), upper, 0xAA));
 }
 constexpr std::size_t placeAfterDescale(std::size_t i) {
     return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
@@ -159,31 +159,31 @@ inline Vec everyThird() {
 }
 /// Byte j from the one of three vectors with number (shift - j) mod 3.
 template <std::size_t shift>
-inline Vec chooseInTurn(Vec v0, Vec v1, Vec v2) {
+inline Vec blendInTurn(Vec v0, Vec v1, Vec v2) {
     return _mm256_blendv_epi8(_mm256_blendv_epi8(v0, v1, everyThird<(shift + 2) % 3>()), v2,
                               everyThird<(shift + 1) % 3>());
 }
 
 /// The samples of a component, pixel i of a run at place(i), where the parts of the triples have them.
 template <std::size_t component, std::size_t (*place)(std::size_t)>
-inline Vec spread(Vec v) {
+inline Vec distribute(Vec v) {
     static constexpr auto index = table([](std::size_t i) {
         const std::size_t j = i % 16;
         const std::size_t part = (component + 15 - j) % 3;
         return place((16 * part + j) / 3);
     });
-    return pick(v, loadVector(index.data()));
+    return shuffleBytes(v, loadVector(index.data()));
 }
 
 /// Interleaves three vectors; pixel i of a run lies at place(i) in its half.
 template <std::size_t (*place)(std::size_t)>
 inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
-    const Vec a3 = spread<0, place>(a);
-    const Vec b3 = spread<1, place>(b);
-    const Vec c3 = spread<2, place>(c);
-    const Vec part0 = chooseInTurn<0>(a3, c3, b3);
-    const Vec part1 = chooseInTurn<2>(a3, c3, b3);
-    const Vec part2 = chooseInTurn<1>(a3, c3, b3);
+    const Vec a3 = distribute<0, place>(a);
+    const Vec b3 = distribute<1, place>(b);
+    const Vec c3 = distribute<2, place>(c);
+    const Vec part0 = blendInTurn<0>(a3, c3, b3);
+    const Vec part1 = blendInTurn<2>(a3, c3, b3);
+    const Vec part2 = blendInTurn<1>(a3, c3, b3);
     storeVector(dst, _mm256_permute2x128_si256(part0, part1, 0x20));
     storeVector(dst + 32, _mm256_blend_epi32(part2, part0, 0xF0));
     storeVector(dst + 64, _mm256_permute2x128_si256(part1, part2, 0x31));
@@ -196,9 +196,9 @@ inline Vec loadComponent(const unsigned char* src) {
     const Vec v1 = loadVector(src + 32);
     const Vec v2 = loadVector(src + 64);
     static constexpr auto index = table([](std::size_t i) { return (i % 16 * 3 + component) % 16; });
-    const Vec together = chooseInTurn<component>(
+    const Vec together = blendInTurn<component>(
         _mm256_blend_epi32(v0, v1, 0xF0), _mm256_permute2x128_si256(v0, v2, 0x21), _mm256_blend_epi32(v1, v2, 0xF0));
-    return pick(together, loadVector(index.data()));
+    return shuffleBytes(together, loadVector(index.data()));
 }
 
 /// Five triples in reverse; one byte after them is read, and one after the target overwritten.

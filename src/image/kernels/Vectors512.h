@@ -1,7 +1,7 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_VECTORS512_H
 #define KOVANTA_SRC_IMAGE_KERNELS_VECTORS512_H
 
-// The vector operations that Matrices.h is written in, for AVX-512 with VBMI and VNNI. Vectors256.h has the same for
+// The vector operations that the kernels are written in, for AVX-512 with VBMI and VNNI. Vectors256.h has the same for
 // AVX2; where the two keep pixels in different orders inside, what goes in and out of memory is in pixel order.
 
 #include <immintrin.h>
@@ -22,87 +22,87 @@ inline Vec loadVector(const void* p) {
 inline void storeVector(void* p, Vec v) {
     _mm512_storeu_si512(p, v);
 }
-inline Vec allWords(int v) {
+inline Vec broadcastWords(int v) {
     return _mm512_set1_epi16(static_cast<short>(v));
 }
-inline Vec allDwords(int v) {
+inline Vec broadcastDwords(int v) {
     return _mm512_set1_epi32(v);
 }
-inline Vec allBytes(int v) {
+inline Vec broadcastBytes(int v) {
     return _mm512_set1_epi8(static_cast<char>(v));
 }
 inline Vec zero() {
     return _mm512_setzero_si512();
 }
-inline Vec commonBits(Vec a, Vec b) {
+inline Vec andBits(Vec a, Vec b) {
     return _mm512_and_si512(a, b);
 }
-inline Vec flipBits(Vec a, Vec b) {
+inline Vec xorBits(Vec a, Vec b) {
     return _mm512_xor_si512(a, b);
 }
 inline Vec subtractWords(Vec a, Vec b) {
     return _mm512_sub_epi16(a, b);
 }
 template <int bits>
-inline Vec shiftWordsUp(Vec v) {
+inline Vec shiftLeftWords(Vec v) {
     return _mm512_slli_epi16(v, bits);
 }
 template <int bits>
-inline Vec shiftSignedWordsDown(Vec v) {
+inline Vec shiftRightSignedWords(Vec v) {
     return _mm512_srai_epi16(v, bits);
 }
 template <int bits>
-inline Vec shiftWordsDown(Vec v) {
+inline Vec shiftRightWords(Vec v) {
     return _mm512_srli_epi16(v, bits);
 }
 inline Vec addBytes(Vec a, Vec b) {
     return _mm512_add_epi8(a, b);
 }
-inline Vec subtractBytesToZero(Vec a, Vec b) {
+inline Vec subtractBytesSaturated(Vec a, Vec b) {
     return _mm512_subs_epu8(a, b);
 }
-inline Vec smallerBytes(Vec a, Vec b) {
+inline Vec minBytes(Vec a, Vec b) {
     return _mm512_min_epu8(a, b);
 }
 inline Vec addWords(Vec a, Vec b) {
     return _mm512_add_epi16(a, b);
 }
 /// The upper halves of the products of words.
-inline Vec upperProducts(Vec a, Vec b) {
+inline Vec multiplyWordsHigh(Vec a, Vec b) {
     return _mm512_mulhi_epu16(a, b);
 }
 /// Sums of neighbouring bytes, as words.
-inline Vec sumPairs(Vec v) {
-    return _mm512_maddubs_epi16(v, allBytes(1));
+inline Vec addBytePairs(Vec v) {
+    return _mm512_maddubs_epi16(v, broadcastBytes(1));
 }
-/// Words to bytes, clamped; undoes weaveBytesLow() and weaveBytesHigh().
+/// Words to bytes, clamped; undoes interleaveBytesLow() and interleaveBytesHigh().
 inline Vec packWords(Vec low, Vec high) {
     return _mm512_packus_epi16(low, high);
 }
 /// What packWords() made of two vectors' words, in the order of the words.
-inline Vec unweave(Vec packed) {
+inline Vec deinterleave(Vec packed) {
     return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed);
 }
-inline Vec weaveBytesLow(Vec a, Vec b) {
+inline Vec interleaveBytesLow(Vec a, Vec b) {
     return _mm512_unpacklo_epi8(a, b);
 }
-inline Vec weaveBytesHigh(Vec a, Vec b) {
+inline Vec interleaveBytesHigh(Vec a, Vec b) {
     return _mm512_unpackhi_epi8(a, b);
 }
-inline Vec weaveWordsLow(Vec a, Vec b) {
+inline Vec interleaveWordsLow(Vec a, Vec b) {
     return _mm512_unpacklo_epi16(a, b);
 }
-inline Vec weaveWordsHigh(Vec a, Vec b) {
+inline Vec interleaveWordsHigh(Vec a, Vec b) {
     return _mm512_unpackhi_epi16(a, b);
 }
 
 /// To each 32-bit sum, the products of the two signed 16-bit pairs.
-inline Vec addProducts(Vec sum, Vec a, Vec b) {
+inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm512_dpwssd_epi32(sum, a, b);
 }
 
 /// Bytes of v chosen by index; zero where the index is 0x80.
-inline Vec pick(Vec v, Vec index) {
+inline Vec shuffleBytes(Vec v, Vec index) {
     return _mm512_maskz_permutexvar_epi8(~_mm512_movepi8_mask(index), index, v);
 }
 
@@ -115,7 +115,7 @@ constexpr std::array<unsigned char, vectorBytes> table(Function f) {
     return t;
 }
 
-/// Bytes b0..b3 of each pixel, as indices for pick(loadPixels()); zero for a negative one.
+/// Bytes b0..b3 of each pixel, as indices for shuffleBytes(loadPixels()); zero for a negative one.
 template <int step, int b0, int b1, int b2, int b3>
 inline Vec pixelIndex() {
     static constexpr auto index = table([](std::size_t i) {
@@ -135,14 +135,14 @@ inline Vec loadPixels(const unsigned char* src, int q) {
 }
 
 /// The upper halves of the 32-bit lanes of two vectors, in turn.
-inline Vec upperWords(Vec a, Vec b) {
+inline Vec highWords(Vec a, Vec b) {
     static constexpr auto up = table([](std::size_t i) { return i % 16 + 2; });
     return _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, loadVector(up.data()));
 }
 
 /// Bits 23..30 of the sums of two quarters, as words, and the words of two halves as bytes in pixel order.
 inline Vec resultsOf(Vec first, Vec second) {
-    return shiftWordsDown<7>(upperWords(first, second));
+    return shiftRightWords<7>(highWords(first, second));
 }
 inline Vec packResults(Vec first, Vec second) {
     static constexpr auto order = table([](std::size_t i) { return i % 16 * 4 + i / 16 % 2 * 2 + i / 32 * 64; });
@@ -152,7 +152,7 @@ inline Vec packResults(Vec first, Vec second) {
 /// Sums scaled by 2^21, of the lower and the upper four of eight pixels, as words; placeAfterDescale() tells where
 /// pixel i of a block is once the words have become bytes.
 inline Vec descale(Vec lower, Vec upper) {
-    return shiftSignedWordsDown<5>(upperWords(lower, upper));
+    return shiftRightSignedWords<5>(highWords(lower, upper));
 }
 constexpr std::size_t placeAfterDescale(std::size_t i) {
     return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
