@@ -35,7 +35,7 @@ TEST(CaptureExample, RecordsAndShowsACamera) {
     EXPECT_EQ(source.getWidth(), 320u);
     EXPECT_EQ(source.getHeight(), 180u);
     EXPECT_EQ(source.getFrameRate().den, 1u);
-    Ko::Image<unsigned char> image(Ko::PF_YCC444P);
+    Ko::Image image(Ko::PF_YCC444P);
     int frames = 0;
     for (; source.read(image); ++frames) {
         // Red all over, the black box of the label in the corner, white letters on it.

@@ -28,11 +28,8 @@ private:
 enum Control : unsigned int {
     testPattern = 0x00f0f000,
     textMode = 0x00f0f001, ///< 2: no text in the picture.
-    dropPercentage = 0x00f0f040,
     disconnect = 0x00f0f041, ///< Until all that have the device open have closed it.
-    errorInBuffer = 0x00f0f042,
-    errorInQbuf = 0x00f0f044,
-    errorInDqbuf = 0x00f0f046
+    errorInBuffer = 0x00f0f042
 };
 
 /// A handle of the test's own on a device node, beside the library's. Calls that fail throw.
