@@ -29,9 +29,12 @@ namespace Ko {
 /// than 16 bits a pixel cannot show frames. When it is not set, the constructor sets it while SDL starts, so no other
 /// thread may use the environment meanwhile.
 ///
+/// A window that is resized, exposed or taken to full screen shows the last frame again.
+///
 /// Bound to one thread, the one that owns SDL's video (the main thread, in practice). One window at a time: the
-/// destructor ends SDL for the process. A broken connection to the X server, or a window that another program
-/// destroyed, ends in a std::runtime_error from the operation that notices and from those after it,
+/// destructor ends SDL for the process, and a second constructor throws. A broken connection to the X server, or a
+/// window that another program destroyed, ends in a std::runtime_error from the operation that notices and from those
+/// after it,
 /// "[VideoOutputDisplay::...]: Lost the connection to the X server." or "...: X error: ....": destroy the display then.
 class KOVANTA_API VideoOutputDisplay : public VideoOutput {
 public:
@@ -39,9 +42,11 @@ public:
     /// @param windowWidth in pixels, at least 1
     /// @param windowHeight ignored: the height follows from @p windowWidth and the frames' aspect ratio
     /// @param width, height size of the frames in pixels, even
-    /// @param fullscreen start in full screen, where the picture is stretched over the largest mode
+    /// @param fullscreen start in full screen, where the picture is stretched over the largest mode (over the
+    ///        desktop's own where the server does not switch to that)
     /// @throws std::logic_error "[VideoOutputDisplay::VideoOutputDisplay]: Width and height of must both be even!",
-    ///         "[VideoOutputDisplay::VideoOutputDisplay]: Width and height must not be zero."
+    ///         "[VideoOutputDisplay::VideoOutputDisplay]: Width and height must not be zero.",
+    ///         "[VideoOutputDisplay::VideoOutputDisplay]: Only one display may exist at a time."
     /// @throws std::runtime_error "[VideoOutputDisplay::VideoOutputDisplay]: " followed by "Unable to init SDL: ...",
     ///         when there is no X server, by "No modes available.", by "SDL_SetVideoMode failed: ..." or by
     ///         "SDL_CreateYUVOverlay failed: ..."; after all but the first SDL stays initialised

@@ -1,6 +1,7 @@
 #include "Kovanta/VideoOutputDisplay.h"
 
 #include "Kovanta/ConvertIm.h"
+#include "Kovanta/Wrap.h"
 #include "util/Errors.h"
 #include "videoout/SdlDriver.h"
 #include "videoout/XErrors.h"
@@ -8,6 +9,7 @@
 #include <SDL.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -49,6 +51,21 @@ bool survives(Step step) noexcept {
     }
 }
 
+/// SDL has one window, and the end of a display ends SDL.
+class OnlyDisplay {
+public:
+    OnlyDisplay() {
+        if (exists.exchange(true))
+            throwLogicError(constructorName, "Only one display may exist at a time.");
+    }
+    OnlyDisplay(const OnlyDisplay&) = delete;
+    OnlyDisplay& operator=(const OnlyDisplay&) = delete;
+    ~OnlyDisplay() { exists = false; }
+
+private:
+    static inline std::atomic<bool> exists{false};
+};
+
 struct OverlayDeleter {
     void operator()(SDL_Overlay* freed) const noexcept {
         survives([freed] { SDL_FreeYUVOverlay(freed); });
@@ -66,14 +83,17 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     void initVideo();
     void createOverlay();
     void openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function);
+    void openFullscreen(const char* function);
     void applyMode(const char* function);
     void setWindowWidth(std::uint32_t w);
     void setDisplayRect(std::uint32_t w, std::uint32_t h);
     void blacken();
     void lockOverlay();
     void show();
+    void showAgain();
     void handle(const SDL_Event& event);
 
+    const OnlyDisplay only;
     SDL_Surface* screen = nullptr; // SDL's own
     std::unique_ptr<SDL_Overlay, OverlayDeleter> overlay;
     SDL_Rect displayRect{}; // at 0, 0 for ever
@@ -81,6 +101,8 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     std::uint32_t windowHeight = 1;
     std::uint32_t width;
     std::uint32_t height;
+    std::uint32_t desktopWidth = 0;
+    std::uint32_t desktopHeight = 0;
     std::uint32_t fullscreenWidth = 0;
     std::uint32_t fullscreenHeight = 0;
     bool fullscreen;
@@ -89,6 +111,7 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     bool paused = false;
     bool locked = false; // the overlay stays locked when a conversion throws
     bool blank = true;   // the overlay's memory was never written
+    bool shown = false;  // a frame was shown
 };
 
 VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full)
@@ -137,8 +160,8 @@ void VideoOutputDisplay::Impl::initVideo() {
     }
     // Before a first mode is set, this is the desktop's size; it holds where any mode will do.
     if (const SDL_VideoInfo* const desktop = SDL_GetVideoInfo()) {
-        fullscreenWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
-        fullscreenHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
+        fullscreenWidth = desktopWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
+        fullscreenHeight = desktopHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
     }
     SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
     const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
@@ -172,16 +195,30 @@ void VideoOutputDisplay::Impl::openScreen(std::uint32_t w, std::uint32_t h, std:
         throwFailed(function, call, SDL_GetError());
 }
 
+void VideoOutputDisplay::Impl::openFullscreen(const char* function) {
+    const Uint32 flags = windowFlags | static_cast<Uint32>(SDL_FULLSCREEN);
+    const bool earlierError = XErrors::arrived();
+    openScreen(fullscreenWidth, fullscreenHeight, flags, function);
+    if (earlierError || !XErrors::arrived())
+        return;
+    // The server lists a mode that it does not switch to. The desktop's own takes no switch.
+    XErrors::dismiss();
+    fullscreenWidth = desktopWidth;
+    fullscreenHeight = desktopHeight;
+    openScreen(fullscreenWidth, fullscreenHeight, flags, function);
+}
+
 void VideoOutputDisplay::Impl::applyMode(const char* function) {
     if (fullscreen) {
         SDL_ShowCursor(SDL_DISABLE);
-        openScreen(fullscreenWidth, fullscreenHeight, windowFlags | static_cast<Uint32>(SDL_FULLSCREEN), function);
+        openFullscreen(function);
         setDisplayRect(fullscreenWidth, fullscreenHeight);
     } else {
         SDL_ShowCursor(SDL_ENABLE);
         setDisplayRect(windowWidth, windowHeight);
         openScreen(windowWidth, windowHeight, windowFlags, function);
     }
+    showAgain();
 }
 
 void VideoOutputDisplay::Impl::setWindowWidth(std::uint32_t w) {
@@ -210,9 +247,17 @@ void VideoOutputDisplay::Impl::lockOverlay() {
 }
 
 void VideoOutputDisplay::Impl::show() {
-    SDL_UnlockYUVOverlay(overlay.get());
+    if (locked)
+        SDL_UnlockYUVOverlay(overlay.get());
     locked = false;
     SDL_DisplayYUVOverlay(overlay.get(), &displayRect);
+    shown = true;
+}
+
+/// A new or uncovered window is black, and the next frame may be far away.
+void VideoOutputDisplay::Impl::showAgain() {
+    if (shown)
+        show();
 }
 
 void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
@@ -222,6 +267,9 @@ void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
         setWindowWidth(static_cast<std::uint32_t>(std::max(1, event.resize.w)));
         setDisplayRect(windowWidth, windowHeight);
         openScreen(windowWidth, windowHeight, windowFlags, pollName);
+        showAgain();
+    } else if (event.type == SDL_VIDEOEXPOSE) {
+        showAgain();
     } else if (event.type == SDL_KEYDOWN) {
         switch (event.key.keysym.sym) {
         case SDLK_f:
@@ -289,19 +337,14 @@ bool VideoOutputDisplay::write(const Image<>& image) {
     if (!impl->screen)
         throwFailed(writeName, "SDL_SetVideoMode", "No window");
 
-    // YV12 keeps Cr before Cb.
-    constexpr int overlayPlane[3] = {0, 2, 1};
-    Image target(PF_YCC420P);
-    target.size(image.width, image.height, false);
     impl->lockOverlay();
     if (impl->blank) // a frame which does not cover everything must not have chance memory beside it
         impl->blacken();
-    for (int p = 0; p < 3; ++p) {
-        Array2D<unsigned char>& plane = target.plane[p];
-        const int source = overlayPlane[p];
-        for (std::size_t r = 0; plane.rows && r < plane.height; ++r)
-            plane.rows[r] = impl->overlay->pixels[source] + r * impl->overlay->pitches[source];
-    }
+    const auto plane = [&overlay = *impl->overlay](int p) {
+        return PlaneMemory{overlay.pixels[p], overlay.pitches[p]};
+    };
+    // YV12 keeps Cr before Cb.
+    Image target = wrapMemory(PF_YCC420P, image.width, image.height, {plane(0), plane(2), plane(1)});
     convertIm(target, image);
     impl->show();
     if (impl->stepMode)

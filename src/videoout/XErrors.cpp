@@ -61,12 +61,20 @@ bool takeLoss() noexcept {
     return std::exchange(lost, false);
 }
 
+bool arrived() noexcept {
+    return lastError[0] != '\0';
+}
+
+void dismiss() noexcept {
+    lastError[0] = '\0';
+}
+
 Operation::Operation(const char* name)
     : outer(operation) {
     if (lost)
         throwLost(name);
     if (!outer)
-        lastError[0] = '\0'; // of an operation that ended in another exception
+        dismiss(); // of an operation that ended in another exception
     operation = name;
 }
 
@@ -75,10 +83,10 @@ Operation::~Operation() {
 }
 
 void Operation::check() const {
-    if (lastError[0] == '\0')
+    if (!arrived())
         return;
     const std::string text = lastError;
-    lastError[0] = '\0';
+    dismiss();
     throwRuntimeError(operation, "X error: " + text + ".");
 }
 

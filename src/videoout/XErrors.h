@@ -13,6 +13,11 @@ void remove() noexcept;
 /// Whether the connection was lost since the last call: what SDL still holds of it can only be ended.
 bool takeLoss() noexcept;
 
+/// Whether an error waits for Operation::check() in this thread.
+bool arrived() noexcept;
+/// Forgets it.
+void dismiss() noexcept;
+
 /// While one lives, X errors of this thread belong to the named operation; otherwise they go to the earlier handlers.
 /// A lost connection throws from inside Xlib, because Xlib cannot go on: "[NAME]: Lost the connection to the X
 /// server.".

@@ -5,6 +5,7 @@
 #include "videoout/XClient.h"
 
 #include <SDL.h>
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,13 +25,30 @@ extern "C" const char* __lsan_default_suppressions() {
     return "leak:libX11.so\n";
 }
 
+/// A mode that the server lists first and does not switch to, as real ones do; none while it is empty.
+static SDL_Rect refusedMode{};
+
+extern "C" SDL_Rect** SDL_ListModes(SDL_PixelFormat* format, Uint32 flags) {
+    static SDL_Rect* modes[] = {&refusedMode, nullptr};
+    static const auto real = reinterpret_cast<decltype(&SDL_ListModes)>(dlsym(RTLD_NEXT, "SDL_ListModes"));
+    return refusedMode.w != 0 ? modes : real(format, flags);
+}
+
+extern "C" SDL_Surface* SDL_SetVideoMode(int width, int height, int bits, Uint32 flags) {
+    static const auto real = reinterpret_cast<decltype(&SDL_SetVideoMode)>(dlsym(RTLD_NEXT, "SDL_SetVideoMode"));
+    SDL_Surface* const surface = real(width, height, bits, flags);
+    if (refusedMode.w != 0 && width == refusedMode.w)
+        user::makeAnError();
+    return surface;
+}
+
 namespace {
 
+using Ko::Image;
 using Ko::PF_Y;
 using Ko::PF_YCC420P;
 using Ko::PF_YCC444P;
-using test::Image;
-using test::thrownText;
+using testing::ThrowsMessage;
 using Display = Ko::VideoOutputDisplay;
 
 constexpr unsigned int frameWidth = 64;
@@ -45,7 +63,7 @@ Ycc colorAt(unsigned int x, unsigned int y, unsigned int w = frameWidth, unsigne
     return fields[y >= h / 2][x >= w / 2];
 }
 
-Image frame(Ko::PIXEL_FORMAT format, unsigned int w = frameWidth, unsigned int h = frameHeight) {
+Image<> frame(Ko::PIXEL_FORMAT format, unsigned int w = frameWidth, unsigned int h = frameHeight) {
     Image im(format);
     im.size(w, h);
     for (std::size_t p = 0; p < 3; ++p)
@@ -100,9 +118,10 @@ struct Shown : Display {
     }
 };
 
-template <class Exception = std::runtime_error>
-std::string failure(unsigned int windowWidth, unsigned int w, unsigned int h) {
-    return thrownText<Exception>([&] { Display(windowWidth, 1, w, h, false); });
+template <class Exception>
+void expectRefusal(unsigned int windowWidth, unsigned int w, unsigned int h, const std::string& reason) {
+    EXPECT_THAT([&] { Display(windowWidth, 1, w, h, false); },
+                ThrowsMessage<Exception>("[VideoOutputDisplay::VideoOutputDisplay]: " + reason));
 }
 
 void expectThatItWorks() {
@@ -111,45 +130,57 @@ void expectThatItWorks() {
     expectOnScreen(user::geometry());
 }
 
-const std::string constructor = "[VideoOutputDisplay::VideoOutputDisplay]: ";
-
-TEST(DisplayTest, RefusesFrameSizes) {
-    const std::string even = constructor + "Width and height of must both be even!";
-    const std::string zero = constructor + "Width and height must not be zero.";
-    EXPECT_EQ(failure<std::logic_error>(320, 641, 480), even);
-    EXPECT_EQ(failure<std::logic_error>(320, 640, 481), even);
-    EXPECT_EQ(failure<std::logic_error>(320, 0, 480), zero);
-    EXPECT_EQ(failure<std::logic_error>(320, 640, 0), zero);
+TEST(DisplayTest, RefusesFrameSizesBeforeAnythingIsOpened) {
+    const std::string even = "Width and height of must both be even!";
+    const std::string zero = "Width and height must not be zero.";
+    expectRefusal<std::logic_error>(320, 641, 480, even);
+    expectRefusal<std::logic_error>(320, 640, 481, even);
+    expectRefusal<std::logic_error>(320, 0, 480, zero);
+    expectRefusal<std::logic_error>(320, 640, 0, zero);
     EXPECT_EQ(SDL_WasInit(SDL_INIT_VIDEO), 0u);
 }
 
 TEST(DisplayTest, ReportsWhatSdlCannotDoAndLeavesItInitialised) {
-    const auto attempt = [&](unsigned int window, unsigned int w, unsigned int h, const std::string& text) {
-        EXPECT_EQ(failure(window, w, h), constructor + text);
+    const struct {
+        unsigned int window, w, h;
+        const char* reason;
+        const char* driver;
+    } rows[] = {
+        {20000, 64, 48, "SDL_SetVideoMode failed: A scanline is too wide.", "x11"},
+        {40000, 64, 48, "SDL_SetVideoMode failed: Window too large.", "x11"},
+        {100, 2, 2000, "SDL_SetVideoMode failed: Window too large.", "x11"},
+        {64, 70000, 70000, "SDL_CreateYUVOverlay failed: Frames too large.", "x11"},
+        {64, 65000, 65000, "SDL_CreateYUVOverlay failed: Frames too large.", "x11"},
+        {64, 64, 48, "SDL_CreateYUVOverlay failed: Can't use YUV data on non 16/24/32 bit surfaces.", "dummy"},
+    };
+    for (const auto& row : rows) {
+        setenv("SDL_VIDEODRIVER", row.driver, 1);
+        expectRefusal<std::runtime_error>(row.window, row.w, row.h, row.reason);
         EXPECT_NE(SDL_WasInit(SDL_INIT_VIDEO), 0u);
         SDL_Quit();
-    };
-    attempt(20000, 64, 48, "SDL_SetVideoMode failed: A scanline is too wide.");
-    attempt(40000, 64, 48, "SDL_SetVideoMode failed: Window too large.");
-    attempt(100, 2, 2000, "SDL_SetVideoMode failed: Window too large.");
-    attempt(64, 70000, 70000, "SDL_CreateYUVOverlay failed: Frames too large.");
-    attempt(64, 65000, 65000, "SDL_CreateYUVOverlay failed: Frames too large.");
-    setenv("SDL_VIDEODRIVER", "dummy", 1);
-    attempt(64, 64, 48, "SDL_CreateYUVOverlay failed: Can't use YUV data on non 16/24/32 bit surfaces.");
+    }
     unsetenv("SDL_VIDEODRIVER");
     expectThatItWorks();
 }
 
+TEST(DisplayTest, ASecondOneIsRefusedAndLeavesTheFirstAlone) {
+    Shown display;
+    for (int twice = 0; twice < 2; ++twice)
+        expectRefusal<std::logic_error>(64, 64, 48, "Only one display may exist at a time.");
+    EXPECT_TRUE(display.write(frame(PF_YCC444P)));
+    expectOnScreen(user::geometry());
+}
+
 TEST(DisplayTest, WithoutAServerThereIsOneClearException) {
     const std::string server = std::getenv("DISPLAY");
-    const std::string text = constructor + "Unable to init SDL: No available video device.\n";
+    const std::string text = "Unable to init SDL: No available video device.\n";
     // SDL's terminal drivers would end the process where the terminal is unknown.
     const std::string terminal = std::getenv("TERM") ? std::getenv("TERM") : "";
     unsetenv("TERM");
     unsetenv("DISPLAY");
-    EXPECT_EQ(failure(64, 64, 48), text);
+    expectRefusal<std::runtime_error>(64, 64, 48, text);
     setenv("DISPLAY", ":12345", 1);
-    EXPECT_EQ(failure(64, 64, 48), text);
+    expectRefusal<std::runtime_error>(64, 64, 48, text);
     EXPECT_EQ(std::getenv("SDL_VIDEODRIVER"), nullptr);
     setenv("DISPLAY", server.c_str(), 1);
     setenv("TERM", terminal.c_str(), 1);
@@ -157,16 +188,19 @@ TEST(DisplayTest, WithoutAServerThereIsOneClearException) {
 }
 
 TEST(DisplayTest, WindowHeightFollowsFromWidthAndAspect) {
-    // window width, frame size, window size
-    const unsigned int cases[][5] = {
-        {320, 640, 480, 320, 240}, {100, 64, 48, 100, 75}, {0, 64, 48, 1, 1}, {1, 200, 2, 1, 1}, {33, 20, 14, 33, 23}};
-    for (const auto& c : cases)
-        for (const unsigned int ignored : {0u, 100u}) {
-            Display display(c[0], ignored, c[1], c[2], false);
-            user::takeWindow();
-            EXPECT_EQ(user::geometry().width, c[3]);
-            EXPECT_EQ(user::geometry().height, c[4]);
-        }
+    const struct {
+        unsigned int wanted, ignored, frameW, frameH, width, height;
+    } rows[] = {{320, 0, 640, 480, 320, 240},
+                {100, 100, 64, 48, 100, 75},
+                {0, 9, 64, 48, 1, 1},
+                {1, 100, 200, 2, 1, 1},
+                {33, 1, 20, 14, 33, 23}};
+    for (const auto& row : rows) {
+        const Display display(row.wanted, row.ignored, row.frameW, row.frameH, false);
+        user::takeWindow();
+        EXPECT_EQ(user::geometry().width, row.width);
+        EXPECT_EQ(user::geometry().height, row.height);
+    }
 }
 
 TEST(DisplayTest, ShowsTheColoursOfEveryFormat) {
@@ -182,14 +216,12 @@ TEST(DisplayTest, ShowsTheColoursOfEveryFormat) {
 
 TEST(DisplayTest, TheNextFrameIsShownAfterOneThatWasRefused) {
     Shown display;
-    const std::pair<unsigned int, unsigned int> sizes[] = {{66, 48}, {64, 50}, {62, 46}, {66, 46}, {0, 0}};
-    for (const auto& [w, h] : sizes)
-        EXPECT_EQ(thrownText<std::logic_error>([&, w = w, h = h] { display.write(frame(PF_YCC444P, w, h)); }),
-                  "[VideoOutputDisplay::write]: Frame does not fit the display.");
+    for (const Image<>& other : {frame(PF_Y, 66, 48), frame(PF_Y, 64, 50), frame(PF_Y, 62, 46), frame(PF_Y, 0, 0)})
+        EXPECT_THAT([&] { display.write(other); },
+                    ThrowsMessage<std::logic_error>("[VideoOutputDisplay::write]: Frame does not fit the display."));
     for (int twice = 0; twice < 2; ++twice) // the overlay stays locked meanwhile
-        EXPECT_EQ(thrownText<std::logic_error>([&] { display.write(frame(Ko::PF_RGB)); }),
-                  "[convertIm]: Don't know how to convert from " + fmt2string(Ko::PF_RGB) + " to " +
-                      fmt2string(PF_YCC420P) + ".");
+        EXPECT_THAT([&] { display.write(frame(Ko::PF_RGB)); },
+                    ThrowsMessage<std::logic_error>(testing::StartsWith("[convertIm]: ")));
     EXPECT_TRUE(display.write(frame(PF_YCC444P)));
     expectOnScreen(user::geometry());
 }
@@ -223,40 +255,73 @@ TEST(DisplayTest, CaptionsAreBothSet) {
     }
 }
 
-TEST(DisplayTest, ResizingKeepsTheAspectRatio) {
+TEST(DisplayTest, ResizingKeepsTheAspectRatioAndTheFrame) {
     Shown display(320);
-    const unsigned int cases[][4] = {{800, 100, 800, 600}, {200, 700, 200, 150}, {1, 300, 1, 1}, {640, 480, 640, 480}};
-    for (const auto& c : cases) {
-        user::resize(c[0], c[1]);
-        EXPECT_TRUE(reaches(display, [&] { return user::geometry().height == c[3]; })) << c[0];
-        EXPECT_EQ(user::geometry().width, c[2]);
-    }
     display.write(frame(PF_YCC444P));
+    const struct {
+        unsigned int w, h, width, height;
+    } rows[] = {{800, 100, 800, 600}, {200, 700, 200, 150}, {1, 300, 1, 1}, {640, 480, 640, 480}};
+    for (const auto& row : rows) {
+        user::resize(row.w, row.h);
+        EXPECT_TRUE(reaches(display, [&] { return user::geometry().height == row.height; })) << row.w;
+        EXPECT_EQ(user::geometry().width, row.width);
+    }
+    EXPECT_TRUE(reaches(display, [] { return shows(user::screen(user::geometry()).back(), colorAt(63, 47)); }));
     expectOnScreen(user::geometry());
 }
 
-TEST(DisplayTest, FullScreenAndBack) {
+TEST(DisplayTest, AnExposedWindowShowsTheFrameAgain) {
     Shown display(192);
-    const auto covers = [&](bool whole) {
-        return reaches(display, [&] {
-            display.write(frame(PF_YCC444P));
-            const bool all = shows(user::screen(wholeScreen).back(), colorAt(63, 47));
-            return whole ? all : !all && user::geometry().width == 192 && user::geometry().height == 144;
-        });
-    };
-    EXPECT_TRUE(covers(false));
+    display.write(frame(PF_YCC444P));
+    // SDL restores its surface by itself, but overlays that the graphics card draws are not in it.
+    SDL_FillRect(SDL_GetVideoSurface(), nullptr, 0);
+    SDL_UpdateRect(SDL_GetVideoSurface(), 0, 0, 0, 0);
+    SDL_Event event{};
+    event.type = SDL_VIDEOEXPOSE;
+    SDL_PushEvent(&event);
+    EXPECT_TRUE(reaches(display, [] { return shows(user::screen(user::geometry()).back(), colorAt(63, 47)); }));
+    expectOnScreen(user::geometry());
+}
+
+/// Whether the last frame is on the whole screen, or in a window of 192 x 144.
+bool covers(Display& display, bool whole) {
+    return reaches(display, [&] {
+        const bool all = shows(user::screen(wholeScreen).back(), colorAt(63, 47));
+        return whole ? all
+                     : !all && user::geometry().width == 192 && user::geometry().height == 144 &&
+                           shows(user::screen(user::geometry()).back(), colorAt(63, 47));
+    });
+}
+
+TEST(DisplayTest, FullScreenAndBackWithTheSameFrame) {
+    Shown display(192);
+    display.write(frame(PF_YCC444P));
+    EXPECT_TRUE(covers(display, false));
     user::key("f");
-    EXPECT_TRUE(covers(true));
+    EXPECT_TRUE(covers(display, true));
     expectOnScreen(wholeScreen);
     user::key("f");
-    EXPECT_TRUE(covers(false));
+    EXPECT_TRUE(covers(display, false));
     for (const bool on : {true, true, false}) { // a setter, not a switch
         display.toggleFullscreen(on);
-        EXPECT_TRUE(covers(on));
+        EXPECT_TRUE(covers(display, on));
     }
     display.setMode();
-    EXPECT_TRUE(covers(false));
+    EXPECT_TRUE(covers(display, false));
     expectOnScreen(user::geometry());
+}
+
+TEST(DisplayTest, FullScreenOnAServerThatDoesNotSwitchToItsLargestMode) {
+    refusedMode = {0, 0, 2000, 1500};
+    {
+        Shown display(192);
+        display.write(frame(PF_YCC444P));
+        for (const bool on : {true, false, true}) {
+            user::key("f");
+            EXPECT_TRUE(covers(display, on));
+        }
+    }
+    refusedMode = {};
 }
 
 TEST(DisplayTest, StartsInFullScreen) {
@@ -270,7 +335,7 @@ TEST(DisplayTest, StartsInFullScreen) {
 }
 
 TEST(DisplayTest, KeysPauseStepAndResume) {
-    const Image im = frame(PF_YCC444P);
+    const Image<> im = frame(PF_YCC444P);
     for (const char* pause : {"p", "Pause"}) {
         Shown display;
         // Key presses arrive in order: once a later one had its effect, an earlier one had none.
@@ -311,31 +376,34 @@ TEST(DisplayTest, QuitsByKeyAndByClosing) {
 }
 
 TEST(DisplayTest, ALostWindowOrServerIsAnException) {
-    const auto lost = [](void (*blow)(), const std::function<void(Display&)>& step) {
+    const auto expectLoss = [](void (*blow)(), const std::function<void(Display&)>& step, bool serverLost,
+                               const testing::Matcher<const std::string&>& text) {
         const LeaksAllowed allowed;
         Shown display;
         display.write(frame(PF_YCC444P));
         blow();
-        const std::string text = thrownText<std::runtime_error>([&] {
-            for (int i = 0; i < 1000; ++i)
-                step(display);
-        });
-        if (testing::Value(text, testing::EndsWith("Lost the connection to the X server."))) {
-            // Whoever goes on all the same is told again.
-            EXPECT_THROW(display.write(frame(PF_Y)), std::runtime_error);
-            EXPECT_THROW(display.setCaption("x"), std::runtime_error);
-            EXPECT_THROW(display.toggleFullscreen(true), std::runtime_error);
-        }
-        return text;
+        EXPECT_THAT(
+            [&] {
+                for (int i = 0; i < 1000; ++i)
+                    step(display);
+            },
+            ThrowsMessage<std::runtime_error>(text));
+        if (!serverLost)
+            return;
+        // Whoever goes on all the same is told again.
+        EXPECT_THROW(display.write(frame(PF_Y)), std::runtime_error);
+        EXPECT_THROW(display.setCaption("x"), std::runtime_error);
+        EXPECT_THROW(display.toggleFullscreen(true), std::runtime_error);
     };
     const auto write = [im = frame(PF_YCC444P)](Display& display) {
         display.write(im);
     };
     testing::internal::CaptureStderr(); // the destructor may have something to say as well
-    EXPECT_THAT(lost(user::destroyWindow, write), testing::StartsWith("[VideoOutputDisplay::write]: X error: Bad"));
-    EXPECT_THAT(lost(user::kill, write), testing::StartsWith("[VideoOutputDisplay::write]: "));
-    EXPECT_EQ(lost(user::kill, [](Display& display) { display.videoPollEvents(); }),
-              "[VideoOutputDisplay::videoPollEvents]: Lost the connection to the X server.");
+    expectLoss(user::destroyWindow, write, false, testing::StartsWith("[VideoOutputDisplay::write]: X error: Bad"));
+    expectLoss(user::kill, write, true, testing::StartsWith("[VideoOutputDisplay::write]: "));
+    expectLoss(
+        user::kill, [](Display& display) { display.videoPollEvents(); }, true,
+        "[VideoOutputDisplay::videoPollEvents]: Lost the connection to the X server.");
     testing::internal::GetCapturedStderr();
     expectThatItWorks();
 }

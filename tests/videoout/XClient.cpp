@@ -5,6 +5,8 @@
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 
+#include <SDL_syswm.h>
+
 #include <stdexcept>
 
 namespace user {
@@ -104,6 +106,14 @@ void destroyWindow() {
 void kill() {
     XKillClient(display, window);
     XSync(display, False);
+}
+
+void makeAnError() {
+    SDL_SysWMinfo info;
+    SDL_VERSION(&info.version);
+    SDL_GetWMInfo(&info);
+    XMapWindow(info.info.x11.display, None);
+    XSync(info.info.x11.display, False);
 }
 
 } // namespace user

@@ -30,6 +30,8 @@ void close();
 void destroyWindow();
 /// Cuts the window's owner off from the server.
 void kill();
+/// Sends a bad request over SDL's own connection, whose error has arrived when this returns.
+void makeAnError();
 
 } // namespace user
 
