@@ -8,8 +8,6 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
-#include "WatchedSink.h"
-
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -144,10 +142,11 @@ void drawLabel(Ko::Image<>& frame, const Ko::Font& font, const Pace& pace) {
 /// A file whose rate is that of its first frames, which are held back until it is known.
 class Recorder {
 public:
-    Recorder(const Options& o, Ko::VideoOutputVideoFile& s)
+    explicit Recorder(const Options& o)
         : options(o)
-        , rate(o.rate)
-        , sink(s) {}
+        , rate(o.rate) {
+        sink.setThrowOnFailure(true);
+    }
 
     void write(const Ko::Image<>& frame, const Pace& pace) {
         if (!sink.isOpened()) {
@@ -178,7 +177,7 @@ private:
     const Options& options;
     unsigned int rate;
     std::vector<Ko::Image<>> held;
-    Ko::VideoOutputVideoFile& sink;
+    Ko::VideoOutputVideoFile sink;
 };
 
 /// @return whether the user wants to go on
@@ -192,7 +191,7 @@ bool show(Ko::VideoOutputDisplay& display, const Ko::Image<>& frame, Pace& pace)
     return !display.getQuit();
 }
 
-void capture(const Options& options, Ko::VideoOutputVideoFile& sink) {
+void capture(const Options& options) {
     Ko::VideoInputCaptureV4L camera;
     camera.setBufferCount(4);
     camera.init(options.device, options.width, options.height, 0);
@@ -203,7 +202,7 @@ void capture(const Options& options, Ko::VideoOutputVideoFile& sink) {
     }
     Ko::Font font;
     font.init(nullptr, 0, 14);
-    Recorder recorder(options, sink);
+    Recorder recorder(options);
     std::unique_ptr<Ko::VideoOutputDisplay> display;
     if (options.show)
         display = std::make_unique<Ko::VideoOutputDisplay>(camera.getWidth(), 0, camera.getWidth(), camera.getHeight(),
@@ -260,9 +259,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         sortWords(options);
-        Ko::VideoOutputVideoFile sink;
-        runWatched(sink, options.output,
-                   [&] { capture(options, sink); }); // the window too belongs to the thread that runs it
+        capture(options);
     } catch (const std::exception& e) {
         std::cerr << "capture: " << e.what() << "\n";
         return 1;

@@ -10,8 +10,6 @@
 #include <iostream>
 #include <string>
 
-using Frame = Ko::Image<unsigned char>;
-
 namespace {
 
 constexpr unsigned int gap = 4; // pixels between the frames
@@ -25,7 +23,7 @@ struct Options {
 };
 
 /// Puts the frame onto the sheet, each pixel the mean of a square of `shrink` x `shrink`.
-void place(Frame& sheet, unsigned int left, unsigned int top, const Frame& frame, unsigned int shrink) {
+void place(Ko::Image<>& sheet, unsigned int left, unsigned int top, const Ko::Image<>& frame, unsigned int shrink) {
     for (int p = 0; p < 3; ++p)
         for (unsigned int y = 0; y < frame.height / shrink; ++y)
             for (unsigned int x = 0; x < frame.width / shrink; ++x) {
@@ -43,16 +41,17 @@ void makeSheet(const Options& options) {
     const unsigned int width = source.getWidth() / shrink;
     const unsigned int height = source.getHeight() / shrink;
 
-    Frame sheet(Ko::PF_YCC444P);
+    Ko::Image sheet(Ko::PF_YCC444P);
     sheet.size(options.columns * (width + gap) - gap, options.rows * (height + gap) - gap);
     for (int p = 0; p < 3; ++p)
         for (unsigned int y = 0; y < sheet.height; ++y)
             std::fill_n(sheet.plane[p].view[y], sheet.width, static_cast<unsigned char>(p == 0 ? 16 : 128));
 
-    Frame frame(Ko::PF_YCC444P);
+    Ko::Image frame(Ko::PF_YCC444P);
     const long count = static_cast<long>(options.columns) * options.rows;
     for (long i = 0; i < count; ++i) {
-        source.seek(source.getLength() * (2 * i + 1) / (2 * count), Ko::VP_BEGIN);
+        // Counted back from the end, since time stamps need not begin at 0.
+        source.seek(source.getLength() * (2 * (count - i) - 1) / (2 * count), Ko::VP_END);
         if (!source.read(frame) || frame.width != source.getWidth() || frame.height / shrink > height)
             continue; // the place stays black
         const unsigned int column = static_cast<unsigned int>(i) % options.columns;

@@ -3,8 +3,6 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
-#include "WatchedSink.h"
-
 #include <CLI/CLI.hpp>
 
 #include <cstdlib>
@@ -14,8 +12,6 @@
 #include <string>
 
 namespace {
-
-using Frame = Ko::Image<unsigned char>;
 
 /// One line that counts up, ended when this goes.
 class Progress {
@@ -40,7 +36,7 @@ void writeAll(Ko::VideoInputImageFile& input, Ko::VideoOutputVideoFile& output) 
     // A directory of a single still is at its end from the start; this makes it readable.
     input.seek(0, Ko::VP_BEGIN);
     Progress progress(input.getLength());
-    Frame frame(Ko::PF_YCC444P);
+    Ko::Image frame(Ko::PF_YCC444P);
     while (input.read(frame)) {
         if (frame.width != input.getWidth() || frame.height != input.getHeight())
             throw std::runtime_error("A still is " + std::to_string(frame.width) + " x " +
@@ -68,7 +64,8 @@ int main(int argc, char** argv) {
     try {
         Ko::VideoInputImageFile input(directory);
         Ko::VideoOutputVideoFile output(input.getWidth(), input.getHeight(), file, {rate, 1}, bitRate);
-        runWatched(output, file, [&] { writeAll(input, output); });
+        output.setThrowOnFailure(true);
+        writeAll(input, output);
         return EXIT_SUCCESS;
     } catch (const std::exception& e) {
         std::cerr << "sequence: " << e.what() << "\n";

@@ -9,8 +9,6 @@
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
-#include "WatchedSink.h"
-
 #include <CLI/CLI.hpp>
 
 #include <unistd.h>
@@ -31,8 +29,6 @@
 #include <utility>
 #include <vector>
 
-using Frame = Ko::Image<unsigned char>;
-
 namespace {
 
 constexpr Ko::YCCColor green{173, 42, 26};
@@ -48,7 +44,7 @@ constexpr int fontSize = 14; // pixels
 /// its motion only now and then. A warm block alone is noise: it counts when two of its neighbours are warm too.
 class MotionFinder {
 public:
-    std::optional<Ko::Bbox<int>> find(const Frame& frame) {
+    std::optional<Ko::Bbox<int>> find(const Ko::Image<>& frame) {
         columns = static_cast<int>(frame.width) / blockSize;
         rows = static_cast<int>(frame.height) / blockSize;
         std::vector<int> current(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
@@ -78,7 +74,7 @@ private:
 
     std::size_t at(int x, int y) const { return static_cast<std::size_t>(y * columns + x); }
 
-    static int meanLuma(const Frame& frame, int left, int top) {
+    static int meanLuma(const Ko::Image<>& frame, int left, int top) {
         int sum = 0;
         for (int y = top; y < top + blockSize; ++y)
             for (int x = left; x < left + blockSize; ++x)
@@ -127,7 +123,7 @@ public:
             path.pop_front();
     }
 
-    void draw(Frame& frame, const Ko::Font& font) const {
+    void draw(Ko::Image<>& frame, const Ko::Font& font) const {
         for (std::size_t i = 1; i < path.size(); ++i)
             Ko::drawLine(frame, path[i - 1], path[i], yellow);
         if (path.empty())
@@ -164,7 +160,7 @@ void interrupt(int) {
 }
 
 /// "frame 123   0:04.10" in the lower left corner.
-void drawCounter(Frame& frame, const Ko::Font& font, unsigned long number, Ko::Frac<unsigned int> rate) {
+void drawCounter(Ko::Image<>& frame, const Ko::Font& font, unsigned long number, Ko::Frac<unsigned int> rate) {
     const unsigned long hundredths = number * 100 * rate.den / rate.num;
     std::ostringstream text;
     text << "frame " << number << "   " << hundredths / 6000 << ":" << std::setfill('0') << std::setw(2)
@@ -179,12 +175,13 @@ struct Options {
     unsigned int bitRate = 2000000;
 };
 
-void showProgress(unsigned long frames, const Ko::VideoInputVideoFile& source) {
+/// @param start the position behind the first frame: time stamps need not begin at 0
+void showProgress(unsigned long frames, const Ko::VideoInputVideoFile& source, long start) {
     if (frames % 10 != 0 || !isatty(STDERR_FILENO))
         return;
     std::cerr << "\r" << frames << " frames";
     if (source.getLength() > 0)
-        std::cerr << ", " << std::min(100L, 100 * source.tell() / source.getLength()) << " %";
+        std::cerr << ", " << std::min(100L, 100 * (source.tell() - start) / source.getLength()) << " %";
     std::cerr << "   " << std::flush;
 }
 
@@ -198,7 +195,7 @@ void printTotals(unsigned long frames, Ko::Timer& all, const std::vector<std::pa
         std::cout << "  " << name << " " << timer->getCum() / 1e6 << " s\n";
 }
 
-void track(const Options& options, Ko::VideoOutputVideoFile& sink) {
+void track(const Options& options) {
     Ko::Timer all;
     std::error_code missing;
     if (std::filesystem::equivalent(options.input, options.output, missing))
@@ -207,17 +204,20 @@ void track(const Options& options, Ko::VideoOutputVideoFile& sink) {
     Ko::Frac<unsigned int> rate = source.getFrameRate();
     if (rate.num == 0 || rate.den == 0)
         rate = {25, 1}; // the file does not tell
+    Ko::VideoOutputVideoFile sink;
+    sink.setThrowOnFailure(true);
     if (!options.encoder.empty())
         sink.setEncoder(options.encoder);
     sink.open(source.getWidth(), source.getHeight(), options.output, rate, options.bitRate);
 
     Ko::Timer reading, finding, drawing, writing;
-    Frame frame(Ko::PF_YCC444P);
+    Ko::Image frame(Ko::PF_YCC444P);
     Ko::Font font;
     font.init(nullptr, 0, fontSize); // the built-in one
     MotionFinder finder;
     Track path;
     unsigned long frames = 0;
+    long start = 0;
     while (!interrupted) {
         reading.start();
         const bool delivered = source.read(frame);
@@ -234,13 +234,14 @@ void track(const Options& options, Ko::VideoOutputVideoFile& sink) {
         writing.start();
         sink.write(frame);
         writing.stop();
-        showProgress(++frames, source);
+        if (frames == 0)
+            start = source.tell();
+        showProgress(++frames, source, start);
     }
     writing.start();
     sink.close(); // what is still queued is encoded here
     writing.stop();
-    if (sink.getError().empty())
-        printTotals(frames, all, {{"read ", &reading}, {"find ", &finding}, {"draw ", &drawing}, {"write", &writing}});
+    printTotals(frames, all, {{"read ", &reading}, {"find ", &finding}, {"draw ", &drawing}, {"write", &writing}});
 }
 
 } // namespace
@@ -256,8 +257,7 @@ int main(int argc, char** argv) {
 
     std::signal(SIGINT, interrupt);
     try {
-        Ko::VideoOutputVideoFile sink;
-        runWatched(sink, options.output, [&] { track(options, sink); });
+        track(options);
     } catch (const std::exception& e) {
         std::cerr << "track: " << e.what() << "\n";
         return 1;

@@ -19,7 +19,7 @@ namespace Ko {
 ///
 /// When the writer meets an error (a frame of another size, a full disk) it writes one line to standard error,
 /// "Thread ID: Error: REASON", and ends; its normal end at close() leaves "Thread ID: Interrupted." there. After an
-/// error write() goes on queueing until the queue is full and then waits for ever: see getError().
+/// error write() goes on queueing until the queue is full and then waits for ever, unless setThrowOnFailure() is on.
 ///
 /// One thread at a time per object; getError() may be called from any.
 class KOVANTA_API VideoOutputVideoFile : public VideoOutput {
@@ -42,7 +42,9 @@ public:
     /// @param bitRate bits per second
     /// @throws std::runtime_error "[VideoOutputVideoFile::open]: guess_format failed." (unknown extension),
     ///         "... avcodec_find_encoder failed." (no default encoder), "... url_fopen failed to open FILENAME.",
-    ///         "... av_write_header failed." (the container refuses the encoder),
+    ///         "... av_write_header failed." (the container refuses the encoder, or has no code for its stream, so
+    ///         that nobody could read the file), "... The container cannot hold the frame rate." (frames closer
+    ///         together than its time stamps, as above 1000 a second in mkv and flv, or too far apart),
     ///         "[VideoOutputVideoFile::openVideo]: avcodec_open failed." (the encoder refuses size, rate or bit rate);
     ///         without memory also "[VideoOutputVideoFile::open]: avformat_alloc_context failed.",
     ///         "... av_set_parameters failed.", "[VideoOutputVideoFile::addVideoStream]: av_new_stream failed.",
@@ -59,11 +61,13 @@ public:
     ///        PF_Y). Whether it fits is found out by the writer.
     /// @return true
     /// @throws std::logic_error "[VideoOutputVideoFile::write]: Not opened." when closed, and after a failed open()
+    /// @throws std::runtime_error as setThrowOnFailure() says
     /// @throws boost::thread_interrupted, std::bad_alloc; the frame is not queued then
     bool write(const Image<>& image) override;
 
     /// Lets the writer encode every queued frame, ends it, and finishes the file. Does nothing when not open. A failure
-    /// to finish the file is not thrown: getError() tells.
+    /// to finish the file is not thrown, unless setThrowOnFailure() is on: getError() tells.
+    /// @throws std::runtime_error as setThrowOnFailure() says; the file is closed then
     void close();
 
     /// Whether there is something for close() to do: true after open(), also after a failed one.
@@ -77,6 +81,15 @@ public:
     VideoOutputVideoFile& setInterlace(bool on);
     /// Sets how many frames the queue holds from the next open() on. With 0 every write() would wait for ever.
     VideoOutputVideoFile& setQueueSize(unsigned int n);
+
+    /// Writes mp4, mov and their like in fragments from the next open() on, one at each key frame and at least one a
+    /// second: what was written before the disk was full or the program ended can be read. Without it such a file is
+    /// of no use before close() has written its index. Other containers are not concerned. Off until set.
+    VideoOutputVideoFile& setFragments(bool on);
+    /// Makes failures of the writer exceptions: when on, write() and close() throw std::runtime_error with the reason
+    /// that getError() has, also a write() that is already waiting for room. The destructor never throws. Off until
+    /// set, kept over close() and open(); to be set before the first write().
+    VideoOutputVideoFile& setThrowOnFailure(bool on);
 
     /// What went wrong since the last open(): the reason the writer ended with, or why close() could not finish the
     /// file. Empty while all is well. Thread-safe.

@@ -1,9 +1,8 @@
 #include "videoin/DecodedPicture.h"
 
+#include "Kovanta/Wrap.h"
 #include "libav/Handles.h"
 #include "util/Errors.h"
-
-#include <cstddef>
 
 extern "C" {
 #include <libavutil/pixfmt.h>
@@ -33,19 +32,13 @@ void shapeWrapper(Image<>& wrapper, int avPixelFormat, unsigned int width, unsig
 }
 
 void wrapPicture(Image<>& wrapper, const AVFrame& picture) {
-    const auto width = static_cast<unsigned int>(picture.width);
-    const auto height = static_cast<unsigned int>(picture.height);
-    if (wrapper.format != wrapperFormat(picture.format) || wrapper.width != width || wrapper.height != height)
-        shapeWrapper(wrapper, picture.format, width, height);
-    // The planes' own heights make the rows: a last odd luma row is pointed, a chroma row that the image lacks is not.
-    for (int p = 0; p < 3; ++p) {
-        auto& plane = wrapper.plane[p];
-        if (!plane.rows)
-            continue;
-        unsigned char* row = picture.data[p];
-        for (std::size_t y = 0; y < plane.height; ++y, row += picture.linesize[p])
-            plane.rows[y] = row;
-    }
+    const PIXEL_FORMAT format = wrapperFormat(picture.format);
+    if (wrapper.format != format)
+        wrapper.fmt(format);
+    rewrapMemory(wrapper, static_cast<unsigned int>(picture.width), static_cast<unsigned int>(picture.height),
+                 {{picture.data[0], picture.linesize[0]},
+                  {picture.data[1], picture.linesize[1]},
+                  {picture.data[2], picture.linesize[2]}});
 }
 
 } // namespace Ko

@@ -14,6 +14,7 @@ extern "C" {
 #include <libavutil/avutil.h>
 #include <libavutil/error.h>
 #include <libavutil/mathematics.h>
+#include <libavutil/mem.h>
 }
 
 namespace Ko {
@@ -181,9 +182,15 @@ void VideoFileDecoder::note(int error) {
     ++damagedPackets;
 }
 
-/// @throws std::bad_alloc when libav had no memory, whether it says so or not
+/// To be asked wherever pictures fail to come. Not every decoder and demuxer says that it had no memory; most often
+/// there is none for a picture now either.
+/// @throws std::bad_alloc
 void VideoFileDecoder::refuseWithoutMemory(int error) {
-    if (outOfMemory.exchange(false) || error == AVERROR(ENOMEM))
+    const std::size_t pixels = std::size_t{4} * static_cast<unsigned int>(std::max(codec->width, 0)) *
+                               static_cast<unsigned int>(std::max(codec->height, 0));
+    void* const probe = av_malloc(pixels + 65536);
+    av_free(probe);
+    if (outOfMemory.exchange(false) || error == AVERROR(ENOMEM) || !probe)
         throw std::bad_alloc();
 }
 

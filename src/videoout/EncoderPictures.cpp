@@ -1,5 +1,6 @@
 #include "videoout/EncoderPictures.h"
 
+#include "Kovanta/Wrap.h"
 #include "util/Errors.h"
 
 #include <cstring>
@@ -27,15 +28,10 @@ libav::FrameHandle allocPicture(int width, int height) {
 std::unique_ptr<EncoderPicture> makePicture(unsigned int width, unsigned int height) {
     auto picture = std::make_unique<EncoderPicture>();
     picture->frame = allocPicture(static_cast<int>(width), static_cast<int>(height));
-    picture->image.size(width, height, false);
-    for (int p = 0; p < 3; ++p) {
-        const auto& plane = picture->image.plane[p];
-        if (!plane.rows)
-            continue;
-        unsigned char* row = picture->frame->data[p];
-        for (unsigned int y = 0; y < plane.height; ++y, row += picture->frame->linesize[p])
-            plane.rows[y] = row;
-    }
+    const AVFrame& frame = *picture->frame;
+    picture->image = wrapMemory(
+        PF_YCC420P, width, height,
+        {{frame.data[0], frame.linesize[0]}, {frame.data[1], frame.linesize[1]}, {frame.data[2], frame.linesize[2]}});
     return picture;
 }
 

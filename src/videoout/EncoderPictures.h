@@ -25,6 +25,8 @@ public:
     /// Makes the first picture. @throws std::runtime_error "[allocPicture]: ... failed."
     EncoderPictures(unsigned int width, unsigned int height);
 
+    /// The picture made first, whoever refers to it.
+    EncoderPicture& first() { return *pictures.front(); }
     /// A picture that nobody else refers to. Valid until the next call.
     EncoderPicture& writable();
 

@@ -6,9 +6,9 @@
 #include <boost/thread/lock_guard.hpp>
 #include <boost/thread/mutex.hpp>
 
-#include <deque>
 #include <exception>
 #include <utility>
+#include <vector>
 
 namespace Ko {
 
@@ -37,7 +37,7 @@ public:
 
 private:
     boost::mutex mutex;
-    std::deque<Image<>> frames; // A growing vector would copy them: their moves may throw.
+    std::vector<Image<>> frames;
 };
 
 } // namespace Ko

@@ -1,7 +1,9 @@
 #include "videoout/VideoFileEncoder.h"
 
 #include "Kovanta/ConvertIm.h"
+#include "libav/Names.h"
 #include "util/Errors.h"
+#include "videoout/Containers.h"
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -28,43 +30,29 @@ AVRational reducedRate(Frac<unsigned int> rate) {
     return {static_cast<int>(num), static_cast<int>(den)};
 }
 
-bool wantsGlobalHeader(const AVOutputFormat& container) {
-    for (const char* name : {"mp4", "mov", "3gp"})
-        if (std::strcmp(container.name, name) == 0)
-            return true;
-    return (container.flags & AVFMT_GLOBALHEADER) != 0;
-}
-
 /// Sizes beyond int become negative, which the encoder refuses as it does 0.
 int toInt(unsigned int size) {
     return size > INT_MAX ? -1 : static_cast<int>(size);
 }
 
-/// A transport stream of less than eleven packets is taken for something else by libav's own readers; null packets,
-/// which every reader skips, make it long enough. Streams whose packets are longer (m2ts) are left alone.
-void padTransportStream(AVIOContext* file) {
-    constexpr std::int64_t packetSize = 188;
-    constexpr std::int64_t recognised = 11 * packetSize;
-    std::int64_t size = avio_tell(file);
-    if (size < 0 || size % packetSize != 0)
-        return;
-    unsigned char nullPacket[packetSize];
-    std::memset(nullPacket, 0xFF, sizeof nullPacket);
-    nullPacket[0] = 0x47;
-    nullPacket[1] = 0x1F;
-    nullPacket[3] = 0x10;
-    for (; size < recognised; size += packetSize)
-        avio_write(file, nullPacket, packetSize);
+/// libsvtav1 can neither be drained nor closed before it was given a picture: it waits for one for ever.
+bool mustBeFed(const AVCodecContext& encoder) {
+    return std::strcmp(encoder.codec->name, "libsvtav1") == 0;
 }
 
 } // namespace
 
+VideoFileEncoder::~VideoFileEncoder() {
+    feedUnfed();
+}
+
 void VideoFileEncoder::open(const std::string& filename, const Settings& settings, const AVCodec*& codec) {
+    const std::string url = libav::urlOf(filename);
     const AVOutputFormat* container = av_guess_format(nullptr, filename.c_str(), nullptr);
     if (!container)
         throwRuntimeError("VideoOutputVideoFile::open", "guess_format failed.");
     AVFormatContext* context = nullptr;
-    if (avformat_alloc_output_context2(&context, container, nullptr, filename.c_str()) < 0)
+    if (avformat_alloc_output_context2(&context, container, nullptr, url.c_str()) < 0)
         throwRuntimeError("VideoOutputVideoFile::open", "avformat_alloc_context failed.");
     formatContext.reset(context);
 
@@ -77,14 +65,29 @@ void VideoFileEncoder::open(const std::string& filename, const Settings& setting
     if (avcodec_parameters_from_context(stream->codecpar, codecContext.get()) < 0)
         throwRuntimeError("VideoOutputVideoFile::open", "av_set_parameters failed.");
 
-    if (!(container->flags & AVFMT_NOFILE) && avio_open(&formatContext->pb, filename.c_str(), AVIO_FLAG_WRITE) < 0)
+    if (!hasCodeFor(*formatContext, codec->id))
+        throwRuntimeError("VideoOutputVideoFile::open", "av_write_header failed.");
+    if (!(container->flags & AVFMT_NOFILE) && avio_open(&formatContext->pb, url.c_str(), AVIO_FLAG_WRITE) < 0)
         throwRuntimeError("VideoOutputVideoFile::open", "url_fopen failed to open " + filename + ".");
-    // The muxers of this family would multiply a small time base up, and positions would no longer count frames. The
-    // others do not know the option.
-    if (container->priv_class)
-        av_opt_set_int(formatContext->priv_data, "video_track_timescale", codecContext->time_base.den, 0);
+    setMuxerOptions(settings);
     if (avformat_write_header(formatContext.get(), nullptr) < 0)
         throwRuntimeError("VideoOutputVideoFile::open", "av_write_header failed.");
+    if (!holdsPeriod(*container, codecContext->time_base, stream->time_base))
+        throwRuntimeError("VideoOutputVideoFile::open", "The container cannot hold the frame rate.");
+}
+
+/// Those of the mp4 and mov family. Other muxers do not know them.
+void VideoFileEncoder::setMuxerOptions(const Settings& settings) {
+    if (!formatContext->oformat->priv_class)
+        return;
+    void* const options = formatContext->priv_data;
+    // A small time base would be multiplied up, and positions would no longer count frames.
+    av_opt_set_int(options, "video_track_timescale", codecContext->time_base.den, 0);
+    if (!settings.fragments)
+        return;
+    av_opt_set(options, "movflags", "+frag_keyframe+delay_moov+default_base_moof", 0);
+    constexpr std::int64_t longest = 1000000; // microseconds
+    av_opt_set_int(options, "frag_duration", longest, 0);
 }
 
 void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& codec) {
@@ -114,6 +117,9 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
 void VideoFileEncoder::openVideo(const AVCodec& codec) {
     if (codecContext->pix_fmt != AV_PIX_FMT_YUV420P)
         throwLogicError("VideoOutputVideoFile::openVideo", "Can only convert to 4:2:0 Planar YUV.");
+    // libx265 prints past libav's log. The other encoders do not know the option.
+    if (codec.priv_class && av_log_get_level() == AV_LOG_QUIET)
+        av_opt_set(codecContext->priv_data, "x265-params", "log-level=none", 0);
     if (avcodec_open2(codecContext.get(), &codec, nullptr) < 0)
         throwRuntimeError("VideoOutputVideoFile::openVideo", "avcodec_open failed.");
     pictures.emplace(static_cast<unsigned int>(codecContext->width), static_cast<unsigned int>(codecContext->height));
@@ -126,13 +132,30 @@ void VideoFileEncoder::frameWrite(const Image<>& image) {
     EncoderPicture& picture = pictures->writable();
     convertIm(picture.image, image);
     picture.frame->pts = frameCount;
+    fed = true;
     if (avcodec_send_frame(codecContext.get(), picture.frame.get()) < 0)
         throwRuntimeError("VideoOutputVideoFile::frameWrite", "avcodec_encode_video failed.");
     writePackets();
     ++frameCount;
 }
 
+/// Without a frame of the caller's, the encoder gets one that goes nowhere.
+/// @return whether that was so; the encoder is drained then
+bool VideoFileEncoder::feedUnfed() noexcept {
+    if (fed || !pictures || !mustBeFed(*codecContext))
+        return false;
+    fed = true;
+    AVFrame* const frame = pictures->first().frame.get();
+    frame->pts = 0;
+    if (avcodec_send_frame(codecContext.get(), frame) >= 0 && avcodec_send_frame(codecContext.get(), nullptr) >= 0)
+        while (avcodec_receive_packet(codecContext.get(), packet.get()) >= 0)
+            av_packet_unref(packet.get());
+    return true;
+}
+
 void VideoFileEncoder::drain() {
+    if (feedUnfed())
+        return;
     if (avcodec_send_frame(codecContext.get(), nullptr) < 0)
         throwRuntimeError("VideoOutputVideoFile::frameWrite", "avcodec_encode_video failed.");
     writePackets();
@@ -159,8 +182,7 @@ void VideoFileEncoder::writeTrailer() {
 }
 
 void VideoFileEncoder::closeFile() {
-    if (formatContext->pb && std::strcmp(formatContext->oformat->name, "mpegts") == 0)
-        padTransportStream(formatContext->pb);
+    padTransportStream(*formatContext);
     if (!(formatContext->oformat->flags & AVFMT_NOFILE) && avio_closep(&formatContext->pb) < 0)
         throwRuntimeError("VideoOutputVideoFile::close", "url_fclose failed.");
 }

@@ -24,7 +24,13 @@ public:
         Frac<unsigned int> frameRate;
         unsigned int bitRate; ///< In bits per second.
         int codecFlags;       ///< Added to the encoder's own.
+        bool fragments;       ///< Where the container can be written so.
     };
+
+    VideoFileEncoder() = default;
+    VideoFileEncoder(const VideoFileEncoder&) = delete;
+    VideoFileEncoder& operator=(const VideoFileEncoder&) = delete;
+    ~VideoFileEncoder();
 
     /// Creates the file and writes its header.
     /// @param codec the encoder; null is replaced by the container's default one
@@ -41,7 +47,9 @@ public:
 private:
     void addVideoStream(const Settings& settings, const AVCodec& codec);
     void openVideo(const AVCodec& codec);
+    void setMuxerOptions(const Settings& settings);
     void writePackets();
+    bool feedUnfed() noexcept;
 
     libav::OutputContextHandle formatContext;
     libav::CodecContextHandle codecContext;
@@ -49,6 +57,7 @@ private:
     AVStream* stream = nullptr; ///< The one stream; belongs to the container.
     std::optional<EncoderPictures> pictures;
     std::uint32_t frameCount = 0;
+    bool fed = false; ///< Whether the encoder was given a picture.
 };
 
 } // namespace Ko

@@ -10,6 +10,10 @@
 #include <boost/thread/lock_guard.hpp>
 #include <boost/thread/thread.hpp>
 
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <locale>
@@ -22,6 +26,8 @@ namespace Ko {
 namespace {
 
 using Guard = boost::lock_guard<boost::mutex>;
+
+constexpr std::size_t reasonLength = 500; // characters; what is longer is cut
 
 /// Composed first and handed over in one piece, so that the lines of two writers do not mix. Where even that fails,
 /// the writer ends without a line.
@@ -48,14 +54,19 @@ struct KOVANTA_LOCAL VideoOutputVideoFile::Impl {
 
     void release();
     void writerThread(Output& to);
-    void setError(const char* reason);
+    void discardFrames(Output& to) noexcept;
+    void setError(const char* reason) noexcept;
+    void throwFailure() const;
 
     const AVCodec* codec = nullptr; ///< Null for the container's default one.
     int codecFlags = 0;
     unsigned int queueSize = 5;
     std::unique_ptr<Output> output;
+    bool fragments = false;
+    std::atomic<bool> throwOnFailure{false};
+    std::atomic<bool> failed{false}; ///< Spares each write() the lock.
     mutable boost::mutex errorMutex;
-    std::string error;
+    std::string error; ///< Has memory beforehand: there may be none left when it is needed.
 };
 
 /// What close() does once it holds libAvMutex.
@@ -91,17 +102,37 @@ void VideoOutputVideoFile::Impl::writerThread(Output& to) {
         }
     } catch (const boost::thread_interrupted&) {
         reportEnd("Interrupted.");
+        return;
     } catch (const std::exception& e) {
         setError(e.what());
         reportEnd("Error: ", e.what());
     }
+    if (throwOnFailure)
+        discardFrames(to);
+}
+
+/// Frees a write() that waits for room, so that it can throw.
+void VideoOutputVideoFile::Impl::discardFrames(Output& to) noexcept {
+    try {
+        for (;;)
+            to.buffer.get();
+    } catch (const boost::thread_interrupted&) {
+    }
 }
 
 /// The first reason stays: what follows from it says less.
-void VideoOutputVideoFile::Impl::setError(const char* reason) {
+void VideoOutputVideoFile::Impl::setError(const char* reason) noexcept {
     const Guard lock(errorMutex);
     if (error.empty())
-        error = reason;
+        error.assign(reason, std::min(std::strlen(reason), error.capacity()));
+    failed = true;
+}
+
+void VideoOutputVideoFile::Impl::throwFailure() const {
+    if (!throwOnFailure || !failed)
+        return;
+    const Guard lock(errorMutex);
+    throw std::runtime_error(error);
 }
 
 VideoOutputVideoFile::VideoOutputVideoFile()
@@ -117,7 +148,8 @@ VideoOutputVideoFile::VideoOutputVideoFile(unsigned int width, unsigned int heig
 
 VideoOutputVideoFile::~VideoOutputVideoFile() {
     try {
-        close();
+        const Guard lock(libAvMutex);
+        impl->release();
     } catch (const std::exception& e) {
         std::cerr << "[VideoOutputVideoFile::~VideoOutputVideoFile]: " << e.what() << std::endl;
     }
@@ -130,10 +162,12 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
     {
         const Guard errorLock(impl->errorMutex);
         impl->error.clear();
+        impl->error.reserve(reasonLength);
+        impl->failed = false;
     }
     impl->output = std::make_unique<Impl::Output>();
     Impl::Output& output = *impl->output;
-    output.encoder.open(filename, {width, height, frameRate, bitRate, impl->codecFlags}, impl->codec);
+    output.encoder.open(filename, {width, height, frameRate, bitRate, impl->codecFlags, impl->fragments}, impl->codec);
     output.buffer.setCapacity(impl->queueSize);
     output.buffer.setDropOldest(false);
     output.writer = boost::thread([&self = *impl, &output] { self.writerThread(output); });
@@ -142,15 +176,20 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
 bool VideoOutputVideoFile::write(const Image<>& image) {
     if (!impl->output || !impl->output->writer.joinable())
         throwLogicError("VideoOutputVideoFile::write", "Not opened.");
+    impl->throwFailure();
     Image copy = impl->output->pool.take();
     copy = image;
     impl->output->buffer.put(std::move(copy));
+    impl->throwFailure(); // the writer may have met its error meanwhile
     return true;
 }
 
 void VideoOutputVideoFile::close() {
     const Guard lock(libAvMutex);
+    if (!impl->output)
+        return;
     impl->release();
+    impl->throwFailure();
 }
 
 bool VideoOutputVideoFile::isOpened() const {
@@ -177,6 +216,16 @@ VideoOutputVideoFile& VideoOutputVideoFile::setInterlace(bool on) {
 
 VideoOutputVideoFile& VideoOutputVideoFile::setQueueSize(unsigned int n) {
     impl->queueSize = n;
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setFragments(bool on) {
+    impl->fragments = on;
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setThrowOnFailure(bool on) {
+    impl->throwOnFailure = on;
     return *this;
 }
 

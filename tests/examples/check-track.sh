@@ -57,7 +57,7 @@ expect_error "avcodec_find_encoder_by_name failed." in.mp4 out.mp4 --encoder non
 # A long file: a full disk ends it although the queue is full, and an interrupt leaves what was written readable.
 ffmpeg -v error -f lavfi -i "testsrc2=size=640x480:rate=25:duration=80" -c:v mpeg4 -q:v 8 long.avi
 ln -s /dev/full full.mkv
-expect_error "track: full.mkv: [VideoOutputVideoFile::frameWrite]: av_write_frame failed." long.avi full.mkv
+expect_error "track: [VideoOutputVideoFile::frameWrite]: av_write_frame failed." long.avi full.mkv
 "$track" long.avi cut.mp4 >run.log 2>err.log &
 pid=$!
 # Frames in the file are the sign that it is well under way.

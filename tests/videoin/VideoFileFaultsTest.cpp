@@ -1,11 +1,20 @@
 #include "Kovanta/VideoInput.h"
+#include "support/LibavFaults.h"
 #include "support/Resources.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
 
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavutil/error.h>
+#include <libavutil/mem.h>
+}
+
+#include <cerrno>
+#include <climits>
 #include <filesystem>
+#include <new>
 #include <string>
 
 namespace {
@@ -30,7 +39,7 @@ protected:
 };
 
 int countFrames(Ko::VideoInput& in) {
-    Image<unsigned char> frame(Ko::PF_YCC444P);
+    Image frame(Ko::PF_YCC444P);
     int count = 0;
     while (in.read(frame))
         EXPECT_EQ(test::frameIndex(frame), count++);
@@ -69,7 +78,7 @@ TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing)
         EXPECT_EQ(thrownText<std::runtime_error>([&] { VideoInputVideoFile in(refusal.file); }), refusal.message);
         EXPECT_EQ(test::openDescriptors(), before);
         EXPECT_EQ(thrownText<std::runtime_error>([&] { used.open(refusal.file); }), refusal.message);
-        Image<unsigned char> frame(Ko::PF_YCC444P);
+        Image frame(Ko::PF_YCC444P);
         EXPECT_EQ(thrownText<std::logic_error>([&] { used.read(frame); }), "[VideoInputVideoFile::read]: Not opened.");
         used.open(good);
         EXPECT_EQ(countFrames(used), 10);
@@ -119,7 +128,7 @@ TEST_F(VideoFileFaults, ATruncatedFileDeliversWhatIsThereAndEnds) {
             make(name, name == "cut.ogv" ? "-c:v libtheora -q:v 10" : "-c:v mpeg4 -q:v 2", {128, 96, 60});
         std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
         VideoInputVideoFile in(file);
-        Image<unsigned char> frame(Ko::PF_YCC444P);
+        Image frame(Ko::PF_YCC444P);
         int count = 0;
         for (; in.read(frame); ++count) // the last one may be half a picture
             EXPECT_TRUE(test::frameIndex(frame) == count || count > 10);
@@ -144,7 +153,7 @@ TEST_F(VideoFileFaults, DamagedPacketsAreSkipped) {
     };
     spoil(false);
     VideoInputVideoFile in(directory.write("spoilt.avi", bytes));
-    Image<unsigned char> frame(Ko::PF_YCC444P);
+    Image frame(Ko::PF_YCC444P);
     for (int i = 0; i < packets; ++i)
         if (i % 4 != 1) {
             ASSERT_TRUE(in.read(frame));
@@ -153,6 +162,7 @@ TEST_F(VideoFileFaults, DamagedPacketsAreSkipped) {
         }
     EXPECT_FALSE(in.read(frame));
     EXPECT_EQ(packets, 20);
+    EXPECT_EQ(in.getError(), "Invalid data found when processing input (damaged packets: 5)");
 
     // Nothing at all to show: neither a loop nor a seek may search for ever.
     spoil(true);
@@ -162,6 +172,49 @@ TEST_F(VideoFileFaults, DamagedPacketsAreSkipped) {
     EXPECT_EQ(in.seek(7, Ko::VP_BEGIN), 0);
     EXPECT_FALSE(in.read(frame));
     EXPECT_TRUE(in.eof());
+}
+
+TEST_F(VideoFileFaults, ADecoderThatRefusesEveryPacketOnceLosesNoPicture) {
+    const test::LibavFault busy(test::LibavCall::SendPacket,
+                                [](int call) { return call < 20 && call % 2 == 0 ? AVERROR(EAGAIN) : 0; });
+    VideoInputVideoFile in(good);
+    EXPECT_EQ(countFrames(in), 10);
+    EXPECT_EQ(in.tell(), 10);
+    EXPECT_EQ(in.getError(), "");
+}
+
+TEST_F(VideoFileFaults, AReadErrorEndsTheFileAndIsTold) {
+    VideoInputVideoFile in(good);
+    {
+        const test::LibavFault broken(test::LibavCall::ReadFrame,
+                                      [](int call) { return call == 5 ? AVERROR(EIO) : 0; });
+        EXPECT_EQ(countFrames(in), 5);
+    }
+    EXPECT_TRUE(in.eof());
+    EXPECT_EQ(in.getError(), "Input/output error");
+    in.open(good);
+    EXPECT_EQ(in.getError(), "");
+}
+
+TEST_F(VideoFileFaults, ALackOfMemoryIsNoEndOfTheFile) {
+    for (const std::string options : {"-c:v mpeg4", "-c:v libx264 -bf 2", "-c:v mpeg2video", "-c:v ffv1"}) {
+        SCOPED_TRACE(options);
+        VideoInputVideoFile in(make("video.mkv", options));
+        Image frame(Ko::PF_YCC444P);
+        {
+            const test::LibavFault noPacket(test::LibavCall::ReadFrame, [](int) { return AVERROR(ENOMEM); });
+            EXPECT_THROW(in.read(frame), std::bad_alloc);
+        }
+        EXPECT_EQ(countFrames(in), 10);
+        EXPECT_EQ(in.seek(0, Ko::VP_BEGIN), 0);
+        in.open(directory / "video.mkv"); // decoders keep buffers
+        av_max_alloc(3000);               // bytes at a time, too few for a picture
+        EXPECT_THROW(while (in.read(frame)){}, std::bad_alloc);
+        av_max_alloc(INT_MAX);
+        EXPECT_FALSE(in.eof());
+        in.seek(0, Ko::VP_BEGIN);
+        EXPECT_EQ(countFrames(in), 10);
+    }
 }
 
 } // namespace
