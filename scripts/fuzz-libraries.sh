@@ -42,11 +42,16 @@ build() {
   [ ! -f "built-$package" ] || return 0
   fetch "$package"
   source=$(compgen -G "$package-*/" | head -n 1)
-  cmake -S "$source" -B "build-$package" -G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_C_COMPILER=clang \
-    -DCMAKE_C_FLAGS="$flags" -DCMAKE_INSTALL_PREFIX="$here/prefix" -DCMAKE_INSTALL_LIBDIR=lib \
-    -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_POLICY_VERSION_MINIMUM=3.5 "$@" >"$package.log" 2>&1 &&
-    cmake --build "build-$package" >>"$package.log" 2>&1 && cmake --install "build-$package" >>"$package.log" 2>&1 ||
-    { tail -n 15 "$package.log" >&2; echo "fuzz-libraries: $package does not build" >&2; return 1; }
+  if ! {
+    cmake -S "$source" -B "build-$package" -G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_C_COMPILER=clang \
+      -DCMAKE_C_FLAGS="$flags" -DCMAKE_INSTALL_PREFIX="$here/prefix" -DCMAKE_INSTALL_LIBDIR=lib \
+      -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_POLICY_VERSION_MINIMUM=3.5 "$@" &&
+      cmake --build "build-$package" && cmake --install "build-$package"
+  } >"$package.log" 2>&1; then
+    tail -n 15 "$package.log" >&2
+    echo "fuzz-libraries: $package does not build" >&2
+    return 1
+  fi
   touch "built-$package"
 }
 

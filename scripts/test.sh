@@ -29,7 +29,7 @@ stage "release: tests"
 ctest --preset release -j "$jobs"
 
 stage "lint"
-scripts/lint.sh format shell tidy
+scripts/lint.sh
 
 stage "address and undefined-behaviour sanitizers: build"
 quiet cmake --preset asan+ubsan "${options[@]}"

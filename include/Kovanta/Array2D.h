@@ -25,10 +25,10 @@ class KOVANTA_API Array2D {
 public:
     /// A rectangle of the full array, in samples and rows; `x0` and `y0` are added as signed values.
     struct Subarray {
-        std::uint32_t width;
-        std::uint32_t height;
-        std::uint32_t x0;
-        std::uint32_t y0;
+        std::uint32_t width;  ///< Samples per row.
+        std::uint32_t height; ///< Rows.
+        std::uint32_t x0;     ///< Its first column.
+        std::uint32_t y0;     ///< Its first row.
     };
 
     std::uint32_t width = 0;       ///< Samples per row of the full array.
@@ -59,12 +59,15 @@ public:
 
     /// The samples of a row of the current view. The row is not checked.
     T* row(std::uint32_t y) { return view[y]; }
+    /// @overload
     const T* row(std::uint32_t y) const { return view[y]; }
 
     /// Replaces the storage, uninitialised; leaves `subarrays` and `view` for the caller to reset. An owning array
-    /// that already has the size keeps its buffer. With @p alloc false every row is null, to be pointed by the caller.
-    /// A zero dimension releases the storage and leaves the recorded sizes as they were.
-    /// @param w samples per row, @param h rows
+    /// that already has the size keeps its buffer. A zero dimension
+    /// releases the storage and leaves the recorded sizes as they were.
+    /// @param w samples per row
+    /// @param h rows
+    /// @param alloc when false, every row is null, to be pointed by the caller
     /// @throws std::runtime_error "[Array2D<T>::newData]: Image too large." when w * h passes 2^32 - 1
     /// @throws std::bad_alloc; the array is then as it was
     void newData(unsigned int w, unsigned int h, bool alloc);

@@ -28,13 +28,13 @@ namespace Ko {
 template <class T = unsigned char>
 class KOVANTA_API Image {
 public:
-    Array2D<T> plane[4];
-    PIXEL_FORMAT format;
-    std::uint32_t width;            ///< In pixels.
-    std::uint32_t height;           ///< In pixels.
-    std::uint32_t bytesPerPixelNum; ///< Packed formats: numerator of the bytes per pixel; planar ones: 1.
-    std::uint32_t bytesPerPixelDen; ///< Its denominator.
-    bool planar;
+    Array2D<T> plane[4];              ///< The samples; what each plane holds is said with the format.
+    PIXEL_FORMAT format;              ///< What the fields below describe.
+    std::uint32_t width;              ///< In pixels.
+    std::uint32_t height;             ///< In pixels.
+    std::uint32_t bytesPerPixelNum;   ///< Packed formats: numerator of the bytes per pixel; planar ones: 1.
+    std::uint32_t bytesPerPixelDen;   ///< Its denominator.
+    bool planar;                      ///< Whether each component has a plane of its own.
     std::uint32_t horDiv[4];          ///< Horizontal divisor of each plane; 0 where the plane is absent.
     std::uint32_t verDiv[4];          ///< Vertical divisor of each plane; 0 where the plane is absent.
     std::uint64_t sequenceNumber = 0; ///< Frame number stamped by sources that count frames (cameras).

@@ -16,6 +16,7 @@ namespace Ko {
 template <class View>
 class ViewStack {
 public:
+    /// @cond What std::vector has, with the same meaning.
     using value_type = View;
     using size_type = std::size_t;
     using difference_type = std::ptrdiff_t;
@@ -23,11 +24,15 @@ public:
     using const_reference = const View&;
     using iterator = View*;
     using const_iterator = const View*;
+    /// @endcond
 
     /// One entry of zeros.
     ViewStack() noexcept = default;
+    /// A copy of the views given.
     ViewStack(std::initializer_list<View> views) { assign(views.begin(), views.size()); }
+    /// A copy of the views given.
     ViewStack(const std::vector<View>& views) { assign(views.data(), views.size()); }
+    /// @throws std::bad_alloc
     ViewStack(const ViewStack& other) = default;
     /// Leaves @p other with one entry of zeros.
     ViewStack(ViewStack&& other) noexcept { swap(other); }
@@ -37,6 +42,7 @@ public:
         swap(copy);
         return *this;
     }
+    /// Leaves @p other with one entry of zeros.
     ViewStack& operator=(ViewStack&& other) noexcept {
         ViewStack taken(std::move(other));
         swap(taken);
@@ -51,6 +57,7 @@ public:
         lone = only;
         count = 1;
     }
+    /// @cond
     void swap(ViewStack& other) noexcept {
         std::swap(lone, other.lone);
         std::swap(count, other.count);
@@ -87,6 +94,7 @@ public:
     const View& front() const noexcept { return data()[0]; }
     View& back() noexcept { return data()[count - 1]; }
     const View& back() const noexcept { return data()[count - 1]; }
+    /// @endcond
 
 private:
     void assign(const View* views, std::size_t n) {

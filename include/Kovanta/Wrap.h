@@ -12,13 +12,13 @@ namespace Ko {
 /// Where the samples of a plane lie: the first byte of its top row, and how many bytes further each next row begins.
 /// A negative stride is a picture stored bottom up: `first` is then in the row that lies last in memory.
 struct PlaneMemory {
-    unsigned char* first = nullptr;
-    std::ptrdiff_t stride = 0;
+    unsigned char* first = nullptr; ///< First byte of the top row.
+    std::ptrdiff_t stride = 0;      ///< From one row to the next, in bytes.
 };
 /// As PlaneMemory, for memory that must not be written.
 struct ConstPlaneMemory {
-    const unsigned char* first = nullptr;
-    std::ptrdiff_t stride = 0;
+    const unsigned char* first = nullptr; ///< First byte of the top row.
+    std::ptrdiff_t stride = 0;            ///< From one row to the next, in bytes.
 };
 
 /// An image over memory that must not be written: to be read, converted from, shown, stored. It goes where a
@@ -28,12 +28,17 @@ public:
     /// Takes an image that wraps the memory.
     explicit ConstImage(Image<unsigned char>&& wrapper) noexcept
         : image(std::move(wrapper)) {}
+    /// Holds a copy that owns its pixels.
     ConstImage(const ConstImage&) = default;
+    /// Takes the wrapper over.
     ConstImage(ConstImage&&) noexcept = default;
     ConstImage& operator=(const ConstImage&) = delete; // it would write through to the memory
     ~ConstImage() = default;
+    /// The image, to be read.
     operator const Image<unsigned char>&() const { return image; }
+    /// The image, to be read.
     const Image<unsigned char>& operator*() const { return image; }
+    /// The image, to be read.
     const Image<unsigned char>* operator->() const { return &image; }
 
 private:

@@ -27,7 +27,7 @@ private:
 /// Controls of vivid.
 enum Control : unsigned int {
     testPattern = 0x00f0f000,
-    textMode = 0x00f0f001, ///< 2: no text in the picture.
+    textMode = 0x00f0f001,   ///< 2: no text in the picture.
     disconnect = 0x00f0f041, ///< Until all that have the device open have closed it.
     errorInBuffer = 0x00f0f042
 };
