@@ -53,7 +53,7 @@ public:
     /// @throws std::bad_alloc; nothing has changed then
     Array2D& operator=(const Array2D& src);
     /// As the move constructor; into a noalloc array it behaves as the copy assignment, and writes through to the
-    /// wrapped memory.
+    /// wrapped memory. It copies as well where the source wraps rows of this array.
     Array2D& operator=(Array2D&& src); // NOLINT(performance-noexcept-move-constructor)
     ~Array2D();
 

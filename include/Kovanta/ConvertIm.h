@@ -19,7 +19,14 @@ namespace Ko {
 ///
 /// An owning target that already has the size keeps its buffer. Planes of @p dst that wrap foreign memory stay where
 /// they are; a source that is smaller in one dimension is converted into the part it covers.
-/// Thread-safe for different targets. The images must be different: converting an image into itself loses its pixels.
+///
+/// Nothing in an owning target is left as memory held it before. Where chroma is halved in the source and a size is
+/// odd, the lone last column or row of a PF_YCC444P target takes its neighbour's chroma (from PF_YUY2 its neighbour's
+/// samples), and 128 in an image of one column or row; planes that wrap keep what they had there. What the source's
+/// planes do not hold, although its format and size say so, becomes 0 in the target.
+///
+/// Thread-safe for different targets. The source may wrap a part of the target; it is copied first then. The images
+/// must be different.
 /// @throws std::logic_error "[convertIm]: Don't know how to convert from ... to ...." for every other pair; the
 ///         target has been resized by then
 /// @throws std::logic_error "[Array2D<T>::resize]: Noalloc and trying to resize." when the source does not fit wrapped
@@ -27,11 +34,16 @@ namespace Ko {
 /// @throws std::runtime_error "[convertIm]: Image too large.", std::bad_alloc; the target is then as it was
 KOVANTA_API void convertIm(Image<unsigned char>& dst, const Image<unsigned char>& src);
 
+/// Whether convertIm() knows the way from one format to another. The four routines below that it does not use are no
+/// way that it knows. Thread-safe.
+KOVANTA_API bool canConvert(PIXEL_FORMAT from, PIXEL_FORMAT to);
+
 } // namespace Ko
 
 /// @name Conversion routines
 /// What convertIm() calls, and four more that it does not know. The target must have the source's width and height
 /// and planes to match: size it first. Samples beyond what either image's planes hold are neither read nor written.
+/// Source and target may wrap the same memory: the result is what one sample after the other gives.
 /// They share no state, so different targets may be written at once.
 ///
 /// RGB to Y'CbCr and back are ITU-R BT.601, studio swing, in exact integer arithmetic. Full range is mapped to studio

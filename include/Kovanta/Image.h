@@ -46,14 +46,16 @@ public:
     Image(const Image& src) = default;
     /// Takes the source's planes; the source is 0 x 0 afterwards.
     Image(Image&& src) noexcept;
-    /// Copies all four planes, those that the format has no use for included, and the description.
+    /// Copies all four planes, those that the format has no use for included, and the description. The source may wrap
+    /// a part of this image: it is read before it goes.
     /// @throws std::logic_error "[Array2D<T>::operator=]: Noalloc and trying to resize." when a plane that wraps
     /// foreign
     ///         memory differs in size from the source's; nothing has changed then
     /// @throws std::bad_alloc; nothing has changed then
     Image& operator=(const Image& src);
-    /// As the move constructor. An image with a plane that wraps foreign memory is copied into instead, and the source
-    /// stays as it is. @throws as the copy assignment, for such an image only
+    /// As the move constructor. An image with a plane that wraps foreign memory is copied into instead, as is one of
+    /// which the source wraps a part; the source then stays as it is.
+    /// @throws as the copy assignment, for such images only
     Image& operator=(Image&& src); // NOLINT(performance-noexcept-move-constructor)
     ~Image() = default;
 

@@ -5,12 +5,11 @@
 
 #include <boost/thread/condition_variable.hpp>
 #include <boost/thread/exceptions.hpp>
+#include <boost/thread/lock_guard.hpp>
 #include <boost/thread/lock_types.hpp>
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/thread.hpp>
 
-#include <atomic>
-#include <cstdint>
 #include <deque>
 #include <type_traits>
 #include <utility>
@@ -24,7 +23,8 @@ namespace Ko {
 /// until setCapacity() and setDropOldest() say otherwise.
 ///
 /// Thread-safe for one producer and one consumer. put() and get() are interruption points of Boost while they wait, and
-/// only then. The destructor wakes nobody: stop both threads first.
+/// only then; in a program compiled without Boost's interruptions nothing ends a wait but the other side. The
+/// destructor wakes nobody: stop both threads first.
 /// @throws boost::thread_resource_error from the constructor
 template <class T>
 class ThreadedBuffer {
@@ -46,7 +46,8 @@ public:
     /// Removes the oldest value and returns it; waits while there is none.
     ///
     /// A consumer that is asked to stop is given every queued value first: the interruption leaves from the first wait
-    /// on an empty queue.
+    /// on an empty queue. An interruption that meets a value stays requested, and the thread's next interruption point
+    /// throws, wherever that is.
     /// @throws boost::thread_interrupted when the thread is interrupted while it waits
     /// @throws what copying T throws; the queue is then as it was
     T get();
@@ -60,7 +61,6 @@ private:
     using Lock = boost::unique_lock<boost::mutex>;
 
     static bool isSelfContained(const T& value);
-    static std::uint64_t threadNumber();
     void append(T& value);
     void waitForValue(Lock& lock);
 
@@ -69,7 +69,6 @@ private:
     unsigned int capacity = 100;
     std::deque<T> queue;
     bool dropOldest = false;
-    std::uint64_t interrupted = 0; // The number of the consumer, when it is owed an interruption.
 };
 
 template <class T>
@@ -120,14 +119,6 @@ bool ThreadedBuffer<T>::isSelfContained(const T& value) {
     return true;
 }
 
-/// A number for each thread, from 1 on. Thread ids will not do: they are used again.
-template <class T>
-std::uint64_t ThreadedBuffer<T>::threadNumber() {
-    static std::atomic<std::uint64_t> last{0};
-    thread_local const std::uint64_t number = ++last;
-    return number;
-}
-
 template <class T>
 void ThreadedBuffer<T>::append(T& value) {
     if (isSelfContained(value))
@@ -136,23 +127,24 @@ void ThreadedBuffer<T>::append(T& value) {
         queue.push_back(value);
 }
 
-/// Boost's wait throws on every wake-up of an interrupted thread, also when a value came at the same moment; that value
-/// would never be fetched. So the interruption is kept back then until the queue has run dry.
+/// Boost's wait throws on every wake-up of an interrupted thread, also when a value came at the same moment, which would
+/// never be fetched. So the request goes back to the thread then, whose next interruption point meets it.
 template <class T>
 void ThreadedBuffer<T>::waitForValue(Lock& lock) {
-    const std::uint64_t self = threadNumber();
-    if (interrupted == self && boost::this_thread::interruption_enabled()) {
-        interrupted = 0;
-        boost::this_thread::interruption_point(); // takes a second request along, should there be one
-        throw boost::thread_interrupted();
-    }
+#ifdef BOOST_THREAD_PROVIDES_INTERRUPTIONS
     try {
         condition.wait(lock);
     } catch (const boost::thread_interrupted&) {
         if (queue.empty())
             throw;
-        interrupted = self;
+        // What boost::thread::interrupt() does, for a thread whose handle is elsewhere.
+        boost::detail::thread_data_base* const self = boost::detail::get_current_thread_data();
+        const boost::lock_guard<boost::mutex> selfLock(self->data_mutex);
+        self->interrupt_requested = true;
     }
+#else
+    condition.wait(lock);
+#endif
 }
 
 } // namespace Ko

@@ -13,7 +13,8 @@ namespace Ko {
 /// A wall-clock stopwatch for profiling. All readings are microseconds modulo 2^32 (a little over 71 minutes).
 ///
 /// With a comment, stop(), get() and getCum() print their reading as one line to standard output, for example
-/// "[Timer::stop()]: Comment: decode Time: 1500 usec."; with an empty one they print nothing.
+/// "[Timer::stop()]: Comment: decode Time: 1500 usec."; with an empty one they print nothing. Each
+/// line is written at once: those of two threads do not mix.
 /// One thread at a time per object.
 class KOVANTA_API Timer {
 public:

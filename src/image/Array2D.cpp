@@ -1,11 +1,11 @@
 #include "Kovanta/Array2D.h"
 
+#include "image/ArrayCopy.h"
 #include "image/ArrayStorage.h"
+#include "image/SharedMemory.h"
 #include "image/SizeLimit.h"
 #include "util/Errors.h"
 
-#include <cstddef>
-#include <cstring>
 #include <utility>
 
 namespace Ko {
@@ -14,37 +14,10 @@ namespace {
 
 using Plane = Array2D<unsigned char>;
 
-std::int32_t viewColumn(const Plane& array) {
-    return static_cast<std::int32_t>(array.subarrays.back().x0);
-}
-
-void shiftRows(Plane& array, std::int32_t columns) {
-    if (!array.rows || columns == 0)
-        return;
-    for (std::size_t y = 0; y < array.height; ++y)
-        if (array.rows[y])
-            array.rows[y] += columns;
-}
-
-/// Copies the source's rows into these (unshifted) ones and applies the view, which is the source's by now.
-void takeViewFrom(Plane& array, const Plane& src) {
-    const std::int32_t column = viewColumn(src);
-    if (array.rows && src.rows)
-        for (std::size_t y = 0; y < array.height; ++y)
-            if (array.rows[y] && src.rows[y])
-                std::memmove(array.rows[y], src.rows[y] - column, array.width);
-    shiftRows(array, column);
-    array.view = array.rows ? array.rows + static_cast<std::int32_t>(array.subarrays.back().y0) : nullptr;
-}
-
-void exchange(Plane& a, Plane& b) noexcept {
-    std::swap(a.width, b.width);
-    std::swap(a.height, b.height);
-    a.subarrays.swap(b.subarrays);
-    std::swap(a.rows, b.rows);
-    std::swap(a.view, b.view);
-    std::swap(a.data, b.data);
-    std::swap(a.alloc, b.alloc);
+void assign(Plane& to, const Plane& from, bool fresh) {
+    ArrayCopy copy(to, from, fresh);
+    copy.readSamples();
+    copy.commit();
 }
 
 } // namespace
@@ -53,10 +26,8 @@ template <class T>
 Array2D<T>::Array2D() noexcept = default;
 
 template <class T>
-Array2D<T>::Array2D(const Array2D& src)
-    : subarrays(src.subarrays) {
-    adoptStorage(*this, obtainStorage(*this, src.width, src.height, true), src.width, src.height, true);
-    takeViewFrom(*this, src);
+Array2D<T>::Array2D(const Array2D& src) {
+    assign(*this, src, true);
 }
 
 template <class T>
@@ -68,15 +39,9 @@ template <class T>
 Array2D<T>& Array2D<T>::operator=(const Array2D& src) {
     if (this == &src)
         return *this;
-    if (!alloc && (width != src.width || height != src.height))
+    if (refusesSize(*this, src))
         throwLogicError("Array2D<T>::operator=", "Noalloc and trying to resize.");
-    ViewStack<Subarray> views = src.subarrays;
-    if (alloc)
-        adoptStorage(*this, obtainStorage(*this, src.width, src.height, true), src.width, src.height, true);
-    else
-        shiftRows(*this, -viewColumn(*this));
-    subarrays.swap(views);
-    takeViewFrom(*this, src);
+    assign(*this, src, mayShareSamples(*this, src));
     return *this;
 }
 
@@ -84,7 +49,7 @@ template <class T>
 Array2D<T>& Array2D<T>::operator=(Array2D&& src) { // NOLINT(performance-noexcept-move-constructor)
     if (this == &src)
         return *this;
-    if (!alloc)
+    if (!alloc || (!src.alloc && mayShareSamples(*this, src)))
         return *this = static_cast<const Array2D&>(src);
     Array2D taken(std::move(src));
     exchange(*this, taken);

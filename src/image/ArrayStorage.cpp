@@ -1,15 +1,17 @@
 #include "image/ArrayStorage.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace Ko {
 
-ArrayStorage obtainStorage(const Array2D<unsigned char>& array, std::uint32_t w, std::uint32_t h, bool owning) {
+ArrayStorage obtainStorage(const Array2D<unsigned char>& array, std::uint32_t w, std::uint32_t h, bool owning,
+                           bool fresh) {
     ArrayStorage storage;
     if (w == 0 || h == 0)
         return storage;
     // Fresh pages are faulted in one by one, which costs as much as a conversion; the contents are undefined anyway.
-    storage.keep = owning && array.alloc && array.rows && array.data && w == array.width && h == array.height;
+    storage.keep = !fresh && owning && array.alloc && array.rows && array.data && w == array.width && h == array.height;
     if (storage.keep)
         return storage;
     storage.rows.reset(new unsigned char*[h]);
@@ -42,6 +44,16 @@ void adoptStorage(Array2D<unsigned char>& array, ArrayStorage&& storage, std::ui
 void resetView(Array2D<unsigned char>& array) noexcept {
     array.subarrays.reset({array.width, array.height, 0, 0});
     array.view = array.rows;
+}
+
+void exchange(Array2D<>& a, Array2D<>& b) noexcept {
+    std::swap(a.width, b.width);
+    std::swap(a.height, b.height);
+    a.subarrays.swap(b.subarrays);
+    std::swap(a.rows, b.rows);
+    std::swap(a.view, b.view);
+    std::swap(a.data, b.data);
+    std::swap(a.alloc, b.alloc);
 }
 
 } // namespace Ko

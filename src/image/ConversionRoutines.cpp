@@ -2,11 +2,14 @@
 
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
+#include "image/SharedMemory.h"
+#include "image/kernels/KernelLevels.h"
 
 #include <cstring>
 
 using Image = Ko::Image<unsigned char>;
 using Ko::least;
+using Ko::RowKernels;
 using Ko::rowKernels;
 using Ko::sourceRows;
 using Ko::targetRows;
@@ -26,13 +29,24 @@ void copyPlane(Image& dst, const Image& src, int p) {
         // Rows that follow one another in memory are copied at once.
         for (end = r + 1; end < rows && from[end] == from[end - 1] + n && to[end] == to[end - 1] + n;)
             ++end;
-        std::memcpy(to[r], from[r], n * (end - r));
+        std::memmove(to[r], from[r], n * (end - r));
     }
 }
 
+/// A member of RowKernels.
+template <class Function>
+using Kernel = Function RowKernels::*;
+
+/// Where source and target share memory, only kernels that go one sample after the other give the same on every
+/// processor.
+const RowKernels& kernelsFor(const Image& dst, const Image& src) {
+    return Ko::mayShareSamples(dst, src) ? Ko::portableKernels : rowKernels();
+}
+
 /// Packed source, planar full-resolution target.
-template <class Kernel>
-void unpack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel kernel) {
+template <class Function>
+void unpack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel<Function> member) {
+    const auto kernel = kernelsFor(dst, src).*member;
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto cb = targetRows(dst, 1);
@@ -44,8 +58,9 @@ void unpack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel kern
 }
 
 /// Planar full-resolution source, packed target.
-template <class Kernel>
-void pack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel kernel) {
+template <class Function>
+void pack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel<Function> member) {
+    const auto kernel = kernelsFor(dst, src).*member;
     const auto to = targetRows(dst, 0);
     const auto y = sourceRows(src, 0);
     const auto cb = sourceRows(src, 1);
@@ -57,30 +72,34 @@ void pack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel kernel
 }
 
 /// One plane through a kernel, sample by sample.
-template <class Kernel>
-void mapPlane(Image& dst, const Image& src, int p, Kernel kernel) {
+template <class Function>
+void mapPlane(Image& dst, const Image& src, int p, Kernel<Function> member) {
+    const bool shared = Ko::mayShareSamples(dst.plane[p], src.plane[p]);
     const auto from = sourceRows(src, p);
     const auto to = targetRows(dst, p);
     const std::size_t n = least(src.width, from.width, to.width);
     const std::size_t rows = least(src.height, from.height, to.height);
-    for (std::size_t r = 0; r < rows; ++r)
-        kernel(to[r], from[r], n);
+    for (std::size_t r = 0; r < rows; ++r) {
+        const bool apartOrSame = !shared || to[r] == from[r]; // in place is no trouble
+        ((apartOrSame ? rowKernels() : Ko::portableKernels).*member)(to[r], from[r], n);
+    }
 }
 
 } // namespace
 
 void RGB_2_YCC444P(Image& dst, const Image& src) {
     if (src.format == Ko::PF_RGB)
-        unpack(dst, src, 3, rowKernels().rgbToYcc);
+        unpack(dst, src, 3, &RowKernels::rgbToYcc);
     else
-        unpack(dst, src, 4, rowKernels().rgbxToYcc);
+        unpack(dst, src, 4, &RowKernels::rgbxToYcc);
 }
 
 void BGR_2_YCC444P(Image& dst, const Image& src) {
-    unpack(dst, src, 3, rowKernels().bgrToYcc);
+    unpack(dst, src, 3, &RowKernels::bgrToYcc);
 }
 
 void RGBA_2_YCCA4444P(Image& dst, const Image& src) {
+    const RowKernels& kernels = kernelsFor(dst, src);
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto cb = targetRows(dst, 1);
@@ -89,14 +108,14 @@ void RGBA_2_YCCA4444P(Image& dst, const Image& src) {
     const std::size_t n = least(src.width, from.width / 4, y.width, cb.width, cr.width, alpha.width);
     const std::size_t rows = least(src.height, from.height, y.height, cb.height, cr.height, alpha.height);
     for (std::size_t r = 0; r < rows; ++r)
-        rowKernels().rgbaToYcca(y[r], cb[r], cr[r], alpha[r], from[r], n);
+        kernels.rgbaToYcca(y[r], cb[r], cr[r], alpha[r], from[r], n);
 }
 
 void RGB_2_YCC420P(Image& dst, const Image& src) {
     constexpr std::size_t tile = 512; // even, so that no block of four is split between tiles
     Byte cb[2][tile];
     Byte cr[2][tile];
-    const auto& kernels = rowKernels();
+    const RowKernels& kernels = kernelsFor(dst, src);
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto toCb = targetRows(dst, 1);
@@ -118,23 +137,24 @@ void RGB_2_YCC420P(Image& dst, const Image& src) {
 }
 
 void YCC444P_2_RGB(Image& dst, const Image& src) {
-    pack(dst, src, 3, rowKernels().yccToRgb);
+    pack(dst, src, 3, &RowKernels::yccToRgb);
 }
 
 void JFIF_2_YCC444P(Image& dst, const Image& src) {
-    unpack(dst, src, 3, rowKernels().jfifToYcc);
+    unpack(dst, src, 3, &RowKernels::jfifToYcc);
 }
 
 void YCC444P_2_JFIF(Image& dst, const Image& src) {
-    pack(dst, src, 3, rowKernels().yccToJfif);
+    pack(dst, src, 3, &RowKernels::yccToJfif);
 }
 
 void YCC444P_2_Y(Image& dst, const Image& src) {
-    mapPlane(dst, src, 0, rowKernels().lumaToFull);
+    mapPlane(dst, src, 0, &RowKernels::lumaToFull);
 }
 
 void JFIF422P_2_PF_YCC444P(Image& dst, const Image& src) {
-    mapPlane(dst, src, 0, rowKernels().lumaToStudio);
+    const RowKernels& kernels = kernelsFor(dst, src);
+    mapPlane(dst, src, 0, &RowKernels::lumaToStudio);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
@@ -142,7 +162,7 @@ void JFIF422P_2_PF_YCC444P(Image& dst, const Image& src) {
         const std::size_t pairs = least(n / 2, from.width);
         const std::size_t rows = from.width == 0 ? 0 : least(src.height, from.height, to.height);
         for (std::size_t r = 0; r < rows; ++r) {
-            rowKernels().chromaToStudioDoubled(to[r], from[r], pairs);
+            kernels.chromaToStudioDoubled(to[r], from[r], pairs);
             // A lone last column has no chroma of its own and takes its neighbour's.
             if (n % 2 != 0 && pairs == n / 2 && pairs != 0)
                 to[r][n - 1] = to[r][n - 2];
@@ -152,7 +172,7 @@ void JFIF422P_2_PF_YCC444P(Image& dst, const Image& src) {
 
 void Y_2_YCC444P(Image& dst, const Image& src) {
     const int shift = dst.format == Ko::PF_YCC444P ? 0 : 1;
-    mapPlane(dst, src, 0, rowKernels().lumaToStudio);
+    mapPlane(dst, src, 0, &RowKernels::lumaToStudio);
     for (int p = 1; p <= 2; ++p) {
         const auto to = targetRows(dst, p);
         const std::size_t n = least(src.width >> shift, to.width);
@@ -163,6 +183,7 @@ void Y_2_YCC444P(Image& dst, const Image& src) {
 }
 
 void YCC444P_2_YCC420P(Image& dst, const Image& src) {
+    const RowKernels& kernels = kernelsFor(dst, src);
     copyPlane(dst, src, 0);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
@@ -170,11 +191,12 @@ void YCC444P_2_YCC420P(Image& dst, const Image& src) {
         const std::size_t n = least(src.width / 2, from.width / 2, to.width);
         const std::size_t rows = least(src.height / 2, from.height / 2, to.height);
         for (std::size_t r = 0; r < rows; ++r)
-            rowKernels().meanOfBlocks(to[r], from[2 * r], from[2 * r + 1], n);
+            kernels.meanOfBlocks(to[r], from[2 * r], from[2 * r + 1], n);
     }
 }
 
 void YCC420P_2_YCC444P(Image& dst, const Image& src) {
+    const RowKernels& kernels = kernelsFor(dst, src);
     copyPlane(dst, src, 0);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
@@ -184,13 +206,14 @@ void YCC420P_2_YCC444P(Image& dst, const Image& src) {
         if (n == 0)
             continue;
         for (std::size_t r = 0; r < rows; ++r) {
-            rowKernels().doubled(to[2 * r], from[r], n);
+            kernels.doubled(to[2 * r], from[r], n);
             std::memcpy(to[2 * r + 1], to[2 * r], 2 * n);
         }
     }
 }
 
 void YUY2_2_YCC444P(Image& dst, const Image& src) {
+    const RowKernels& kernels = kernelsFor(dst, src);
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto cb = targetRows(dst, 1);
@@ -198,10 +221,11 @@ void YUY2_2_YCC444P(Image& dst, const Image& src) {
     const std::size_t n = least(src.width / 2, from.width / 4, y.width / 2, cb.width / 2, cr.width / 2);
     const std::size_t rows = least(src.height, from.height, y.height, cb.height, cr.height);
     for (std::size_t r = 0; r < rows; ++r)
-        rowKernels().yuy2ToYcc(y[r], cb[r], cr[r], from[r], n);
+        kernels.yuy2ToYcc(y[r], cb[r], cr[r], from[r], n);
 }
 
 void YCC444P_2_YUY2(Image& dst, const Image& src) {
+    const RowKernels& kernels = kernelsFor(dst, src);
     const auto to = targetRows(dst, 0);
     const auto y = sourceRows(src, 0);
     const auto cb = sourceRows(src, 1);
@@ -209,5 +233,5 @@ void YCC444P_2_YUY2(Image& dst, const Image& src) {
     const std::size_t n = least(src.width / 2, to.width / 4, y.width / 2, cb.width / 2, cr.width / 2);
     const std::size_t rows = least(src.height, to.height, y.height, cb.height, cr.height);
     for (std::size_t r = 0; r < rows; ++r)
-        rowKernels().yccToYuy2(to[r], y[r], cb[r], cr[r], n);
+        kernels.yccToYuy2(to[r], y[r], cb[r], cr[r], n);
 }

@@ -1,72 +1,148 @@
 #include "Kovanta/ConvertIm.h"
 
+#include "image/ArrayCopy.h"
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
+#include "image/MissingSamples.h"
+#include "image/SharedMemory.h"
 #include "util/Errors.h"
 
-#include <boost/thread/lock_guard.hpp>
-#include <boost/thread/mutex.hpp>
+#include <array>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
 
 namespace {
 
-using Ko::Image;
-using Routine = void (*)(Image<unsigned char>& dst, const Image<unsigned char>& src);
+using namespace Ko;
+using Routine = void (*)(Image<>& dst, const Image<>& src);
 
-void identityTransform(Image<unsigned char>& dst, const Image<unsigned char>& src) {
+// Nearly every pair has PF_YCC444P on one side. The switches have no default: a format that they do not decide about
+// does not compile.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic error "-Wswitch"
+
+/// The routine from a format to PF_YCC444P; null where there is none.
+constexpr Routine routineToYcc444p(PIXEL_FORMAT source) {
+    switch (source) {
+    case PF_RGB:
+    case PF_RGBA:
+        return RGB_2_YCC444P;
+    case PF_Y:
+        return Y_2_YCC444P;
+    case PF_JFIF:
+        return JFIF_2_YCC444P;
+    case PF_JFIF422P:
+        return JFIF422P_2_PF_YCC444P;
+    case PF_YCC420P:
+        return YCC420P_2_YCC444P;
+    case PF_YUY2:
+        return YUY2_2_YCC444P;
+    case PF_UNKNOWN:
+    case PF_YCC444P:
+    case PF_YCCA4444P:
+    case PF_YAP:
+    case PF_BGR:
+        return nullptr;
+    }
+    return nullptr;
+}
+
+/// The routine from PF_YCC444P to a format; null where there is none.
+constexpr Routine routineFromYcc444p(PIXEL_FORMAT target) {
+    switch (target) {
+    case PF_RGB:
+        return YCC444P_2_RGB;
+    case PF_Y:
+        return YCC444P_2_Y;
+    case PF_JFIF:
+        return YCC444P_2_JFIF;
+    case PF_YCC420P:
+        return YCC444P_2_YCC420P;
+    case PF_UNKNOWN:
+    case PF_YCC444P:
+    case PF_YCCA4444P:
+    case PF_RGBA:
+    case PF_YAP:
+    case PF_JFIF422P:
+    case PF_BGR:
+    case PF_YUY2:
+        return nullptr;
+    }
+    return nullptr;
+}
+
+#pragma GCC diagnostic pop
+
+void identityTransform(Image<>& dst, const Image<>& src) {
     dst = src;
 }
 
-void unsupportedConversion(Image<unsigned char>& dst, const Image<unsigned char>& src) {
-    Ko::throwLogicError("convertIm", "Don't know how to convert from " + fmt2string(src.format) + " to " +
-                                         fmt2string(dst.format) + ".");
-}
+using BranchTable = std::array<std::array<Routine, formatCount>, formatCount>; // [target][source]
 
-Routine branchTable[Ko::formatCount][Ko::formatCount]; // [target][source]
-bool isInit = false;
-boost::mutex initMutex;
-
-void initBranchTable() {
-    using namespace Ko;
-    for (std::size_t target = 0; target < formatCount; ++target) {
-        for (Routine& cell : branchTable[target])
-            cell = unsupportedConversion;
-        branchTable[target][target] = identityTransform;
+constexpr BranchTable makeBranchTable() {
+    BranchTable table{};
+    for (std::size_t f = 0; f < formatCount; ++f) {
+        const auto format = static_cast<PIXEL_FORMAT>(f);
+        table[PF_YCC444P][f] = routineToYcc444p(format);
+        if (format != PF_YCC444P)
+            table[f][PF_YCC444P] = routineFromYcc444p(format);
     }
-    branchTable[PF_YCC444P][PF_RGB] = RGB_2_YCC444P;
-    branchTable[PF_YCC444P][PF_RGBA] = RGB_2_YCC444P;
-    branchTable[PF_YCC444P][PF_Y] = Y_2_YCC444P;
-    branchTable[PF_YCC444P][PF_JFIF] = JFIF_2_YCC444P;
-    branchTable[PF_YCC444P][PF_JFIF422P] = JFIF422P_2_PF_YCC444P;
-    branchTable[PF_YCC444P][PF_YCC420P] = YCC420P_2_YCC444P;
-    branchTable[PF_YCC444P][PF_YUY2] = YUY2_2_YCC444P;
-    branchTable[PF_YCC420P][PF_Y] = Y_2_YCC444P;
-    branchTable[PF_YCC420P][PF_YCC444P] = YCC444P_2_YCC420P;
-    branchTable[PF_RGB][PF_YCC444P] = YCC444P_2_RGB;
-    branchTable[PF_JFIF][PF_YCC444P] = YCC444P_2_JFIF;
-    branchTable[PF_Y][PF_YCC444P] = YCC444P_2_Y;
+    table[PF_YCC420P][PF_Y] = Y_2_YCC444P;
+    for (std::size_t f = 0; f < formatCount; ++f)
+        table[f][f] = identityTransform;
+    return table;
+}
+constexpr BranchTable branchTable = makeBranchTable();
+
+/// Null for an unsupported pair. A format outside the enumeration, left behind by a refused fmt(), is no index.
+Routine findRoutine(PIXEL_FORMAT target, PIXEL_FORMAT source) {
+    return target < formatCount && source < formatCount ? branchTable[target][source] : nullptr;
 }
 
-/// A format outside the enumeration, left behind by a refused fmt(), must never become an index.
-Routine findRoutine(Ko::PIXEL_FORMAT target, Ko::PIXEL_FORMAT source) {
-    if (target >= Ko::formatCount || source >= Ko::formatCount)
-        return unsupportedConversion;
-    return branchTable[target][source];
+/// Resizes the target of an assignment only where that will be refused: the assignment takes what memory it needs
+/// itself, all of it or none.
+void resizeForRefusal(Image<>& dst, const Image<>& src) {
+    ImageLayout::checkTarget(dst, src.width, src.height, "convertIm");
+    for (int p = 0; p < ImageLayout::planeCount; ++p)
+        if (refusesSize(dst.plane[p], src.plane[p])) {
+            ImageLayout::resizeTarget(dst, src.width, src.height, "convertIm");
+            return;
+        }
 }
 
 } // namespace
 
 namespace Ko {
 
-void convertIm(Image<unsigned char>& dst, const Image<unsigned char>& src) {
-    {
-        const boost::lock_guard<boost::mutex> lock(initMutex);
-        if (!isInit) {
-            initBranchTable();
-            isInit = true;
-        }
+bool canConvert(PIXEL_FORMAT from, PIXEL_FORMAT to) {
+    return findRoutine(to, from) != nullptr;
+}
+
+void convertIm(Image<>& dst, const Image<>& src) {
+    const Routine routine = findRoutine(dst.format, src.format);
+    if (!routine) {
+        // Composed first: for want of memory the target stays as it was.
+        const std::logic_error refusal(errorText("convertIm", "Don't know how to convert from " +
+                                                                  fmt2string(src.format) + " to " +
+                                                                  fmt2string(dst.format) + "."));
+        ImageLayout::resizeTarget(dst, src.width, src.height, "convertIm");
+        throw refusal;
+    }
+    if (routine == identityTransform) {
+        resizeForRefusal(dst, src);
+        routine(dst, src);
+        return;
+    }
+    if (wrapsPartOf(src, dst)) {
+        convertIm(dst, Image<>(src)); // the rows that are read must neither go nor be written
+        return;
     }
     ImageLayout::resizeTarget(dst, src.width, src.height, "convertIm");
-    findRoutine(dst.format, src.format)(dst, src);
+    if (!isWhole(src))
+        blacken(dst);
+    routine(dst, src);
+    completeLoneSamples(dst, src.format);
 }
 
 } // namespace Ko

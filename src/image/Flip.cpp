@@ -1,15 +1,15 @@
 #include "Kovanta/Flip.h"
 
 #include "Kovanta/Image.h"
-#include "image/FormatTable.h"
 #include "image/ImageLayout.h"
+#include "image/MissingSamples.h"
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
-#include "image/SizeLimit.h"
+#include "image/SharedMemory.h"
 #include "util/Errors.h"
 
 #include <cstring>
-#include <string>
+#include <stdexcept>
 
 namespace Ko {
 
@@ -24,7 +24,8 @@ struct Units {
     std::size_t bytes;
 };
 
-Units unitsOf(const Im& im, const char* function) {
+/// No planes for a format that is not flipped.
+Units unitsOf(const Im& im) {
     switch (im.format) {
     case PF_Y:
         return {1, 1};
@@ -33,27 +34,55 @@ Units unitsOf(const Im& im, const char* function) {
     case PF_RGB:
         return {1, 3};
     default:
-        throwLogicError(function, "Image not planar, nor packed!");
+        return {0, 1};
     }
 }
 
-/// Gives @p dst the source's format and size. A size that does not fit is refused before the format changes, unless a
-/// wrapped plane has its say first.
-void prepareTarget(Im& dst, const Im& src, const char* function) {
-    const FormatEntry* entry = findFormat(src.format);
-    bool allOwning = true;
-    for (int p = 0; entry && p < 4; ++p)
-        allOwning = allOwning && (entry->horDiv[p] == 0 || dst.plane[p].alloc);
-    if (entry && entry->kind != FormatKind::none && allOwning && !ImageLayout::fits(src, src.width, src.height))
-        throwTooLarge(function);
+std::logic_error refusal(const char* function) {
+    return std::logic_error(errorText(function, "Image not planar, nor packed!"));
+}
+
+Units unitsInPlace(const Im& im, const char* function) {
+    const Units units = unitsOf(im);
+    if (units.planes == 0)
+        throw refusal(function);
+    return units;
+}
+
+/// Gives @p dst the source's format and size, the format also where wrapped planes refuse the size. Where a size does
+/// not fit or memory is short, nothing has changed.
+void takeShape(Im& dst, const Im& src, const char* function) {
+    Im before(PF_Y);
+    ImageLayout::copyDescription(before, dst);
     dst.fmt(src.format);
-    ImageLayout::resizeTarget(dst, src.width, src.height, function);
+    try {
+        ImageLayout::resizeTarget(dst, src.width, src.height, function);
+    } catch (const std::logic_error&) {
+        throw;
+    } catch (...) {
+        ImageLayout::copyDescription(dst, before);
+        throw;
+    }
+}
+
+/// takeShape(), and the refusal of a format, which comes after it.
+Units prepareTarget(Im& dst, const Im& src, const char* function) {
+    const Units units = unitsOf(src);
+    if (units.planes == 0) {
+        const std::logic_error composed = refusal(function); // while the target is as it was
+        takeShape(dst, src, function);
+        throw composed;
+    }
+    takeShape(dst, src, function);
+    if (!isWhole(src))
+        blacken(dst);
+    return units;
 }
 
 } // namespace
 
 void flipVer(Im& im) {
-    const Units units = unitsOf(im, "flipVer");
+    const Units units = unitsInPlace(im, "flipVer");
     for (int p = 0; p < units.planes; ++p) {
         const auto rows = targetRows(im, p);
         const std::size_t n = least(im.width * units.bytes, rows.width);
@@ -64,7 +93,7 @@ void flipVer(Im& im) {
 }
 
 void flipHor(Im& im) {
-    const Units units = unitsOf(im, "flipHor");
+    const Units units = unitsInPlace(im, "flipHor");
     const auto mirror = units.bytes == 1 ? rowKernels().mirrorBytesInPlace : rowKernels().mirrorTriplesInPlace;
     for (int p = 0; p < units.planes; ++p) {
         const auto rows = targetRows(im, p);
@@ -76,29 +105,32 @@ void flipHor(Im& im) {
 }
 
 void flipVer(Im& dst, const Im& src) {
-    prepareTarget(dst, src, "flipVer");
-    const Units units = unitsOf(src, "flipVer");
+    if (mayShareSamples(dst, src))
+        return flipVer(dst, Im(src));
+    const Units units = prepareTarget(dst, src, "flipVer");
     for (int p = 0; p < units.planes; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
         const std::size_t n = least(src.width * units.bytes, from.width, to.width);
-        const std::size_t height = least(src.height, from.height, to.height);
-        for (std::size_t y = 0; y < height; ++y)
-            std::memcpy(to[height - 1 - y], from[y], n);
+        for (std::size_t y = src.height - least(src.height, to.height); y < least(src.height, from.height); ++y)
+            std::memcpy(to[src.height - 1 - y], from[y], n);
     }
 }
 
 void flipHor(Im& dst, const Im& src) {
-    prepareTarget(dst, src, "flipHor");
-    const Units units = unitsOf(src, "flipHor");
+    if (mayShareSamples(dst, src))
+        return flipHor(dst, Im(src));
+    const Units units = prepareTarget(dst, src, "flipHor");
     const auto mirror = units.bytes == 1 ? rowKernels().mirrorBytes : rowKernels().mirrorTriples;
     for (int p = 0; p < units.planes; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
-        const std::size_t n = least(src.width, from.width / units.bytes, to.width / units.bytes);
-        const std::size_t height = least(src.height, from.height, to.height);
+        // Of the source's units those that it has and whose place the target has.
+        const std::size_t first = src.width - least(src.width, to.width / units.bytes);
+        const std::size_t end = least(src.width, from.width / units.bytes);
+        const std::size_t height = first < end ? least(src.height, from.height, to.height) : 0;
         for (std::size_t y = 0; y < height; ++y)
-            mirror(to[y], from[y], n);
+            mirror(to[y] + (src.width - end) * units.bytes, from[y] + first * units.bytes, end - first);
     }
 }
 

@@ -1,7 +1,9 @@
 #include "Kovanta/Image.h"
 
+#include "image/ArrayCopy.h"
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
+#include "image/SharedMemory.h"
 #include "image/SizeLimit.h"
 #include "util/Errors.h"
 
@@ -10,22 +12,6 @@
 #include <utility>
 
 namespace Ko {
-
-namespace {
-
-void copyDescription(Image<unsigned char>& to, const Image<unsigned char>& from) noexcept {
-    to.format = from.format;
-    to.width = from.width;
-    to.height = from.height;
-    to.bytesPerPixelNum = from.bytesPerPixelNum;
-    to.bytesPerPixelDen = from.bytesPerPixelDen;
-    to.planar = from.planar;
-    std::copy(std::begin(from.horDiv), std::end(from.horDiv), to.horDiv);
-    std::copy(std::begin(from.verDiv), std::end(from.verDiv), to.verDiv);
-    to.sequenceNumber = from.sequenceNumber;
-}
-
-} // namespace
 
 template <class T>
 Image<T>::Image(PIXEL_FORMAT f)
@@ -43,16 +29,28 @@ Image<T>::Image(PIXEL_FORMAT f)
 template <class T>
 Image<T>::Image(Image&& src) noexcept
     : plane{std::move(src.plane[0]), std::move(src.plane[1]), std::move(src.plane[2]), std::move(src.plane[3])} {
-    copyDescription(*this, src);
+    ImageLayout::copyDescription(*this, src);
     src.width = 0;
     src.height = 0;
 }
 
 template <class T>
 Image<T>& Image<T>::operator=(const Image& src) {
+    if (this == &src)
+        return *this;
     for (int p = 0; p < ImageLayout::planeCount; ++p)
-        plane[p] = src.plane[p];
-    copyDescription(*this, src);
+        if (refusesSize(plane[p], src.plane[p]))
+            throwLogicError("Array2D<T>::operator=", "Noalloc and trying to resize.");
+    const bool fresh = wrapsPartOf(src, *this);
+    ArrayCopy copies[] = {{plane[0], src.plane[0], fresh},
+                          {plane[1], src.plane[1], fresh},
+                          {plane[2], src.plane[2], fresh},
+                          {plane[3], src.plane[3], fresh}};
+    for (ArrayCopy& copy : copies)
+        copy.readSamples();
+    for (ArrayCopy& copy : copies)
+        copy.commit();
+    ImageLayout::copyDescription(*this, src);
     return *this;
 }
 
@@ -60,11 +58,12 @@ template <class T>
 Image<T>& Image<T>::operator=(Image&& src) { // NOLINT(performance-noexcept-move-constructor)
     if (this == &src)
         return *this;
-    if (std::any_of(std::begin(plane), std::end(plane), [](const auto& p) { return !p.alloc; }))
+    if (std::any_of(std::begin(plane), std::end(plane), [](const auto& p) { return !p.alloc; }) ||
+        wrapsPartOf(src, *this))
         return *this = static_cast<const Image&>(src);
     for (int p = 0; p < ImageLayout::planeCount; ++p)
         plane[p] = std::move(src.plane[p]);
-    copyDescription(*this, src);
+    ImageLayout::copyDescription(*this, src);
     src.width = 0;
     src.height = 0;
     return *this;

@@ -4,9 +4,24 @@
 #include "image/SizeLimit.h"
 #include "util/Errors.h"
 
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
 #include <utility>
 
 namespace Ko::ImageLayout {
+
+void copyDescription(Image<>& to, const Image<>& from) noexcept {
+    to.format = from.format;
+    to.width = from.width;
+    to.height = from.height;
+    to.bytesPerPixelNum = from.bytesPerPixelNum;
+    to.bytesPerPixelDen = from.bytesPerPixelDen;
+    to.planar = from.planar;
+    std::copy(std::begin(from.horDiv), std::end(from.horDiv), to.horDiv);
+    std::copy(std::begin(from.verDiv), std::end(from.verDiv), to.verDiv);
+    to.sequenceNumber = from.sequenceNumber;
+}
 
 PlaneSize planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h) {
     if (im.planar)
@@ -48,7 +63,7 @@ void size(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool ownin
     sizePlanes(im, w, h, owning, [&](int p) { return im.horDiv[p] != 0; });
 }
 
-void resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function) {
+void checkTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function) {
     bool anyOwning = false;
     bool wrappedFit = true;
     for (int p = 0; p < planeCount; ++p) {
@@ -62,12 +77,17 @@ void resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, co
             wrappedFit = false;
     }
     if (!wrappedFit) {
+        const std::logic_error refusal(errorText("Array2D<T>::resize", "Noalloc and trying to resize."));
         im.width = w;
         im.height = h;
-        throwLogicError("Array2D<T>::resize", "Noalloc and trying to resize.");
+        throw refusal;
     }
     if (anyOwning && !fits(im, w, h))
         throwTooLarge(function);
+}
+
+void resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function) {
+    checkTarget(im, w, h, function);
     sizePlanes(im, w, h, true, [&](int p) { return im.horDiv[p] != 0 && im.plane[p].alloc; });
 }
 

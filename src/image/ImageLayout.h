@@ -10,6 +10,9 @@ namespace Ko::ImageLayout {
 
 constexpr int planeCount = 4;
 
+/// Copies all but the planes.
+void copyDescription(Image<unsigned char>& to, const Image<unsigned char>& from) noexcept;
+
 /// Samples a row and rows that a plane takes.
 struct PlaneSize {
     std::uint32_t width;
@@ -18,12 +21,20 @@ struct PlaneSize {
 /// Those of plane @p p, which the format has, in an image of w x h pixels.
 PlaneSize planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h);
 
+/// Whether no routine ever reads or writes a plane that the format has: the chroma that the grey formats carry along.
+constexpr bool isIdle(PIXEL_FORMAT format, int p) {
+    return (format == PF_Y || format == PF_YAP) && (p == 1 || p == 2);
+}
+
 /// Whether every present plane of a w x h image fits 32-bit sizes.
 bool fits(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h);
 
 /// Gives every present plane memory, or an empty row table, and the image its size.
 /// @throws std::bad_alloc; nothing has changed then
 void size(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool owning);
+
+/// Refuses what resizeTarget() would refuse, with the same effects.
+void checkTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function);
 
 /// Prepares the target of a conversion: takes the size, reallocates owning planes and leaves wrapped ones, which
 /// must have one dimension right and hold the size.

@@ -15,14 +15,10 @@ namespace Ko {
 
 namespace {
 
+using ImageLayout::isIdle;
 using ImageLayout::planeCount;
 using ImageLayout::PlaneSize;
 using ImageLayout::planeSize;
-
-/// Whether no routine ever reads or writes the plane: the chroma that the grey formats carry along.
-bool isIdle(PIXEL_FORMAT format, int p) {
-    return (format == PF_Y || format == PF_YAP) && (p == 1 || p == 2);
-}
 
 void require(bool good, int p, const char* before, const char* after) {
     if (!good)

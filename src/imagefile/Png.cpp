@@ -112,8 +112,9 @@ void readPngImage(Image<>& im, const std::string& name) {
     Image<> picture(decoding.format);
     requireFits(function, header.width, header.height, picture.bytesPerPixelNum);
     if (header.colorType == PNG_COLOR_TYPE_GRAY_ALPHA)
-        std::cout << errorText(function, "Grayscale plus alpha is currently not supported, removing alpha channel.")
-                  << std::endl;
+        std::cout << errorText(function,
+                               "Grayscale plus alpha is currently not supported, removing alpha channel.\n") // at once
+                  << std::flush;
     std::size_t rowBytes = 0;
     reader.run([decoding, &rowBytes](png_structp png, png_infop info) {
         png_set_strip_16(png);

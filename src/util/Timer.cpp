@@ -3,6 +3,7 @@
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 
 #include <iostream>
+#include <string>
 
 namespace Ko {
 
@@ -17,9 +18,12 @@ std::uint32_t microsecondsSince(const boost::posix_time::ptime& start) {
 }
 
 void print(const char* operation, const std::string& comment, std::uint32_t value) {
-    if (!comment.empty())
-        std::cout << "[Timer::" << operation << "()]: Comment: " << comment << " Time: " << std::to_string(value)
-                  << " usec." << std::endl;
+    if (comment.empty())
+        return;
+    // Written at once, so that the lines of two threads do not mix.
+    const std::string line = std::string("[Timer::") + operation + "()]: Comment: " + comment +
+                             " Time: " + std::to_string(value) + " usec.\n";
+    std::cout << line << std::flush;
 }
 
 } // namespace

@@ -49,7 +49,35 @@ TEST(Array2D, RowsAreDenseAndTheViewIsWhole) {
         ASSERT_EQ(a.subarrays.size(), 1u);
         EXPECT_EQ(a.subarrays[0].width, w);
         EXPECT_EQ(a.subarrays[0].height, h);
+        a.subarrays.push_back({1, 1, 1, 1}); // a view, which the next resize takes back
+        for (unsigned y = 0; y < h; ++y)
+            ++a.rows[y];
+        a.view = a.rows + 1;
     }
+}
+
+TEST(Array2D, ViewsStackLikeAVector) {
+    using View = Array::Subarray;
+    Ko::ViewStack<View> views;
+    for (unsigned i = 1; i <= 3; ++i)
+        views.push_back({i, 0, 0, 0});
+    const std::vector<View> all = views;
+    Ko::ViewStack<View> copy = all;
+    const Ko::ViewStack<View> moved = std::move(views);
+    EXPECT_EQ(std::pair(views.size(), views.back().width), std::pair(std::size_t{1}, 0u)); // NOLINT
+    ASSERT_EQ(moved.size(), 4u);
+    for (unsigned i = 3; i > 0; --i) {
+        EXPECT_EQ(std::pair(copy.back().width, copy.size()), std::pair(i, std::size_t{i} + 1));
+        EXPECT_EQ(moved[i].width, i);
+        copy.pop_back();
+    }
+    EXPECT_EQ(copy.back().width, 0u);
+    copy.push_back(copy.back());
+    copy.clear();
+    EXPECT_TRUE(copy.empty() && copy.begin() == copy.end());
+    copy = {{7, 0, 0, 0}, {8, 0, 0, 0}};
+    copy = Ko::ViewStack<View>{{9, 0, 0, 0}};
+    EXPECT_EQ(copy.front().width, 9u);
 }
 
 TEST(Array2D, ZeroDimensionReleasesAndKeepsTheRecordedSize) {

@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 // What conversions do at the edges: wrapped memory, odd sizes, sizes that do not match or do not fit.
@@ -59,41 +61,161 @@ TEST(ConvertLimits, OddSizesInWrappedMemoryStayInsideThePlanes) {
             }
 }
 
+/// What stands at (x, y) of a plane of the 4:4:4 target, of an image of w x h: in an owning one the lone last column
+/// and row take their neighbour's, and 128 where there is none; a wrapped one keeps what it had.
+unsigned char expectedSample(const Image& src, int p, unsigned x, unsigned y, bool owning) {
+    const bool planar = src.format == Ko::PF_YCC420P;
+    if (p == 0 && planar)
+        return src.plane[0].row(y)[x];
+    const unsigned wholeWidth = src.width / 2 * 2;
+    const unsigned wholeHeight = planar ? src.height / 2 * 2 : src.height;
+    if (x >= wholeWidth || y >= wholeHeight) {
+        if (!owning)
+            return poison;
+        if (wholeWidth == 0 || wholeHeight == 0)
+            return 128;
+        x = std::min(x, wholeWidth - 1);
+        y = std::min(y, wholeHeight - 1);
+    }
+    return planar ? src.plane[p].row(y / 2)[x / 2]
+                  : src.plane[0].row(y)[p == 0 ? 2 * x : x / 2 * 4 + 2 * unsigned(p) - 1];
+}
+
 TEST(ConvertLimits, LoneLastColumnsAndRows) {
+    for (const Ko::PIXEL_FORMAT format : {Ko::PF_YCC420P, Ko::PF_YUY2})
+        for (unsigned w = 1; w <= 5; ++w)
+            for (unsigned h = 1; h <= 5; ++h) {
+                const Image src = randomImage(format, w, h);
+                Image owning(Ko::PF_YCC444P);
+                owning.size(w, h);
+                fill(owning, poison); // the buffer is kept, so what is not written would show it
+                WrappedImage wrapped(Ko::PF_YCC444P, w, h);
+                Ko::convertIm(owning, src);
+                Ko::convertIm(wrapped.im, src);
+                for (int p = 0; p < 3; ++p)
+                    for (unsigned i = 0; i < w * h; ++i) {
+                        const unsigned x = i % w, y = i / w;
+                        ASSERT_EQ(owning.plane[p].row(y)[x], expectedSample(src, p, x, y, true)) << w << "x" << h;
+                        ASSERT_EQ(wrapped.im.plane[p].row(y)[x], expectedSample(src, p, x, y, false)) << w << "x" << h;
+                    }
+            }
     const auto converted = [](Ko::PIXEL_FORMAT to, const Image& src) {
         Image dst(to);
         dst.size(src.width, src.height);
         fill(dst, poison);
-        Ko::convertIm(dst, src); // keeps the buffer, so what is not written shows the poison
+        Ko::convertIm(dst, src);
         return dst;
     };
-    const Image subsampled = randomImage(Ko::PF_YCC420P, 7, 5);
-    const Image replicated = converted(Ko::PF_YCC444P, subsampled);
-    EXPECT_EQ(samples(replicated, 0), samples(subsampled, 0));
-    for (int p = 1; p <= 2; ++p)
-        for (unsigned y = 0; y < 5; ++y)
-            for (unsigned x = 0; x < 7; ++x)
-                EXPECT_EQ(replicated.plane[p].view[y][x],
-                          x == 6 || y == 4 ? poison : subsampled.plane[p].view[y / 2][x / 2]);
-
-    const Image packed = randomImage(Ko::PF_YUY2, 7, 3);
-    const Image unpacked = converted(Ko::PF_YCC444P, packed);
-    for (int p = 0; p <= 2; ++p)
-        EXPECT_EQ(unpacked.plane[p].view[1][6], poison);
-    EXPECT_EQ(unpacked.plane[0].view[1][5], packed.plane[0].view[1][10]);
-
     // The last column has luma of its own; its chroma is that of the pair before.
     const Image jfif = randomImage(Ko::PF_JFIF422P, 7, 3);
     const Image studio = converted(Ko::PF_YCC444P, jfif);
     EXPECT_EQ(studio.plane[0].view[2][6], studioFromFull(jfif.plane[0].view[2][6], 0, 0)[0]);
     EXPECT_EQ(studio.plane[1].view[2][6], studio.plane[1].view[2][5]);
-    const Image narrow = converted(Ko::PF_YCC444P, randomImage(Ko::PF_JFIF422P, 1, 3));
-    EXPECT_EQ(narrow.plane[1].view[0][0], poison);
+    EXPECT_EQ(converted(Ko::PF_YCC444P, randomImage(Ko::PF_JFIF422P, 1, 3)).plane[1].view[2][0], 128);
 
     Image direct = randomImage(Ko::PF_YCC420P, 1031, 5); // more than the tile that RGB_2_YCC420P works in
     const Image rgb = randomImage(Ko::PF_RGB, 1031, 5);
     RGB_2_YCC420P(direct, rgb);
     EXPECT_EQ(samples(direct, 0), samples(inFormat(Ko::PF_YCC444P, rgb), 0));
+}
+
+/// Views that begin inside, of source and target: conversions read and write what they show, and what they do not
+/// hold of the source becomes 0.
+TEST(ConvertLimits, OffsetViewsAreReadAndWrittenWhereTheyShow) {
+    const auto offset = [](Image& im, unsigned column, unsigned row) {
+        for (int p = 0; p < 4; ++p) {
+            auto& plane = im.plane[p];
+            if (!plane.rows)
+                continue;
+            const unsigned x = column / im.horDiv[p] * (im.planar ? 1 : im.bytesPerPixelNum / im.bytesPerPixelDen);
+            plane.subarrays.push_back({plane.width - x, plane.height - row / im.verDiv[p], x, row / im.verDiv[p]});
+            for (unsigned y = 0; y < plane.height; ++y)
+                plane.rows[y] += x;
+            plane.view = plane.rows + row / im.verDiv[p];
+        }
+    };
+    for (const auto& [target, source] : pairs) {
+        if (target == source)
+            continue;
+        SCOPED_TRACE(fmt2string(source) + " to " + fmt2string(target));
+        Image src = randomImage(source, 12, 8);
+        const Image shown(Ko::wrapRectangle(std::as_const(src), 4, 2, 8, 6));
+        const Image expected = inFormat(target, shown);
+        offset(src, 4, 2);
+        Image dst(target);
+        Ko::convertIm(dst, src); // 12 x 8 asked for, 8 x 6 there
+        EXPECT_EQ(dst.width, 12u);
+        for (int p = 0; p < (target == Ko::PF_Y ? 1 : 3); ++p)
+            for (unsigned y = 0; dst.plane[p].rows && y < dst.plane[p].height; ++y)
+                for (unsigned x = 0; x < dst.plane[p].width; ++x) {
+                    const auto& known = expected.plane[p];
+                    const bool grey = p != 0 && source == Ko::PF_Y; // whatever the source holds
+                    ASSERT_EQ(dst.plane[p].row(y)[x], grey                                  ? 128
+                                                      : x < known.width && y < known.height ? known.row(y)[x]
+                                                                                            : 0);
+                }
+        const Image whole = randomImage(source, 12, 8, 3);
+        const Image converted = inFormat(target, whole);
+        WrappedImage window(target, 12, 8);
+        offset(window.im, 4, 2);
+        Ko::convertIm(window.im, whole);
+        EXPECT_TRUE(window.intact());
+        for (int p = 0; p < (target == Ko::PF_Y ? 1 : 3); ++p) {
+            const auto& plane = window.im.plane[p];
+            if (!plane.rows)
+                continue;
+            const auto [w, h, left, top] = plane.subarrays.back();
+            for (unsigned y = 0; y < plane.height; ++y)
+                for (unsigned x = 0; x < plane.width; ++x)
+                    ASSERT_EQ(window.memory[static_cast<std::size_t>(p)].row(y)[x],
+                              x < left || y < top ? poison : converted.plane[p].row(y - top)[x - left])
+                        << w << "x" << h;
+        }
+    }
+}
+
+/// Cb with fewer rows than the image says, Cr narrower than Cb: only what all planes hold is converted.
+TEST(ConvertLimits, PlanesThatHoldLessAreNotOverrunAndTheRestIsZero) {
+    const Image picture = randomImage(Ko::PF_YCC444P, 16, 6);
+    Image src = picture;
+    WrappedImage cb(Ko::PF_Y, 16, 4);
+    WrappedImage cr(Ko::PF_Y, 10, 6);
+    for (unsigned y = 0; y < 6; ++y) {
+        if (y < 4)
+            std::copy_n(picture.plane[1].row(y), 16, cb.im.plane[0].row(y));
+        std::copy_n(picture.plane[2].row(y), 10, cr.im.plane[0].row(y));
+    }
+    src.plane[1] = std::move(cb.im.plane[0]);
+    src.plane[2] = std::move(cr.im.plane[0]);
+    for (const Ko::PIXEL_FORMAT target : {Ko::PF_RGB, Ko::PF_JFIF}) {
+        const Image expected = inFormat(target, Ko::wrapRectangle(picture, 0, 0, 10, 4));
+        Image dst(target);
+        dst.size(16, 6);
+        fill(dst, poison);
+        Ko::convertIm(dst, src);
+        for (unsigned y = 0; y < 6; ++y)
+            for (unsigned i = 0; i < 48; ++i)
+                ASSERT_EQ(dst.plane[0].row(y)[i], y < 4 && i < 30 ? expected.plane[0].row(y)[i] : 0) << y << " " << i;
+    }
+    Image small(Ko::PF_YCC420P);
+    Ko::convertIm(small, src);
+    EXPECT_EQ(samples(small, 0), samples(picture, 0));
+    EXPECT_EQ(small.plane[1].row(2)[0], 0);
+    EXPECT_EQ(small.plane[2].row(2)[5], 0);
+
+    // A description that claims more than there is, as after fmt() without size().
+    Image claims = randomImage(Ko::PF_Y, 8, 8);
+    claims.plane[0].newData(0, 0, true);
+    for (int round = 0; round < 2; ++round) {
+        Image dst(Ko::PF_YCC444P);
+        dst.size(8, 8);
+        fill(dst, poison);
+        Ko::convertIm(dst, claims);
+        EXPECT_EQ(samples(dst, 0), std::vector<std::vector<unsigned char>>(8, std::vector<unsigned char>(8)));
+        claims = randomImage(Ko::PF_YCC444P, 8, 8);
+        claims.fmt(Ko::PF_RGB);
+        claims.plane[0].newData(0, 0, true);
+    }
 }
 
 TEST(ConvertLimits, WrappedTargetTakesWhatFitsAndRefusesTheRest) {
@@ -129,6 +251,21 @@ TEST(ConvertLimits, SizesThatDoNotFitAreRefusedBeforeTheTargetChanges) {
     EXPECT_EQ(thrownText<std::runtime_error>([&] { Ko::convertIm(dst, src); }), "[convertIm]: Image too large.");
     EXPECT_EQ(dst.plane[0].data, before);
     EXPECT_EQ(dst.width, 3u);
+
+    // Of wrapped and owned planes the owned ones do not fit, and the size of the wrapped one is no reason to pass.
+    unsigned char pixel = 0;
+    Image mixed = randomImage(Ko::PF_YCC444P, 3, 2);
+    mixed.plane[0] = Ko::Array2D<>();
+    mixed.plane[0].newData(70000, 1, false);
+    mixed.plane[0].rows[0] = &pixel;
+    const unsigned char* chroma = mixed.plane[1].data;
+    src.width = 70000;
+    src.height = 70000;
+    EXPECT_EQ(thrownText<std::logic_error>([&] { Ko::convertIm(mixed, src); }), resizeText);
+    mixed.plane[0].height = 70000;
+    EXPECT_EQ(thrownText<std::runtime_error>([&] { Ko::convertIm(mixed, src); }), "[convertIm]: Image too large.");
+    EXPECT_EQ(mixed.plane[1].data, chroma);
+    mixed.plane[0].height = 1;
 }
 
 TEST(ConvertLimits, MismatchedPlanesAreNeverOverrun) {

@@ -41,6 +41,7 @@ TEST(Convert, EveryPairIsConvertedExactlyOrRefusedByName) {
             dst.size(5, 3);
             Image expected(format(target));
             expected.size(38, 14);
+            EXPECT_EQ(Ko::canConvert(src.format, dst.format), expectedConversion(expected, src));
             const std::string names = fmt2string(format(source)) + " to " + fmt2string(format(target));
             if (expectedConversion(expected, src)) {
                 ++supported;
@@ -76,6 +77,12 @@ TEST(Convert, FormatsOutsideTheTableAreNamedNotIndexed) {
     EXPECT_THROW(b.fmt(Ko::PF_UNKNOWN), std::logic_error);
     Ko::convertIm(b, a);
     EXPECT_EQ(samples(b, 0), samples(a, 0));
+}
+
+TEST(Convert, AsksAboutFormatsOutsideTheTable) {
+    EXPECT_TRUE(Ko::canConvert(Ko::PF_UNKNOWN, Ko::PF_UNKNOWN));
+    EXPECT_FALSE(Ko::canConvert(format(12), format(12)));
+    EXPECT_FALSE(Ko::canConvert(format(0xFFFFFFFF), Ko::PF_YCC444P));
 }
 
 TEST(Convert, AllTriples) {

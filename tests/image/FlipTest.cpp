@@ -89,6 +89,40 @@ TEST(Flip, KeepsToWrappedMemory) {
     EXPECT_TRUE(wrapped.intact());
 }
 
+/// A source whose view begins inside, or with a plane of fewer rows or columns: what is there goes where the mirror has
+/// it, the rest is 0. The target is the source's own memory in the last round.
+TEST(Flip, MissingSamplesAreZeroAndSharedOnesAreReadFirst) {
+    for (const Ko::PIXEL_FORMAT format : known)
+        for (const auto& flip : flips) {
+            Image src = randomImage(format, 9, 6);
+            Image whole(format);
+            whole.size(9, 6);
+            fill(whole, 0);
+            const unsigned unit = format == Ko::PF_RGB ? 3 : 1;
+            for (int p = 0; p < 3; ++p) {
+                auto& plane = src.plane[p];
+                if (!plane.rows || (format == Ko::PF_Y && p != 0))
+                    continue;
+                for (unsigned y = 2; y < 6; ++y)
+                    std::copy(plane.row(y) + 4 * unit, plane.row(y) + 9 * unit, whole.plane[p].row(y - 2));
+                plane.subarrays.push_back({5 * unit, 4, 4 * unit, 2});
+                for (unsigned y = 0; y < 6; ++y)
+                    plane.rows[y] += 4 * unit;
+                plane.view = plane.rows + 2;
+            }
+            Image dst(format);
+            dst.size(9, 6);
+            fill(dst, 0x5E);
+            flip.into(dst, src);
+            EXPECT_EQ(difference(dst, mirrored(whole, &flip == flips)), "") << flip.name;
+
+            const Image expected = mirrored(whole, &flip == flips);
+            Image window = Ko::wrapRectangle(whole, 0, 0, 9, 6);
+            flip.into(window, whole);
+            EXPECT_EQ(difference(whole, expected), "") << flip.name;
+        }
+}
+
 TEST(Flip, DegenerateImagesAreHarmless) {
     Image huge(Ko::PF_RGB); // wraps more than fits, as far as its description goes
     huge.width = huge.height = 65536;

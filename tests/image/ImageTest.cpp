@@ -1,10 +1,19 @@
+#include "Kovanta/ConvertIm.h"
+
+#include "support/RefusedMemory.h"
 #include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
+#include <initializer_list>
+#include <optional>
 #include <stdexcept>
 #include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -101,23 +110,127 @@ TEST(Image, SizeZeroReleasesAndNoallocLeavesRowsToTheCaller) {
     EXPECT_EQ(changing.plane[3].data, alpha);
 }
 
+static_assert(!std::is_convertible_v<Ko::PIXEL_FORMAT, Image>, "a format must not pass for an image");
+static_assert(std::is_nothrow_move_constructible_v<Image>, "or a growing vector copies");
+static_assert(std::is_same_v<decltype(Ko::Image(Ko::PF_RGB)), Ko::Image<>>);
+
+/// 0 x 0, of its old format, with planes like new ones, and as good as new.
+void expectMovedFrom(Image& im) {
+    const Ko::PIXEL_FORMAT format = im.format;
+    EXPECT_EQ(im.width + im.height, 0u);
+    for (const auto& plane : im.plane)
+        EXPECT_TRUE(plane.width == 0 && plane.height == 0 && !plane.rows && !plane.view && !plane.data && plane.alloc &&
+                    plane.subarrays.size() == 1 && plane.subarrays[0].width == 0);
+    im.size(5, 3);
+    EXPECT_EQ(Image(im).plane[0].width, im.planar ? 5u : 5 * im.bytesPerPixelNum / im.bytesPerPixelDen);
+    EXPECT_EQ(im.format, format);
+}
+
 TEST(Image, CopiesAndMovesCarryPixelsAndDescription) {
     Image im = randomImage(Ko::PF_JFIF422P, 9, 4);
     im.sequenceNumber = 1234567890123;
-    const Image expected = randomImage(Ko::PF_JFIF422P, 9, 4);
+    const Image expected(im);
     const Image copy(im);
     Image assigned(Ko::PF_RGB);
     assigned = im;
-    Image moved(std::move(im));
-    for (const Image* other : std::initializer_list<const Image*>{&copy, &assigned, &moved}) {
+    std::optional<Image> moved;
+    Image target = randomImage(Ko::PF_RGB, 3, 3);
+    {
+        const RefusedMemory none(0);
+        moved.emplace(std::move(im));
+        target = std::move(*moved);
+        moved = std::move(target);
+        EXPECT_FALSE(none.happened()) << "a move asks for memory";
+    }
+    for (const Image* other : std::initializer_list<const Image*>{&copy, &assigned, &*moved}) {
         EXPECT_EQ(difference(*other, expected), "");
         EXPECT_EQ(other->horDiv[2], 2u);
         EXPECT_EQ(other->sequenceNumber, 1234567890123u);
     }
-    EXPECT_EQ(im.format, Ko::PF_JFIF422P); // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(im.plane[0].rows, nullptr);
-    assigned = std::move(moved);
-    EXPECT_EQ(difference(assigned, expected), "");
+    expectMovedFrom(im); // NOLINT(bugprone-use-after-move)
+    expectMovedFrom(target);
+    auto& self = *moved;
+    self = std::move(*moved);
+    EXPECT_EQ(difference(self, expected), "");
+}
+
+TEST(Image, AVectorGrowsWithoutACopyAndErasesThroughWrappers) {
+    Image memory = randomImage(Ko::PF_YCC444P, 8, 2);
+    std::vector<Image> frames;
+    frames.push_back(Ko::wrapRectangle(memory, 0, 0, 4, 2));
+    frames.push_back(Ko::wrapRectangle(memory, 4, 0, 4, 2));
+    frames.push_back(randomImage(Ko::PF_YCC444P, 4, 2, 9));
+    const unsigned char* owned = frames[2].plane[0].data;
+    for (int i = 0; i < 20; ++i)
+        frames.emplace_back(Ko::PF_RGB);
+    EXPECT_EQ(frames[0].plane[0].row(0), memory.plane[0].row(0));
+    EXPECT_EQ(frames[2].plane[0].data, owned);
+    const Image second(frames[1]);
+    frames.resize(2, Image(Ko::PF_RGB));
+    frames.erase(frames.begin());
+    EXPECT_EQ(difference(Ko::wrapRectangle(memory, 0, 0, 4, 2), second), "") << "assigning writes through";
+}
+
+/// Each source wraps rows of the image that is assigned to, which go or are written while they are read.
+TEST(Image, TakesWhatWrapsAPartOfItself) {
+    const Image before = randomImage(Ko::PF_YCC444P, 8, 6);
+    const auto part = [](Image& im) {
+        return Ko::wrapRectangle(im, 2, 1, 4, 3);
+    };
+    const auto upsideDown = [](Image& im) {
+        Ko::PlaneMemory planes[4];
+        for (int p = 0; p < 3; ++p)
+            planes[p] = {im.plane[(p + 1) % 3].row(5), -8}; // in another order, too
+        return Ko::wrapMemory(Ko::PF_YCC444P, 8, 6, planes);
+    };
+    for (const auto& wrap : std::initializer_list<std::function<Image(Image&)>>{part, upsideDown}) {
+        Image im = before;
+        const Image wrapper = wrap(im);
+        const Image expected(wrapper); // on its own memory
+        im = wrap(im);
+        EXPECT_EQ(difference(im, expected), "") << "moved";
+        EXPECT_TRUE(im.plane[0].alloc);
+        im = before;
+        const Image source = wrap(im);
+        im = source;
+        EXPECT_EQ(difference(im, expected), "") << "copied";
+        im = before;
+        Ko::convertIm(im, wrap(im));
+        EXPECT_EQ(difference(im, expected), "") << "converted";
+        Image flipped = expected;
+        Ko::flipVer(flipped);
+        im = before;
+        Ko::flipVer(im, wrap(im));
+        EXPECT_EQ(difference(im, flipped), "") << "flipped";
+    }
+    Ko::Array2D<> plane = before.plane[0];
+    Image holder = before;
+    plane = std::move(Ko::wrapRectangle(holder, 0, 0, 8, 6).plane[0]);
+    EXPECT_FALSE(plane.alloc);
+    holder.plane[0] = std::move(plane);
+    EXPECT_TRUE(holder.plane[0].alloc);
+    EXPECT_EQ(samples(holder, 0), samples(before, 0));
+}
+
+/// Rows that a source does not have are 0 in its copies, not what the memory held.
+TEST(Image, CopiesShowNoOldMemory) {
+    Image unpointed(Ko::PF_YCC444P);
+    unpointed.size(64, 64, false);
+    Image released = randomImage(Ko::PF_YCC444P, 64, 64);
+    released.plane[1].newData(0, 0, true);
+    for (const Image* im : {&unpointed, &released}) {
+        {
+            Image secret = Image(Ko::PF_YCC444P);
+            secret.size(64, 64);
+            fill(secret, 0x5E);
+        }
+        const Image copy(*im);
+        Image assigned(Ko::PF_YCC444P);
+        assigned = *im;
+        const std::vector<std::vector<unsigned char>> zeros(64, std::vector<unsigned char>(64));
+        EXPECT_EQ(samples(copy, 1), zeros);
+        EXPECT_EQ(samples(assigned, 1), zeros);
+    }
 }
 
 TEST(Image, SizesBeyond32BitsAreRefusedBeforeAnythingChanges) {

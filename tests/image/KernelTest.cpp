@@ -1,4 +1,6 @@
 // Every level of the row kernels against the portable ones, byte for byte.
+#include "Kovanta/ConvertIm.h"
+#include "Kovanta/Wrap.h"
 #include "image/kernels/KernelLevels.h"
 
 #include <gtest/gtest.h>
@@ -178,6 +180,51 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
                     ASSERT_EQ(std::memcmp(expected[i].begin(), got[i].begin(), got[i].size()), 0)
                         << kernel.name << " target " << i << " n " << n << (place.atEnd ? " end -" : " begin +")
                         << place.offset;
+            }
+}
+
+TEST_P(KernelLevels, MapRangesInPlace) {
+    for (const auto kernel : {&RowKernels::lumaToStudio, &RowKernels::lumaToFull})
+        for (std::size_t n = 0; n <= 260; ++n) {
+            std::vector<Byte> expected(n);
+            for (std::size_t i = 0; i < n; ++i)
+                expected[i] = static_cast<Byte>(7 * i + n);
+            std::vector<Byte> got = expected;
+            (Ko::portableKernels.*kernel)(expected.data(), expected.data(), n);
+            (fast().*kernel)(got.data(), got.data(), n);
+            ASSERT_EQ(got, expected) << n;
+        }
+}
+
+/// Every conversion, with source and target over the same bytes from another column on: one sample after the other.
+TEST_P(KernelLevels, ConvertWithinTheSameMemoryAsThePortableOnes) {
+    const KernelLevel levels[] = {KernelLevel::portable, GetParam()};
+    for (unsigned to = Ko::PF_YCC444P; to <= Ko::PF_YUY2; ++to)
+        for (unsigned from = Ko::PF_YCC444P; from <= Ko::PF_YUY2; ++from)
+            for (const std::ptrdiff_t shift : {0, 1, 5, -3, 70}) {
+                const auto target = static_cast<Ko::PIXEL_FORMAT>(to);
+                const auto source = static_cast<Ko::PIXEL_FORMAT>(from);
+                if (to == from || !Ko::canConvert(source, target))
+                    continue;
+                std::vector<Byte> results[2];
+                for (int i = 0; i < 2; ++i) {
+                    ASSERT_TRUE(Ko::useKernels(levels[i]));
+                    std::vector<Byte>& bytes = results[i];
+                    for (unsigned b = 0; b < 20000; ++b)
+                        bytes.push_back(static_cast<Byte>(b * b / 7));
+                    const auto wrap = [&](Ko::PIXEL_FORMAT format, Byte* first) {
+                        Ko::Image sized(format);
+                        sized.size(102, 6);
+                        Ko::PlaneMemory planes[4];
+                        for (int p = 0; p < 4; ++p)
+                            if (sized.plane[p].rows)
+                                planes[p] = {first + 4000 * p, 500};
+                        return Ko::wrapMemory(format, 102, 6, planes);
+                    };
+                    Ko::Image dst = wrap(target, &bytes[100] + shift);
+                    Ko::convertIm(dst, wrap(source, &bytes[100]));
+                }
+                EXPECT_EQ(results[0], results[1]) << fmt2string(source) << " to " << fmt2string(target) << shift;
             }
 }
 

@@ -63,4 +63,20 @@ TEST(Timer, PrintsOneLineForACommentAndNoneWithout) {
                   total + " usec.\n[Timer::get()]: Comment: now Time: " + read + " usec.\n");
 }
 
+TEST(Timer, LinesOfTwoThreadsDoNotMix) {
+    testing::internal::CaptureStdout();
+    std::thread threads[2];
+    for (std::thread& thread : threads)
+        thread = std::thread([] {
+            for (int i = 0; i < 500; ++i)
+                Ko::Timer().getCum("stage");
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::string expected;
+    for (int i = 0; i < 1000; ++i)
+        expected += "[Timer::getCum()]: Comment: stage Time: 0 usec.\n";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+}
+
 } // namespace

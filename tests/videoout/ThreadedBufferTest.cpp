@@ -115,6 +115,33 @@ TEST(ThreadedBuffer, AnInterruptedConsumerGetsWhatIsQueuedFirst) {
     }
 }
 
+TEST(ThreadedBuffer, AnInterruptionThatMeetsAValueEndsTheNextWaitWhereverThatIs) {
+    for (int round = 0; round < 200; ++round) {
+        Buffer in;
+        Buffer out;
+        out.setCapacity(1);
+        putAll(out, 0, 0); // full: the stage has to wait with the value it was given
+        boost::thread stage([&] {
+            try {
+                for (;;)
+                    out.put(in.get());
+            } catch (const boost::thread_interrupted&) {
+            }
+        });
+        for (int i = 0; i < round % 4; ++i)
+            boost::this_thread::yield();
+        putAll(in, 1, 1);
+        stage.interrupt();
+        const bool ended = stage.timed_join(boost::posix_time::seconds(60));
+        EXPECT_TRUE(ended) << "in round " << round;
+        if (!ended) {
+            stage.interrupt();
+            stage.join();
+            return;
+        }
+    }
+}
+
 TEST(ThreadedBuffer, AnInterruptionIsOwedToOneThreadOnly) {
     for (int round = 0; round < 200; ++round) {
         Buffer buffer;

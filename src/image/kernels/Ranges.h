@@ -51,12 +51,18 @@ constexpr bool isExact(Byte (*definition)(int)) {
 static_assert(isExact<LumaToStudio>(lumaToStudio) && isExact<ChromaToStudio>(chromaToStudio));
 static_assert(isExact<LumaToFull>(lumaToFull) && isExact<ChromaToFull>(chromaToFull));
 
+/// Also in place: the last block, which overlaps its neighbour, is computed before that is written.
 template <class Range>
-void mapRange(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
-    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n))
+void mapRange(Byte* dst, const Byte* src, std::size_t n) {
+    if (n < vectorBytes) {
+        for (std::size_t i = 0; i < n; ++i)
+            dst[i] = Range::sample(src[i]);
+        return;
+    }
+    const Vec last = Range::vector(loadVector(src + n - vectorBytes));
+    for (std::size_t i = 0; i + vectorBytes < n; i += vectorBytes)
         storeVector(dst + i, Range::vector(loadVector(src + i)));
-    for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
-        dst[i] = Range::sample(src[i]);
+    storeVector(dst + n - vectorBytes, last);
 }
 
 } // namespace

@@ -1,0 +1,121 @@
+#include "support/RefusedMemory.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+
+static thread_local long untilRefused = -1;
+static thread_local long held = 0;
+
+static bool refuses() {
+    return untilRefused >= 0 && untilRefused-- == 0;
+}
+
+namespace test {
+
+RefusedMemory::RefusedMemory(long n) {
+    untilRefused = n;
+}
+RefusedMemory::~RefusedMemory() {
+    untilRefused = -1;
+}
+bool RefusedMemory::happened() const {
+    return untilRefused < 0;
+}
+long heldBlocks() {
+    return held;
+}
+
+} // namespace test
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+
+static void* request(std::size_t size, std::size_t alignment) {
+    if (!refuses())
+        if (void* memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment))
+            return memory;
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size) {
+    return request(size, alignof(std::max_align_t));
+}
+void* operator new[](std::size_t size) {
+    return request(size, alignof(std::max_align_t));
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return request(size, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return request(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+#else
+
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* memory);
+
+static void* counted(void* memory) {
+    held += memory != nullptr;
+    return memory;
+}
+static void* refused() {
+    errno = ENOMEM;
+    return nullptr;
+}
+
+void* malloc(std::size_t size) {
+    return refuses() ? refused() : counted(__libc_malloc(size));
+}
+void* calloc(std::size_t count, std::size_t size) {
+    return refuses() ? refused() : counted(__libc_calloc(count, size));
+}
+void* realloc(void* memory, std::size_t size) {
+    if (size != 0 && refuses())
+        return refused();
+    void* const moved = __libc_realloc(memory, size);
+    held += (moved != nullptr) - (memory != nullptr && (moved || size == 0));
+    return moved;
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    return refuses() ? refused() : counted(__libc_memalign(alignment, size));
+}
+void* memalign(std::size_t alignment, std::size_t size) {
+    return aligned_alloc(alignment, size);
+}
+int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
+    void* const taken = aligned_alloc(alignment, size);
+    if (!taken)
+        return ENOMEM;
+    *memory = taken;
+    return 0;
+}
+void free(void* memory) {
+    held -= memory != nullptr;
+    __libc_free(memory);
+}
+}
+
+#endif
