@@ -2,7 +2,7 @@
 
 #include "Checks.h"
 
-#include <random>
+#include <cstdint>
 
 namespace fuzz {
 
@@ -12,12 +12,16 @@ AnyImage::AnyImage(Choices& choices)
     , height(choices.below(20))
     , wraps(choices.flip())
     , wrapped(format, wraps ? width : 0, wraps ? height : 0, choices.below(4))
-    , owning(test::randomImage(format, wraps ? 0 : width, wraps ? 0 : height)) {
-    std::mt19937 random(choices.byte());
+    , owning(format) {
+    if (!wraps)
+        owning.size(width, height);
+    std::uint32_t random = choices.byte();
     for (auto& plane : image().plane)
         for (unsigned y = 0; plane.rows && y < plane.height; ++y)
-            for (unsigned x = 0; x < plane.width; ++x)
-                plane.rows[y][x] = static_cast<unsigned char>(random());
+            for (unsigned x = 0; x < plane.width; ++x) {
+                random = random * 1664525 + 1013904223;
+                plane.rows[y][x] = static_cast<unsigned char>(random >> 24);
+            }
     if (choices.below(3) == 0)
         disturb(choices);
     made = contents();

@@ -44,7 +44,7 @@ build() {
   source=$(compgen -G "$package-*/" | head -n 1)
   if ! {
     cmake -S "$source" -B "build-$package" -G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_C_COMPILER=clang \
-      -DCMAKE_C_FLAGS="$flags" -DCMAKE_INSTALL_PREFIX="$here/prefix" -DCMAKE_INSTALL_LIBDIR=lib \
+      -DCMAKE_C_FLAGS="$flags" -DCMAKE_INSTALL_PREFIX="$here/prefix" "-DCMAKE_INSTALL_LIBDIR:PATH=$here/prefix/lib" \
       -DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_POLICY_VERSION_MINIMUM=3.5 "$@" &&
       cmake --build "build-$package" && cmake --install "build-$package"
   } >"$package.log" 2>&1; then
