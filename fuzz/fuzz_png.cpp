@@ -1,7 +1,7 @@
 #include "BareLibraries.h"
 #include "Kovanta/ImageFile.h"
+#include "PngChunks.h"
 #include "Stills.h"
-#include "imagefile/PngChunks.h"
 
 namespace {
 
@@ -27,6 +27,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const fuzz::StillReader reader{Ko::readPngImage, announced, fuzz::decodePng};
     fuzz::readStill(reader, file, fuzz::Choices(bytes, size));
     // Nearly every change dies at a checksum, so try again with right ones.
-    fuzz::readStill(reader, test::withRightChecksums(file), fuzz::Choices(bytes, size));
+    fuzz::readStill(reader, fuzz::withRightChecksums(file), fuzz::Choices(bytes, size));
     return 0;
 }

@@ -1,7 +1,6 @@
 #include "Kovanta/Font.h"
 
 #include "draw/FreeTypeWatch.h"
-#include "draw/SmallFonts.h"
 #include "support/TempDirectory.h"
 #include "support/TestImages.h"
 
@@ -29,6 +28,12 @@ using test::randomImage;
 constexpr Ko::YCCColor ink{235, 90, 170};
 const Image blank = randomImage(Ko::PF_YCC444P, 70, 50);
 const std::string builtIn(reinterpret_cast<const char*>(luximr_ttf), luximr_ttf_size);
+
+/// small.ttf has a missing-glyph box, and for 'A' a triangle that reaches left of its origin and below the baseline;
+/// small.bdf, 10 pixels high, an 'A' of 11 pixels, one bit each, so its rows take two bytes.
+std::string corpus(const std::string& name) {
+    return test::fileBytes(KOVANTA_FONTS + name);
+}
 
 /// Every byte: each character, followed by one that draws nothing.
 const std::string allCharacters = [] {
@@ -192,7 +197,7 @@ TEST(Font, InitAgainReleasesTheFirst) {
     const FreeTypeWatch watch;
     {
         Ko::Font font = sized(30);
-        const std::string small = smallTrueType();
+        const std::string small = corpus("small.ttf");
         font.init(small.data(), small.size(), 12);
         EXPECT_EQ(watch.libraries(), 1);
         const Image want = Oracle(12, small).drawn("AxA");
@@ -215,8 +220,8 @@ TEST(Font, LoadsFilesAndSaysWhatItCannot) {
 
     for (const char* name : {"", "/", "/dev/null"})
         EXPECT_EQ(failure([&] { font.init(name, 14); }), "[Font::init]: Cannot load font file.") << name;
-    const std::string bitmaps = smallBitmapFont();
-    const std::string absurd = smallTrueType(16); // its glyphs are 50 times as large as its size
+    const std::string bitmaps = corpus("small.bdf");
+    const std::string absurd = corpus("absurd.ttf"); // its glyphs are 50 times as large as its size
     const std::string file = "init]: Cannot load font file.", memory = "init]: Cannot load font from memory.";
     const std::tuple<const void*, unsigned long, unsigned int, std::string> cases[] = {
         {nullptr, 5, 14, file},
@@ -248,7 +253,7 @@ TEST(Font, ReadyMadeBitmapsAreFullCoverage) {
     Image im(Ko::PF_YCC444P);
     im.size(12, 5);
     test::fill(im, 0);
-    sized(10, smallBitmapFont()).drawText(im, "A", {0, 4}, {255, 255, 255});
+    sized(10, corpus("small.bdf")).drawText(im, "A", {0, 4}, {255, 255, 255});
     const char* const picture[] = {"XXXXXXXXXXX.", "X.........X.", "X.X.X.X.X.X."};
     for (unsigned int y = 0; y < 3; ++y)
         for (unsigned int x = 0; x < 12; ++x)
@@ -281,7 +286,7 @@ TEST(Font, EveryRefusedAllocationIsReportedAndLeaksNothing) {
     for (bool refused = true; refused && !HasFailure();) {
         FreeTypeWatch watch;
         watch.refuse(++n);
-        seen.insert(survives(watch, smallTrueType(), 20));
+        seen.insert(survives(watch, corpus("small.ttf"), 20));
         refused = watch.refused();
     }
     EXPECT_GT(n, 300);

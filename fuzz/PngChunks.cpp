@@ -1,10 +1,10 @@
-#include "imagefile/PngChunks.h"
+#include "PngChunks.h"
 
 #include <zlib.h>
 
 // jpeglib.h needs stdio.h before it.
 
-namespace test {
+namespace fuzz {
 
 namespace {
 
@@ -23,16 +23,6 @@ std::string pngChunk(const std::string& type, const std::string& data, unsigned 
     return bigEndian(claimedLength) + body + bigEndian(static_cast<unsigned>(crc));
 }
 
-std::string pngLongText(std::size_t size) {
-    const std::string text(size, 'x');
-    std::string packed(compressBound(size), '\0');
-    uLongf packedSize = packed.size();
-    compress2(reinterpret_cast<Bytef*>(packed.data()), &packedSize, reinterpret_cast<const Bytef*>(text.data()), size,
-              9);
-    const std::string data = std::string("Comment\0\0", 9) + packed.substr(0, packedSize);
-    return pngChunk("zTXt", data, static_cast<unsigned>(data.size()));
-}
-
 std::string withRightChecksums(std::string bytes) {
     std::size_t at = 8;
     while (at + 12 <= bytes.size()) {
@@ -49,10 +39,4 @@ std::string withRightChecksums(std::string bytes) {
     return bytes;
 }
 
-std::string pngStart(unsigned width, unsigned height, int bitDepth, int colorType) {
-    const std::string header = bigEndian(width) + bigEndian(height) + static_cast<char>(bitDepth) +
-                               static_cast<char>(colorType) + std::string(3, '\0');
-    return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", header, 13);
-}
-
-} // namespace test
+} // namespace fuzz
