@@ -19,7 +19,7 @@ struct Announced {
     /// Whether a reader has to refuse it as too large.
     bool tooLarge() const;
     /// Whether it fits but only costs time.
-    bool tedious() const { return !tooLarge() && width * height > std::uint64_t{1} << 18; }
+    bool tedious() const { return !tooLarge() && (width + 64) * height > std::uint64_t{1} << 18; }
 };
 
 /// Whether pictures that only take time are read too, for files that are known.
