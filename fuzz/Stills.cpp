@@ -74,7 +74,11 @@ void readStill(const StillReader& reader, const std::string& bytes, Choices choi
             converted = false;
         } catch (const std::bad_alloc&) {
             fail("a small picture takes much memory");
-        } catch (const std::exception&) { // what a file can be refused with
+        } catch (const std::exception& e) {
+            // By the reader itself: further in, memory may have been taken already.
+            const std::string text = e.what();
+            require(text.find("Image too large.") == std::string::npos || text.compare(0, 5, "[read") == 0,
+                    "a size was refused too late");
         }
     }
     require(destination.intact(), "written past the rows of a wrapped image");
