@@ -7,14 +7,11 @@
 // A file of its own: seen together with a "new", the compiler takes the "free" below for a mistake.
 
 static std::atomic<std::size_t> all{0}, big{0};
-static thread_local long untilRefused = -1;
 
 /// @return memory that free() takes
 static void* request(std::size_t size, std::size_t alignment) {
     ++all;
     big += size >= 10000;
-    if (untilRefused >= 0 && untilRefused-- == 0)
-        throw std::bad_alloc();
     if (void* memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment))
         return memory;
     throw std::bad_alloc();
@@ -27,16 +24,6 @@ std::size_t allocations() {
 }
 std::size_t bigAllocations() {
     return big;
-}
-
-RefusedAllocation::RefusedAllocation(long n) {
-    untilRefused = n;
-}
-RefusedAllocation::~RefusedAllocation() {
-    untilRefused = -1;
-}
-bool RefusedAllocation::happened() const {
-    return untilRefused < 0;
 }
 
 } // namespace test

@@ -12,19 +12,6 @@ std::size_t allocations();
 /// The same for 10000 bytes or more, which only pixels take.
 std::size_t bigAllocations();
 
-/// While it lives, the n-th next request of its thread to operator new, counted from 0, ends in std::bad_alloc.
-/// One at a time in a thread.
-class RefusedAllocation {
-public:
-    explicit RefusedAllocation(long n);
-    ~RefusedAllocation();
-    RefusedAllocation(const RefusedAllocation&) = delete;
-    RefusedAllocation& operator=(const RefusedAllocation&) = delete;
-
-    /// Whether there were that many requests.
-    bool happened() const;
-};
-
 } // namespace test
 
 #endif

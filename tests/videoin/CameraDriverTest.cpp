@@ -71,21 +71,6 @@ TEST_F(CameraDriver, DeliversTestPatternsByteForByte) {
         }
 }
 
-TEST_F(CameraDriver, FollowsThePaddingOfRows) {
-    const Driver vivid("vivid", webcam);
-    for (const unsigned int fourcc : {V4L2_PIX_FMT_YUV420, V4L2_PIX_FMT_YUYV}) {
-        camera::hidePlanar = fourcc == V4L2_PIX_FMT_YUYV;
-        const Frame bars = colorBars(fourcc, 320, 180);
-        Node(0).setFormat(V4L2_PIX_FMT_YUYV, 640, 360); // its 1280 bytes a row stay in force
-        Camera source;
-        source.init(0, 320, 180, 0);
-        ASSERT_EQ(Node(0).format().bytesperline, 1280u);
-        Ko::Image image(Ko::PF_YCC444P);
-        ASSERT_TRUE(source.read(image));
-        EXPECT_EQ(camera::difference(image, bars), "");
-    }
-}
-
 TEST_F(CameraDriver, StreamsAgainInAnotherSizeButNotBesideItself) {
     const Driver vivid("vivid", webcam);
     Camera source, second;
