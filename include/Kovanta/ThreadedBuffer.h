@@ -127,8 +127,8 @@ void ThreadedBuffer<T>::append(T& value) {
         queue.push_back(value);
 }
 
-/// Boost's wait throws on every wake-up of an interrupted thread, also when a value came at the same moment, which would
-/// never be fetched. So the request goes back to the thread then, whose next interruption point meets it.
+/// Boost's wait throws on every wake-up of an interrupted thread, also when a value came at the same moment, which
+/// would never be fetched. So the request goes back to the thread then, whose next interruption point meets it.
 template <class T>
 void ThreadedBuffer<T>::waitForValue(Lock& lock) {
 #ifdef BOOST_THREAD_PROVIDES_INTERRUPTIONS
