@@ -17,7 +17,9 @@ namespace Ko {
 /// Positions, lengths and seek targets count ticks of the stream's time base; where a tick is the frame period (AVI,
 /// and what VideoOutputVideoFile writes into mp4 and mov at whole rates) they count frames. The position is the time
 /// stamp of the picture delivered last plus one tick, so what tell() returned is what seek() takes to get the same
-/// picture next. Time stamps are the file's own and need not begin at 0 (MPEG program and transport streams).
+/// picture next. Time stamps are the file's own and need not begin at 0 (recordings, MPEG program and transport
+/// streams); the far end is the first one plus the length. Pictures that an edit list cuts away are not delivered, and
+/// a cover picture counts as video only where there is no other.
 ///
 /// One thread at a time per object. Opening and closing hold libAvMutex, so different objects may be used by different
 /// threads at will. Every operation but setFormat(), setLoop(), open(), close() and tell() needs an opened source and
@@ -39,7 +41,8 @@ public:
     ///         restored as well
     void setFormat(const std::string& name);
 
-    /// Opens a file and its first video stream; what the object had open is closed first.
+    /// Opens a file and its first video stream; what the object had open is closed first. Where what stands before a
+    /// colon in the name is a protocol of libav's, libav opens that; put "file:" before names from strangers.
     ///
     /// What was opened before a failure stays in the object, unusable, until close(), the next open() or the end of
     /// the object.
@@ -61,7 +64,8 @@ public:
     Frac<unsigned int> getFrameRate() const;
 
     /// Delivers the next picture in display order, converted by convertIm() into the format that @p frame has: the one
-    /// copy that is made of it. Damaged packets are skipped. A picture that differs in size from the one before is
+    /// copy that is made of it. Damaged packets are skipped, and a failure to read ends the file: getError() tells.
+    /// A picture that differs in size from the one before is
     /// delivered in its own size.
     /// @return false at the end of the file, where @p frame has been sized but holds nothing new; with looping on, the
     ///         first picture is delivered instead, unless the file gave none since the last rewind
@@ -73,22 +77,21 @@ public:
     bool read(Image<>& frame) override;
 
     /// Moves to a position in ticks, by decoding forward from the key frame before it: the next read() delivers the
-    /// first picture whose time stamp is not below the position returned. A target below 0 is the beginning, one past
-    /// the length is the length. Where the length is unknown nothing limits the target, and VP_END rewinds.
-    ///
-    /// AVI files hold no presentation times. If theirs is a stream with reordered (B) pictures, positions count
-    /// pictures in display order from the key frame on; in one with open groups of pictures they can be off by the
-    /// reordering after a seek.
+    /// first picture whose time stamp is not below the position returned. A target up to 0 is the beginning, and so is
+    /// one by VP_END that lies at the first time stamp or before it; one past the far end goes as far as there are
+    /// pictures. Where the length is unknown VP_END rewinds. AVI and ASF hold no presentation times; there the pictures
+    /// are counted.
     /// @return the new position; below the target when the file ends before it
     /// @throws std::logic_error "[VideoInputVideoFile::seek]: Erroneous position indicator given!"
-    /// @throws std::runtime_error "[VideoInputVideoFile::seek]: FILENAME: error while seeking."
+    /// @throws std::runtime_error "[VideoInputVideoFile::seek]: FILENAME: error while seeking." when the container
+    ///         cannot be sought; a bare stream without one (.h264, .m2v) can be rewound only
     /// @throws whatever read() throws
     long seek(long offset, VideoPosId origin) override;
 
     /// The position in ticks; 0 when unopened.
     long tell() const override;
 
-    /// Whether the position is the length, or a read() has met the end of the file since the last seek.
+    /// Whether the position is the far end, or a read() has met the end of the file since the last seek.
     bool eof() const override;
 
     /// Size in pixels of the picture delivered last; before the first, as the file tells.
@@ -103,7 +106,7 @@ public:
     /// was skipped, with the number of those. Empty while all is well, and when unopened.
     std::string getError() const;
 
-    /// Makes the source start again at its end: the read() that reaches the length leaves the position at 0. Off until
+    /// Makes the source start again at its end: the read() that reaches the far end leaves the position at 0. Off until
     /// set; kept over close() and open().
     void setLoop(bool loop) override;
 
