@@ -17,6 +17,7 @@
 #include <exception>
 #include <iostream>
 #include <locale>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -26,6 +27,7 @@ namespace Ko {
 namespace {
 
 using Guard = boost::lock_guard<boost::mutex>;
+using ErrorGuard = std::lock_guard<std::mutex>;
 
 constexpr std::size_t reasonLength = 500; // characters; what is longer is cut
 
@@ -65,7 +67,7 @@ struct KOVANTA_LOCAL VideoOutputVideoFile::Impl {
     bool fragments = false;
     std::atomic<bool> throwOnFailure{false};
     std::atomic<bool> failed{false}; ///< Spares each write() the lock.
-    mutable boost::mutex errorMutex;
+    mutable std::mutex errorMutex;
     std::string error; ///< Has memory beforehand: there may be none left when it is needed.
 };
 
@@ -122,7 +124,7 @@ void VideoOutputVideoFile::Impl::discardFrames(Output& to) noexcept {
 
 /// The first reason stays: what follows from it says less.
 void VideoOutputVideoFile::Impl::setError(const char* reason) noexcept {
-    const Guard lock(errorMutex);
+    const ErrorGuard lock(errorMutex);
     if (error.empty())
         error.assign(reason, std::min(std::strlen(reason), error.capacity()));
     failed = true;
@@ -131,7 +133,7 @@ void VideoOutputVideoFile::Impl::setError(const char* reason) noexcept {
 void VideoOutputVideoFile::Impl::throwFailure() const {
     if (!throwOnFailure || !failed)
         return;
-    const Guard lock(errorMutex);
+    const ErrorGuard lock(errorMutex);
     throw std::runtime_error(error);
 }
 
@@ -160,7 +162,7 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
     const Guard lock(libAvMutex);
     impl->release();
     {
-        const Guard errorLock(impl->errorMutex);
+        const ErrorGuard errorLock(impl->errorMutex);
         impl->error.clear();
         impl->error.reserve(reasonLength);
         impl->failed = false;
@@ -197,7 +199,7 @@ bool VideoOutputVideoFile::isOpened() const {
 }
 
 std::string VideoOutputVideoFile::getError() const {
-    const Guard lock(impl->errorMutex);
+    const ErrorGuard lock(impl->errorMutex);
     return impl->error;
 }
 
