@@ -184,6 +184,33 @@ const Operation operations[] = {
      [] {
          reading<PF_YCC444P>(".ppm");
      }},
+    {{"ReadPgm"},
+     [] {
+         reading<PF_Y>(".pgm");
+     }},
+    {{"ReadPgmConverted"},
+     [] {
+         reading<PF_YCC420P>(".pgm");
+     }},
+    {{"WritePgm"},
+     [] {
+         writing(".pgm");
+     }},
+    {{"Sequence"},
+     [] {
+         const TempDirectory folder;
+         for (const char* name : {"a.pgm", "b.png", "c.jpg"})
+             Ko::writeImage(folder / name, randomImage(PF_YCC444P, 16, 8));
+         refuseEveryRequest([] { return Image(PF_YCC444P); },
+                            [&](const Image&) {
+                                Ko::VideoInputImageFile source(folder.path());
+                                Image frame(PF_YCC444P);
+                                while (source.read(frame)) {
+                                    // every still
+                                }
+                            },
+                            [](const Image& im) { return describe(im); });
+     }},
     {{"ReadPng"},
      [] {
          reading<PF_RGB>(".png");
