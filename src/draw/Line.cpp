@@ -83,9 +83,9 @@ void drawWideLine(const Canvas& canvas, std::int64_t x0, std::int64_t y0, std::i
         return;
     if (!steep && slope.rise == 0) {
         const auto run = static_cast<std::size_t>(k.last - k.first + 1);
-        const unsigned char samples[3] = {c.y, c.cb, c.cr};
-        for (int p = 0; p < 3; ++p)
-            std::memset(canvas.planes[p][minor] + major + k.first, samples[p], run);
+        std::memset(canvas.planes[0][minor] + major + k.first, c.y, run);
+        std::memset(canvas.planes[1][minor] + major + k.first, c.cb, run);
+        std::memset(canvas.planes[2][minor] + major + k.first, c.cr, run);
         return;
     }
 

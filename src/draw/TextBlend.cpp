@@ -62,7 +62,8 @@ struct Blender {
 /// A row of at least one block. Glyphs are narrow, so what is left over must not fall to single samples: the last
 /// block overlaps the one before it, computed from samples that were loaded before any was stored.
 template <std::size_t block>
-void blendRow(Byte* const (&planes)[3], const Byte* coverage, std::size_t n, const Byte (&color)[3]) {
+__attribute__((always_inline)) inline void blendRow(Byte* const (&planes)[3], const Byte* coverage, std::size_t n,
+                                                    const Byte (&color)[3]) {
     Blender<block> last;
     last.load(planes, coverage, n - block);
     for (std::size_t x = 0; x + block < n; x += block) {
@@ -75,7 +76,9 @@ void blendRow(Byte* const (&planes)[3], const Byte* coverage, std::size_t n, con
 
 } // namespace
 
-void blendText(Byte* y, Byte* cb, Byte* cr, const Byte* coverage, std::size_t n, YCCColor c) {
+// A few pixels a call: guarding the stack, on which nothing here is indexed by what varies, would cost a tenth.
+__attribute__((no_stack_protector)) void blendText(Byte* y, Byte* cb, Byte* cr, const Byte* coverage, std::size_t n,
+                                                   YCCColor c) {
     Byte* const planes[3] = {y, cb, cr};
     const Byte color[3] = {c.y, c.cb, c.cr};
     if (n >= 16)
