@@ -118,7 +118,7 @@ void VideoOutputVideoFile::Impl::discardFrames(Output& to) noexcept {
     try {
         for (;;)
             to.buffer.get();
-    } catch (const boost::thread_interrupted&) {
+    } catch (...) { // interrupted by close()
     }
 }
 
