@@ -107,7 +107,7 @@ void BareWriter::drain() {
     }
 }
 
-void wrap(Ko::Image<unsigned char>& image, const AVFrame& picture) {
+void wrap(Ko::Image<>& image, const AVFrame& picture) {
     Ko::rewrapMemory(image, static_cast<unsigned int>(picture.width), static_cast<unsigned int>(picture.height),
                      {{picture.data[0], picture.linesize[0]},
                       {picture.data[1], picture.linesize[1]},

@@ -46,7 +46,7 @@ private:
 };
 
 /// An image over a planar 4:2:0 picture's memory.
-void wrap(Ko::Image<unsigned char>& image, const AVFrame& picture);
+void wrap(Ko::Image<>& image, const AVFrame& picture);
 
 } // namespace bench
 

@@ -15,8 +15,7 @@
 namespace {
 
 using namespace bench;
-using Im = Ko::Image<unsigned char>;
-using Routine = void (*)(Im& dst, const Im& src);
+using Routine = void (*)(Ko::Image<>& dst, const Ko::Image<>& src);
 
 struct Job {
     const char* name;
@@ -26,10 +25,10 @@ struct Job {
     bool throughConvertIm;
 };
 
-void flipLeftRight(Im& dst, const Im& src) {
+void flipLeftRight(Ko::Image<>& dst, const Ko::Image<>& src) {
     Ko::flipHor(dst, src);
 }
-void flipTopBottom(Im& dst, const Im& src) {
+void flipTopBottom(Ko::Image<>& dst, const Ko::Image<>& src) {
     Ko::flipVer(dst, src);
 }
 
@@ -53,7 +52,7 @@ const Job jobs[] = {
 };
 
 /// Bytes that a conversion has to read or write.
-std::size_t bytesOf(const Im& im, bool lumaOnly) {
+std::size_t bytesOf(const Ko::Image<>& im, bool lumaOnly) {
     std::size_t sum = 0;
     for (int p = 0; p < (lumaOnly ? 1 : 4); ++p)
         if (im.plane[p].rows)
@@ -61,7 +60,7 @@ std::size_t bytesOf(const Im& im, bool lumaOnly) {
     return sum;
 }
 
-void fill(Im& im, const Frames& frames) {
+void fill(Ko::Image<>& im, const Frames& frames) {
     for (int p = 0; p < 3; ++p)
         if (im.plane[p].data)
             std::memcpy(im.plane[p].data, frames.packed.data() + static_cast<std::size_t>(p),
@@ -79,10 +78,10 @@ Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const s
     const auto w = static_cast<unsigned>(frames->w);
     const auto h = static_cast<unsigned>(frames->h);
     Contest contest{job.name + (", " + std::to_string(w) + "x" + std::to_string(h)), double(w) * h, {}};
-    const auto src = std::make_shared<Im>(job.from);
+    const auto src = std::make_shared<Ko::Image<>>(job.from);
     src->size(w, h);
     fill(*src, *frames);
-    const auto dst = std::make_shared<Im>(job.to);
+    const auto dst = std::make_shared<Ko::Image<>>(job.to);
     dst->size(w, h);
     fill(*dst, *frames);
     Ko::KernelLevel best = Ko::KernelLevel::portable;
@@ -102,7 +101,7 @@ Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const s
                                       }});
         contest.contenders.push_back({"convertIm, new image", Side::ours, [=, to = job.to] {
                                           Ko::useKernels(best);
-                                          Im fresh(to);
+                                          Ko::Image<> fresh(to);
                                           Ko::convertIm(fresh, *src);
                                       }});
     }

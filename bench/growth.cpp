@@ -17,7 +17,6 @@
 
 namespace {
 
-using Im = Ko::Image<unsigned char>;
 using Clock = std::chrono::steady_clock;
 
 double secondsSince(Clock::time_point start) {
@@ -32,12 +31,12 @@ double residentMemory() {
 }
 
 double nanosecondsPerPixel(Ko::PIXEL_FORMAT to, Ko::PIXEL_FORMAT from, unsigned int w, unsigned int h) {
-    Im src(from);
+    Ko::Image<> src(from);
     src.size(w, h);
     for (auto& plane : src.plane)
         if (plane.data)
             std::fill_n(plane.data, std::size_t{plane.width} * plane.height, static_cast<unsigned char>(90));
-    Im dst(to);
+    Ko::Image<> dst(to);
     Ko::convertIm(dst, src);
     std::vector<double> times;
     for (int round = 0; round < 25; ++round) {
@@ -74,7 +73,7 @@ void overFrames(int frames, const std::string& file) {
     constexpr unsigned int w = 160;
     constexpr unsigned int h = 120;
     const int part = std::max(1, frames / 10);
-    Im im(Ko::PF_YCC444P);
+    Ko::Image<> im(Ko::PF_YCC444P);
     im.size(w, h);
     std::puts("frames handled | writing, microseconds a frame | resident MiB");
     {

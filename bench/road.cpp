@@ -20,7 +20,6 @@
 namespace {
 
 using namespace bench;
-using Im = Ko::Image<unsigned char>;
 
 constexpr int width = 1280;
 constexpr int height = 720;
@@ -45,8 +44,8 @@ struct Folder {
 };
 
 /// A gradient that moves, with some noise for the encoder.
-Im frameNumber(int n) {
-    Im im(Ko::PF_YCC444P);
+Ko::Image<> frameNumber(int n) {
+    Ko::Image<> im(Ko::PF_YCC444P);
     im.size(width, height);
     std::minstd_rand random(static_cast<unsigned int>(n) + 1);
     for (int y = 0; y < height; ++y)
@@ -58,7 +57,7 @@ Im frameNumber(int n) {
     return im;
 }
 
-void draw(Im& im) {
+void draw(Ko::Image<>& im) {
     Ko::drawBbox(im, Ko::Bbox<int>{200, 200, 600, 500}, green, false);
 }
 
@@ -86,15 +85,15 @@ int main(int argc, char** argv) {
     const Folder folder;
     const std::string source = folder / "source.mp4";
     const std::string target = folder / "target.mp4";
-    std::vector<Im> some;
+    std::vector<Ko::Image<>> some;
     for (int n = 0; n < 8; ++n)
         some.push_back(frameNumber(n));
     write(source, [&](Ko::VideoOutputVideoFile& out) {
         for (int n = 0; n < frames; ++n)
             out.write(some[static_cast<std::size_t>(n % 8)]);
     });
-    Im im(Ko::PF_YCC444P);
-    Im picture(Ko::PF_YCC420P);
+    Ko::Image<> im(Ko::PF_YCC444P);
+    Ko::Image<> picture(Ko::PF_YCC420P);
 
     Contest decode{"read into 4:4:4", frames, {}};
     decode.contenders.push_back({"VideoInputVideoFile", Side::ours, [&] {

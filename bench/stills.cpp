@@ -22,14 +22,13 @@
 namespace {
 
 using namespace bench;
-using Im = Ko::Image<unsigned char>;
 
 constexpr unsigned width = 1280;
 constexpr unsigned height = 720;
 
 /// Smooth shapes with a little noise, about as hard to code as a photograph.
-Im photograph() {
-    Im im(Ko::PF_RGB);
+Ko::Image<> photograph() {
+    Ko::Image<> im(Ko::PF_RGB);
     im.size(width, height);
     std::mt19937 random(1);
     for (unsigned y = 0; y < height; ++y)
@@ -42,7 +41,7 @@ Im photograph() {
     return im;
 }
 
-BarePicture bare(const Im& im) {
+BarePicture bare(const Ko::Image<>& im) {
     BarePicture picture;
     picture.size(im.width, im.height);
     std::copy_n(im.plane[0].data, picture.bytes.size(), picture.bytes.begin());
@@ -58,16 +57,16 @@ int main(int argc, char** argv) {
         return (directory / name).string();
     };
 
-    const Im rgb = photograph();
-    Im ycc(Ko::PF_YCC444P);
+    const Ko::Image<> rgb = photograph();
+    Ko::Image<> ycc(Ko::PF_YCC444P);
     Ko::convertIm(ycc, rgb);
-    Im jfif(Ko::PF_JFIF);
+    Ko::Image<> jfif(Ko::PF_JFIF);
     Ko::convertIm(jfif, ycc);
     BarePicture bareRgb = bare(rgb);
     BarePicture bareJfif = bare(jfif);
-    Im intoRgb(Ko::PF_RGB);
-    Im intoJfif(Ko::PF_JFIF);
-    Im intoYcc(Ko::PF_YCC444P);
+    Ko::Image<> intoRgb(Ko::PF_RGB);
+    Ko::Image<> intoJfif(Ko::PF_JFIF);
+    Ko::Image<> intoYcc(Ko::PF_YCC444P);
     BarePicture intoBare;
     Ko::writeImage(file("in.ppm"), rgb);
     Ko::writeImage(file("in.jpg"), jfif);

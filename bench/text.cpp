@@ -22,7 +22,6 @@
 namespace {
 
 using namespace bench;
-using Im = Ko::Image<unsigned char>;
 
 const std::string text = "Frame 1234, 0:49.36: box 117 x 64, moving";
 constexpr Ko::Point<int> pen{20, 300};
@@ -41,7 +40,7 @@ public:
     Anew& operator=(const Anew&) = delete;
     ~Anew() { FT_Done_FreeType(library); }
 
-    void draw(Im& im) {
+    void draw(Ko::Image<>& im) {
         long x = pen.x;
         for (const char c : text) {
             if (FT_Load_Char(face, static_cast<FT_ULong>(c), FT_LOAD_RENDER) != 0)
@@ -68,7 +67,7 @@ private:
 
 /// One size of text and all that draws it.
 struct Case {
-    Im frame{Ko::PF_YCC444P};
+    Ko::Image<> frame{Ko::PF_YCC444P};
     Ko::Font font;
     Anew anew;
 #ifdef BENCH_OPENCV
@@ -92,7 +91,7 @@ struct Case {
     }
 };
 
-bool same(const Im& a, const Im& b) {
+bool same(const Ko::Image<>& a, const Ko::Image<>& b) {
     for (int p = 0; p < 3; ++p)
         for (unsigned int y = 0; y < a.height; ++y)
             if (!std::equal(a.plane[p].view[y], a.plane[p].view[y] + a.width, b.plane[p].view[y]))
@@ -107,8 +106,8 @@ int main(int argc, char** argv) {
     std::vector<Contest> contests;
     for (const unsigned int size : {12u, 20u, 40u}) {
         Case& c = cases.emplace_back(size);
-        Im cached(c.frame);
-        Im rendered(c.frame);
+        Ko::Image<> cached(c.frame);
+        Ko::Image<> rendered(c.frame);
         c.font.drawText(cached, text, pen, white);
         c.anew.draw(rendered);
         if (!same(cached, rendered)) {

@@ -17,7 +17,6 @@
 namespace {
 
 using namespace bench;
-using Im = Ko::Image<unsigned char>;
 
 constexpr int frameCount = 150;
 
@@ -28,7 +27,7 @@ void must(bool condition, const char* what) {
     }
 }
 
-void readOurs(const std::string& file, Im& frame) {
+void readOurs(const std::string& file, Ko::Image<>& frame) {
     Ko::VideoInputVideoFile in(file);
     int count = 0;
     while (in.read(frame))
@@ -36,7 +35,7 @@ void readOurs(const std::string& file, Im& frame) {
     must(count == frameCount, "Reading every frame");
 }
 
-void readBare(const std::string& file, Im& frame) {
+void readBare(const std::string& file, Ko::Image<>& frame) {
     AVFormatContext* opened = nullptr;
     must(avformat_open_input(&opened, file.c_str(), nullptr, nullptr) == 0, "avformat_open_input");
     const Ko::libav::InputContextHandle container(opened);
@@ -49,7 +48,7 @@ void readBare(const std::string& file, Im& frame) {
 
     const Ko::libav::PacketHandle packet(av_packet_alloc());
     const Ko::libav::FrameHandle picture(av_frame_alloc());
-    Im wrapper(codec->pix_fmt == AV_PIX_FMT_YUV420P ? Ko::PF_YCC420P : Ko::PF_JFIF422P);
+    Ko::Image<> wrapper(codec->pix_fmt == AV_PIX_FMT_YUV420P ? Ko::PF_YCC420P : Ko::PF_JFIF422P);
     int count = 0;
     for (int result = 0; result != AVERROR_EOF;) {
         result = avcodec_receive_frame(codec.get(), picture.get());
@@ -83,7 +82,7 @@ int main(int argc, char** argv) {
         {"Motion JPEG 4:2:2, avi", "-pix_fmt yuvj422p -c:v mjpeg -q:v 4 mjpeg.avi"},
         {"uncompressed 4:2:0, y4m", "-pix_fmt yuv420p raw.y4m"},
     };
-    Im frame(Ko::PF_YCC444P);
+    Ko::Image<> frame(Ko::PF_YCC444P);
     std::vector<Contest> contests;
     for (const auto& each : files) {
         const std::string options = each.options;

@@ -32,7 +32,7 @@ namespace Ko {
 /// @throws std::logic_error "[Array2D<T>::resize]: Noalloc and trying to resize." when the source does not fit wrapped
 ///         planes of @p dst
 /// @throws std::runtime_error "[convertIm]: Image too large.", std::bad_alloc; the target is then as it was
-KOVANTA_API void convertIm(Image<unsigned char>& dst, const Image<unsigned char>& src);
+KOVANTA_API void convertIm(Image<>& dst, const Image<>& src);
 
 /// Whether convertIm() knows the way from one format to another. The four routines below that it does not use are no
 /// way that it knows. Thread-safe.
@@ -51,33 +51,33 @@ KOVANTA_API bool canConvert(PIXEL_FORMAT from, PIXEL_FORMAT to);
 /// @{
 
 /// PF_RGB (or, for every other source format, four bytes a pixel R, G, B, ignored) to PF_YCC444P.
-KOVANTA_API void RGB_2_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void RGB_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_BGR to PF_YCC444P; not used by convertIm().
-KOVANTA_API void BGR_2_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void BGR_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_RGBA to PF_YCCA4444P, keeping alpha; not used by convertIm().
-KOVANTA_API void RGBA_2_YCCA4444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void RGBA_2_YCCA4444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_RGB to PF_YCC420P; chroma is the truncated mean of each 2x2 block. Not used by convertIm().
-KOVANTA_API void RGB_2_YCC420P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void RGB_2_YCC420P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC444P to PF_RGB, clamped.
-KOVANTA_API void YCC444P_2_RGB(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YCC444P_2_RGB(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_JFIF to PF_YCC444P.
-KOVANTA_API void JFIF_2_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void JFIF_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_JFIF422P to PF_YCC444P; each chroma sample serves two pixels. A lone last column takes the last chroma sample.
-KOVANTA_API void JFIF422P_2_PF_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void JFIF422P_2_PF_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_Y to PF_YCC444P, or to PF_YCC420P for every other target; chroma becomes 128.
-KOVANTA_API void Y_2_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void Y_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC444P to PF_JFIF.
-KOVANTA_API void YCC444P_2_JFIF(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YCC444P_2_JFIF(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC444P to PF_Y (full range); chroma is dropped.
-KOVANTA_API void YCC444P_2_Y(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YCC444P_2_Y(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC444P to PF_YCC420P; chroma is the rounded mean of each whole 2x2 block.
-KOVANTA_API void YCC444P_2_YCC420P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YCC444P_2_YCC420P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC420P to PF_YCC444P; chroma is replicated. The last odd column and row of the chroma stay unwritten.
-KOVANTA_API void YCC420P_2_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YCC420P_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YUY2 to PF_YCC444P. A last odd column stays unwritten.
-KOVANTA_API void YUY2_2_YCC444P(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YUY2_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC444P to PF_YUY2; chroma is the truncated mean of each pair. Not used by convertIm().
-KOVANTA_API void YCC444P_2_YUY2(Ko::Image<unsigned char>& dst, const Ko::Image<unsigned char>& src);
+KOVANTA_API void YCC444P_2_YUY2(Ko::Image<>& dst, const Ko::Image<>& src);
 /// @}
 
 #endif

@@ -110,7 +110,7 @@ void ThreadedBuffer<T>::setDropOldest(bool drop) {
 /// Whether a moved value stays good when what its maker refers to is gone.
 template <class T>
 bool ThreadedBuffer<T>::isSelfContained(const T& value) {
-    if constexpr (std::is_same_v<T, Image<unsigned char>>) {
+    if constexpr (std::is_same_v<T, Image<>>) {
         for (const auto& plane : value.plane)
             if (!plane.alloc)
                 return false;

@@ -26,7 +26,7 @@ struct ConstPlaneMemory {
 class ConstImage {
 public:
     /// Takes an image that wraps the memory.
-    explicit ConstImage(Image<unsigned char>&& wrapper) noexcept
+    explicit ConstImage(Image<>&& wrapper) noexcept
         : image(std::move(wrapper)) {}
     /// Holds a copy that owns its pixels.
     ConstImage(const ConstImage&) = default;
@@ -35,14 +35,14 @@ public:
     ConstImage& operator=(const ConstImage&) = delete; // it would write through to the memory
     ~ConstImage() = default;
     /// The image, to be read.
-    operator const Image<unsigned char>&() const { return image; }
+    operator const Image<>&() const { return image; }
     /// The image, to be read.
-    const Image<unsigned char>& operator*() const { return image; }
+    const Image<>& operator*() const { return image; }
     /// The image, to be read.
-    const Image<unsigned char>* operator->() const { return &image; }
+    const Image<>* operator->() const { return &image; }
 
 private:
-    Image<unsigned char> image;
+    Image<> image;
 };
 
 /// Makes an image of w x h pixels over memory of the caller's, one entry a plane:
@@ -55,28 +55,24 @@ private:
 /// @throws std::logic_error for PF_UNKNOWN and unknown formats; "[wrapMemory]: Plane N has no memory.", "[wrapMemory]:
 ///         Plane N has a stride below its row's length.", "[wrapMemory]: The format has no plane N."
 /// @throws std::runtime_error "[wrapMemory]: Image too large.", std::bad_alloc
-KOVANTA_API Image<unsigned char> wrapMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h,
-                                            const PlaneMemory (&planes)[4]);
+KOVANTA_API Image<> wrapMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h, const PlaneMemory (&planes)[4]);
 /// The same over memory that must not be written.
 KOVANTA_API ConstImage wrapConstMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h,
                                        const ConstPlaneMemory (&planes)[4]);
 /// Points an image anew, in the format that it has: for one buffer after another. Needs memory only for a change of
 /// size. What the image held is released.
 /// @throws as wrapMemory(); the image is then as it was
-KOVANTA_API void rewrapMemory(Image<unsigned char>& im, unsigned int w, unsigned int h, const PlaneMemory (&planes)[4]);
+KOVANTA_API void rewrapMemory(Image<>& im, unsigned int w, unsigned int h, const PlaneMemory (&planes)[4]);
 
 /// Makes an image over a rectangle of another, whose pixels it shares and which must outlive it. The top left corner
 /// lies on even coordinates where chroma is halved: x for PF_JFIF422P and PF_YUY2, x and y for PF_YCC420P.
 /// @throws std::out_of_range "[wrapRectangle]: The rectangle leaves the image." when it passes the image or what the
 ///         image's planes hold
 /// @throws std::logic_error "[wrapRectangle]: The corner splits a pair of pixels.", std::bad_alloc
-KOVANTA_API Image<unsigned char> wrapRectangle(Image<unsigned char>& im, unsigned int x, unsigned int y, unsigned int w,
-                                               unsigned int h);
-KOVANTA_API ConstImage wrapRectangle(const Image<unsigned char>& im, unsigned int x, unsigned int y, unsigned int w,
-                                     unsigned int h);
+KOVANTA_API Image<> wrapRectangle(Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h);
+KOVANTA_API ConstImage wrapRectangle(const Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h);
 /// Not of an image that is about to go.
-ConstImage wrapRectangle(const Image<unsigned char>&& im, unsigned int x, unsigned int y, unsigned int w,
-                         unsigned int h) = delete;
+ConstImage wrapRectangle(const Image<>&& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h) = delete;
 
 } // namespace Ko
 

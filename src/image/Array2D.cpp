@@ -12,7 +12,7 @@ namespace Ko {
 
 namespace {
 
-using Plane = Array2D<unsigned char>;
+using Plane = Array2D<>;
 
 void assign(Plane& to, const Plane& from, bool fresh) {
     ArrayCopy copy(to, from, fresh);

@@ -5,8 +5,7 @@
 
 namespace Ko {
 
-ArrayStorage obtainStorage(const Array2D<unsigned char>& array, std::uint32_t w, std::uint32_t h, bool owning,
-                           bool fresh) {
+ArrayStorage obtainStorage(const Array2D<>& array, std::uint32_t w, std::uint32_t h, bool owning, bool fresh) {
     ArrayStorage storage;
     if (w == 0 || h == 0)
         return storage;
@@ -20,8 +19,7 @@ ArrayStorage obtainStorage(const Array2D<unsigned char>& array, std::uint32_t w,
     return storage;
 }
 
-void adoptStorage(Array2D<unsigned char>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h,
-                  bool owning) noexcept {
+void adoptStorage(Array2D<>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h, bool owning) noexcept {
     if (!storage.keep) {
         delete[] array.rows;
         FreeSamples()(array.data);
@@ -41,7 +39,7 @@ void adoptStorage(Array2D<unsigned char>& array, ArrayStorage&& storage, std::ui
     array.alloc = owning;
 }
 
-void resetView(Array2D<unsigned char>& array) noexcept {
+void resetView(Array2D<>& array) noexcept {
     array.subarrays.reset({array.width, array.height, 0, 0});
     array.view = array.rows;
 }

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-using Image = Ko::Image<unsigned char>;
+using Ko::Image;
 using Ko::least;
 using Ko::RowKernels;
 using Ko::rowKernels;
@@ -18,7 +18,7 @@ namespace {
 
 using Byte = unsigned char;
 
-void copyPlane(Image& dst, const Image& src, int p) {
+void copyPlane(Image<>& dst, const Image<>& src, int p) {
     const auto from = sourceRows(src, p);
     const auto to = targetRows(dst, p);
     const std::size_t n = least(src.width, from.width, to.width);
@@ -39,13 +39,13 @@ using Kernel = Function RowKernels::*;
 
 /// Where source and target share memory, only kernels that go one sample after the other give the same on every
 /// processor.
-const RowKernels& kernelsFor(const Image& dst, const Image& src) {
+const RowKernels& kernelsFor(const Image<>& dst, const Image<>& src) {
     return Ko::mayShareSamples(dst, src) ? Ko::portableKernels : rowKernels();
 }
 
 /// Packed source, planar full-resolution target.
 template <class Function>
-void unpack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel<Function> member) {
+void unpack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Kernel<Function> member) {
     const auto kernel = kernelsFor(dst, src).*member;
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
@@ -59,7 +59,7 @@ void unpack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel<Func
 
 /// Planar full-resolution source, packed target.
 template <class Function>
-void pack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel<Function> member) {
+void pack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Kernel<Function> member) {
     const auto kernel = kernelsFor(dst, src).*member;
     const auto to = targetRows(dst, 0);
     const auto y = sourceRows(src, 0);
@@ -73,7 +73,7 @@ void pack(Image& dst, const Image& src, std::size_t bytesPerPixel, Kernel<Functi
 
 /// One plane through a kernel, sample by sample.
 template <class Function>
-void mapPlane(Image& dst, const Image& src, int p, Kernel<Function> member) {
+void mapPlane(Image<>& dst, const Image<>& src, int p, Kernel<Function> member) {
     const bool shared = Ko::mayShareSamples(dst.plane[p], src.plane[p]);
     const auto from = sourceRows(src, p);
     const auto to = targetRows(dst, p);
@@ -87,18 +87,18 @@ void mapPlane(Image& dst, const Image& src, int p, Kernel<Function> member) {
 
 } // namespace
 
-void RGB_2_YCC444P(Image& dst, const Image& src) {
+void RGB_2_YCC444P(Image<>& dst, const Image<>& src) {
     if (src.format == Ko::PF_RGB)
         unpack(dst, src, 3, &RowKernels::rgbToYcc);
     else
         unpack(dst, src, 4, &RowKernels::rgbxToYcc);
 }
 
-void BGR_2_YCC444P(Image& dst, const Image& src) {
+void BGR_2_YCC444P(Image<>& dst, const Image<>& src) {
     unpack(dst, src, 3, &RowKernels::bgrToYcc);
 }
 
-void RGBA_2_YCCA4444P(Image& dst, const Image& src) {
+void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src) {
     const RowKernels& kernels = kernelsFor(dst, src);
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
@@ -111,7 +111,7 @@ void RGBA_2_YCCA4444P(Image& dst, const Image& src) {
         kernels.rgbaToYcca(y[r], cb[r], cr[r], alpha[r], from[r], n);
 }
 
-void RGB_2_YCC420P(Image& dst, const Image& src) {
+void RGB_2_YCC420P(Image<>& dst, const Image<>& src) {
     constexpr std::size_t tile = 512; // even, so that no block of four is split between tiles
     Byte cb[2][tile];
     Byte cr[2][tile];
@@ -136,23 +136,23 @@ void RGB_2_YCC420P(Image& dst, const Image& src) {
         }
 }
 
-void YCC444P_2_RGB(Image& dst, const Image& src) {
+void YCC444P_2_RGB(Image<>& dst, const Image<>& src) {
     pack(dst, src, 3, &RowKernels::yccToRgb);
 }
 
-void JFIF_2_YCC444P(Image& dst, const Image& src) {
+void JFIF_2_YCC444P(Image<>& dst, const Image<>& src) {
     unpack(dst, src, 3, &RowKernels::jfifToYcc);
 }
 
-void YCC444P_2_JFIF(Image& dst, const Image& src) {
+void YCC444P_2_JFIF(Image<>& dst, const Image<>& src) {
     pack(dst, src, 3, &RowKernels::yccToJfif);
 }
 
-void YCC444P_2_Y(Image& dst, const Image& src) {
+void YCC444P_2_Y(Image<>& dst, const Image<>& src) {
     mapPlane(dst, src, 0, &RowKernels::lumaToFull);
 }
 
-void JFIF422P_2_PF_YCC444P(Image& dst, const Image& src) {
+void JFIF422P_2_PF_YCC444P(Image<>& dst, const Image<>& src) {
     const RowKernels& kernels = kernelsFor(dst, src);
     mapPlane(dst, src, 0, &RowKernels::lumaToStudio);
     for (int p = 1; p <= 2; ++p) {
@@ -170,7 +170,7 @@ void JFIF422P_2_PF_YCC444P(Image& dst, const Image& src) {
     }
 }
 
-void Y_2_YCC444P(Image& dst, const Image& src) {
+void Y_2_YCC444P(Image<>& dst, const Image<>& src) {
     const int shift = dst.format == Ko::PF_YCC444P ? 0 : 1;
     mapPlane(dst, src, 0, &RowKernels::lumaToStudio);
     for (int p = 1; p <= 2; ++p) {
@@ -182,7 +182,7 @@ void Y_2_YCC444P(Image& dst, const Image& src) {
     }
 }
 
-void YCC444P_2_YCC420P(Image& dst, const Image& src) {
+void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src) {
     const RowKernels& kernels = kernelsFor(dst, src);
     copyPlane(dst, src, 0);
     for (int p = 1; p <= 2; ++p) {
@@ -195,7 +195,7 @@ void YCC444P_2_YCC420P(Image& dst, const Image& src) {
     }
 }
 
-void YCC420P_2_YCC444P(Image& dst, const Image& src) {
+void YCC420P_2_YCC444P(Image<>& dst, const Image<>& src) {
     const RowKernels& kernels = kernelsFor(dst, src);
     copyPlane(dst, src, 0);
     for (int p = 1; p <= 2; ++p) {
@@ -212,7 +212,7 @@ void YCC420P_2_YCC444P(Image& dst, const Image& src) {
     }
 }
 
-void YUY2_2_YCC444P(Image& dst, const Image& src) {
+void YUY2_2_YCC444P(Image<>& dst, const Image<>& src) {
     const RowKernels& kernels = kernelsFor(dst, src);
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
@@ -224,7 +224,7 @@ void YUY2_2_YCC444P(Image& dst, const Image& src) {
         kernels.yuy2ToYcc(y[r], cb[r], cr[r], from[r], n);
 }
 
-void YCC444P_2_YUY2(Image& dst, const Image& src) {
+void YCC444P_2_YUY2(Image<>& dst, const Image<>& src) {
     const RowKernels& kernels = kernelsFor(dst, src);
     const auto to = targetRows(dst, 0);
     const auto y = sourceRows(src, 0);

@@ -16,7 +16,6 @@ namespace Ko {
 namespace {
 
 using Byte = unsigned char;
-using Im = Image<unsigned char>;
 
 /// What moves together in a format: how many planes take part, and the bytes of one unit.
 struct Units {
@@ -25,7 +24,7 @@ struct Units {
 };
 
 /// No planes for a format that is not flipped.
-Units unitsOf(const Im& im) {
+Units unitsOf(const Image<>& im) {
     switch (im.format) {
     case PF_Y:
         return {1, 1};
@@ -42,7 +41,7 @@ std::logic_error refusal(const char* function) {
     return std::logic_error(errorText(function, "Image not planar, nor packed!"));
 }
 
-Units unitsInPlace(const Im& im, const char* function) {
+Units unitsInPlace(const Image<>& im, const char* function) {
     const Units units = unitsOf(im);
     if (units.planes == 0)
         throw refusal(function);
@@ -51,8 +50,8 @@ Units unitsInPlace(const Im& im, const char* function) {
 
 /// Gives @p dst the source's format and size, the format also where wrapped planes refuse the size. Where a size does
 /// not fit or memory is short, nothing has changed.
-void takeShape(Im& dst, const Im& src, const char* function) {
-    Im before(PF_Y);
+void takeShape(Image<>& dst, const Image<>& src, const char* function) {
+    Image<> before(PF_Y);
     ImageLayout::copyDescription(before, dst);
     dst.fmt(src.format);
     try {
@@ -66,7 +65,7 @@ void takeShape(Im& dst, const Im& src, const char* function) {
 }
 
 /// takeShape(), and the refusal of a format, which comes after it.
-Units prepareTarget(Im& dst, const Im& src, const char* function) {
+Units prepareTarget(Image<>& dst, const Image<>& src, const char* function) {
     const Units units = unitsOf(src);
     if (units.planes == 0) {
         const std::logic_error composed = refusal(function); // while the target is as it was
@@ -81,7 +80,7 @@ Units prepareTarget(Im& dst, const Im& src, const char* function) {
 
 } // namespace
 
-void flipVer(Im& im) {
+void flipVer(Image<>& im) {
     const Units units = unitsInPlace(im, "flipVer");
     for (int p = 0; p < units.planes; ++p) {
         const auto rows = targetRows(im, p);
@@ -92,7 +91,7 @@ void flipVer(Im& im) {
     }
 }
 
-void flipHor(Im& im) {
+void flipHor(Image<>& im) {
     const Units units = unitsInPlace(im, "flipHor");
     const auto mirror = units.bytes == 1 ? rowKernels().mirrorBytesInPlace : rowKernels().mirrorTriplesInPlace;
     for (int p = 0; p < units.planes; ++p) {
@@ -104,9 +103,9 @@ void flipHor(Im& im) {
     }
 }
 
-void flipVer(Im& dst, const Im& src) {
+void flipVer(Image<>& dst, const Image<>& src) {
     if (mayShareSamples(dst, src))
-        return flipVer(dst, Im(src));
+        return flipVer(dst, Image<>(src));
     const Units units = prepareTarget(dst, src, "flipVer");
     for (int p = 0; p < units.planes; ++p) {
         const auto from = sourceRows(src, p);
@@ -117,9 +116,9 @@ void flipVer(Im& dst, const Im& src) {
     }
 }
 
-void flipHor(Im& dst, const Im& src) {
+void flipHor(Image<>& dst, const Image<>& src) {
     if (mayShareSamples(dst, src))
-        return flipHor(dst, Im(src));
+        return flipHor(dst, Image<>(src));
     const Units units = prepareTarget(dst, src, "flipHor");
     const auto mirror = units.bytes == 1 ? rowKernels().mirrorBytes : rowKernels().mirrorTriples;
     for (int p = 0; p < units.planes; ++p) {

@@ -23,14 +23,14 @@ void copyDescription(Image<>& to, const Image<>& from) noexcept {
     to.sequenceNumber = from.sequenceNumber;
 }
 
-PlaneSize planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h) {
+PlaneSize planeSize(const Image<>& im, int p, std::uint32_t w, std::uint32_t h) {
     if (im.planar)
         return {w / im.horDiv[p], h / im.verDiv[p]};
     // 32-bit on purpose: the product comes first and wraps for the widest images that still fit.
     return {w * im.bytesPerPixelNum / im.bytesPerPixelDen, h};
 }
 
-bool fits(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h) {
+bool fits(const Image<>& im, std::uint32_t w, std::uint32_t h) {
     if (im.planar)
         return fitsArray(w, h);
     return fitsArray(std::uint64_t{w} * im.bytesPerPixelNum / im.bytesPerPixelDen, h);
@@ -40,7 +40,7 @@ namespace {
 
 /// Gives the planes that @p takesPart names their memory and the image its size.
 template <class Predicate>
-void sizePlanes(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool owning, Predicate takesPart) {
+void sizePlanes(Image<>& im, std::uint32_t w, std::uint32_t h, bool owning, Predicate takesPart) {
     ArrayStorage storage[planeCount];
     for (int p = 0; p < planeCount; ++p)
         if (takesPart(p)) {
@@ -59,17 +59,17 @@ void sizePlanes(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool
 
 } // namespace
 
-void size(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool owning) {
+void size(Image<>& im, std::uint32_t w, std::uint32_t h, bool owning) {
     sizePlanes(im, w, h, owning, [&](int p) { return im.horDiv[p] != 0; });
 }
 
-void checkTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function) {
+void checkTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* function) {
     bool anyOwning = false;
     bool wrappedFit = true;
     for (int p = 0; p < planeCount; ++p) {
         if (im.horDiv[p] == 0)
             continue;
-        const Array2D<unsigned char>& plane = im.plane[p];
+        const Array2D<>& plane = im.plane[p];
         anyOwning = anyOwning || plane.alloc;
         const PlaneSize s = planeSize(im, p, w, h);
         if (!plane.alloc &&
@@ -86,7 +86,7 @@ void checkTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, con
         throwTooLarge(function);
 }
 
-void resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function) {
+void resizeTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* function) {
     checkTarget(im, w, h, function);
     sizePlanes(im, w, h, true, [&](int p) { return im.horDiv[p] != 0 && im.plane[p].alloc; });
 }

@@ -11,7 +11,7 @@ namespace Ko::ImageLayout {
 constexpr int planeCount = 4;
 
 /// Copies all but the planes.
-void copyDescription(Image<unsigned char>& to, const Image<unsigned char>& from) noexcept;
+void copyDescription(Image<>& to, const Image<>& from) noexcept;
 
 /// Samples a row and rows that a plane takes.
 struct PlaneSize {
@@ -19,7 +19,7 @@ struct PlaneSize {
     std::uint32_t height;
 };
 /// Those of plane @p p, which the format has, in an image of w x h pixels.
-PlaneSize planeSize(const Image<unsigned char>& im, int p, std::uint32_t w, std::uint32_t h);
+PlaneSize planeSize(const Image<>& im, int p, std::uint32_t w, std::uint32_t h);
 
 /// Whether no routine ever reads or writes a plane that the format has: the chroma that the grey formats carry along.
 constexpr bool isIdle(PIXEL_FORMAT format, int p) {
@@ -27,21 +27,21 @@ constexpr bool isIdle(PIXEL_FORMAT format, int p) {
 }
 
 /// Whether every present plane of a w x h image fits 32-bit sizes.
-bool fits(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h);
+bool fits(const Image<>& im, std::uint32_t w, std::uint32_t h);
 
 /// Gives every present plane memory, or an empty row table, and the image its size.
 /// @throws std::bad_alloc; nothing has changed then
-void size(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, bool owning);
+void size(Image<>& im, std::uint32_t w, std::uint32_t h, bool owning);
 
 /// Refuses what resizeTarget() would refuse, with the same effects.
-void checkTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function);
+void checkTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* function);
 
 /// Prepares the target of a conversion: takes the size, reallocates owning planes and leaves wrapped ones, which
 /// must have one dimension right and hold the size.
 /// @param function named in the refusal of a size that does not fit
 /// @throws std::logic_error the resize text of a noalloc array; width and height are taken then, memory is not
 /// @throws std::runtime_error "[function]: Image too large.", std::bad_alloc; nothing has changed then
-void resizeTarget(Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const char* function);
+void resizeTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* function);
 
 } // namespace Ko::ImageLayout
 

@@ -19,7 +19,7 @@ struct PlaneRows {
 };
 
 template <class Pointer>
-PlaneRows<Pointer> viewOf(const Array2D<unsigned char>& plane) {
+PlaneRows<Pointer> viewOf(const Array2D<>& plane) {
     if (!plane.rows)
         return {nullptr, 0, 0};
     const auto left = [](std::uint32_t full, std::uint32_t offset) -> std::size_t {
@@ -29,12 +29,12 @@ PlaneRows<Pointer> viewOf(const Array2D<unsigned char>& plane) {
     return {plane.view, left(plane.width, current.x0), left(plane.height, current.y0)};
 }
 
-inline PlaneRows<const unsigned char*> sourceRows(const Image<unsigned char>& im, int p) {
+inline PlaneRows<const unsigned char*> sourceRows(const Image<>& im, int p) {
     const auto rows = viewOf<unsigned char*>(im.plane[p]);
     return {const_cast<const unsigned char* const*>(rows.row), rows.width, rows.height};
 }
 
-inline PlaneRows<unsigned char*> targetRows(Image<unsigned char>& im, int p) {
+inline PlaneRows<unsigned char*> targetRows(Image<>& im, int p) {
     return viewOf<unsigned char*>(im.plane[p]);
 }
 

@@ -26,7 +26,7 @@ void require(bool good, int p, const char* before, const char* after) {
 }
 
 /// A noalloc plane of the size, without rows.
-void leaveOut(Array2D<unsigned char>& plane, PlaneSize s) {
+void leaveOut(Array2D<>& plane, PlaneSize s) {
     if (!plane.alloc && !plane.rows && plane.width == s.width && plane.height == s.height)
         return;
     plane.newData(s.width, s.height, false);
@@ -35,13 +35,13 @@ void leaveOut(Array2D<unsigned char>& plane, PlaneSize s) {
 }
 
 /// Whether the image is a wrapper of that size already, whose planes have the row tables asked for.
-bool isShaped(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, const bool (&given)[planeCount]) {
+bool isShaped(const Image<>& im, std::uint32_t w, std::uint32_t h, const bool (&given)[planeCount]) {
     if (im.width != w || im.height != h)
         return false;
     for (int p = 0; p < planeCount; ++p) {
         if (im.horDiv[p] == 0)
             continue;
-        const Array2D<unsigned char>& plane = im.plane[p];
+        const Array2D<>& plane = im.plane[p];
         const PlaneSize s = planeSize(im, p, w, h);
         if (s.width == 0 || s.height == 0) {
             if (plane.rows)
@@ -54,7 +54,7 @@ bool isShaped(const Image<unsigned char>& im, std::uint32_t w, std::uint32_t h, 
     return true;
 }
 
-void pointRows(Array2D<unsigned char>& plane, const PlaneMemory& memory) {
+void pointRows(Array2D<>& plane, const PlaneMemory& memory) {
     unsigned char* row = memory.first;
     for (std::size_t y = 0;;) {
         plane.rows[y] = row;
@@ -65,7 +65,7 @@ void pointRows(Array2D<unsigned char>& plane, const PlaneMemory& memory) {
     resetView(plane);
 }
 
-void point(Image<unsigned char>& im, unsigned int w, unsigned int h, const PlaneMemory (&planes)[planeCount]) {
+void point(Image<>& im, unsigned int w, unsigned int h, const PlaneMemory (&planes)[planeCount]) {
     bool given[planeCount] = {};
     for (int p = 0; p < planeCount; ++p) {
         const PlaneMemory& memory = planes[p];
@@ -91,15 +91,14 @@ void point(Image<unsigned char>& im, unsigned int w, unsigned int h, const Plane
             leaveOut(im.plane[p], planeSize(im, p, w, h));
 }
 
-Image<unsigned char> rectangleOf(const Image<unsigned char>& im, unsigned int x, unsigned int y, unsigned int w,
-                                 unsigned int h) {
+Image<> rectangleOf(const Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h) {
     const auto requireInside = [](bool inside) {
         if (!inside)
             throw std::out_of_range(errorText("wrapRectangle", "The rectangle leaves the image."));
     };
     requireInside(x <= im.width && w <= im.width - x && y <= im.height && h <= im.height - y);
     requireInside(ImageLayout::fits(im, w, h));
-    Image<unsigned char> part(im.format);
+    Image<> part(im.format);
     for (int p = 0; p < planeCount; ++p) {
         if (part.horDiv[p] == 0)
             continue;
@@ -110,7 +109,7 @@ Image<unsigned char> rectangleOf(const Image<unsigned char>& im, unsigned int x,
     part.sequenceNumber = im.sequenceNumber;
     ImageLayout::size(part, w, h, false);
     for (int p = 0; p < planeCount; ++p) {
-        Array2D<unsigned char>& plane = part.plane[p];
+        Array2D<>& plane = part.plane[p];
         if (part.horDiv[p] == 0 || !plane.rows)
             continue;
         const auto from = sourceRows(im, p);
@@ -130,9 +129,8 @@ Image<unsigned char> rectangleOf(const Image<unsigned char>& im, unsigned int x,
 
 } // namespace
 
-Image<unsigned char> wrapMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h,
-                                const PlaneMemory (&planes)[planeCount]) {
-    Image<unsigned char> im(format);
+Image<> wrapMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h, const PlaneMemory (&planes)[planeCount]) {
+    Image<> im(format);
     point(im, w, h, planes);
     return im;
 }
@@ -145,17 +143,15 @@ ConstImage wrapConstMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h,
     return ConstImage(wrapMemory(format, w, h, writable));
 }
 
-void rewrapMemory(Image<unsigned char>& im, unsigned int w, unsigned int h, const PlaneMemory (&planes)[planeCount]) {
+void rewrapMemory(Image<>& im, unsigned int w, unsigned int h, const PlaneMemory (&planes)[planeCount]) {
     point(im, w, h, planes);
 }
 
-Image<unsigned char> wrapRectangle(Image<unsigned char>& im, unsigned int x, unsigned int y, unsigned int w,
-                                   unsigned int h) {
+Image<> wrapRectangle(Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h) {
     return rectangleOf(im, x, y, w, h);
 }
 
-ConstImage wrapRectangle(const Image<unsigned char>& im, unsigned int x, unsigned int y, unsigned int w,
-                         unsigned int h) {
+ConstImage wrapRectangle(const Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h) {
     return ConstImage(rectangleOf(im, x, y, w, h));
 }
 

@@ -36,16 +36,11 @@ static void* request(std::size_t size, std::size_t alignment) {
             return memory;
     throw std::bad_alloc();
 }
+// The other forms come by these.
 void* operator new(std::size_t size) {
     return request(size, alignof(std::max_align_t));
 }
-void* operator new[](std::size_t size) {
-    return request(size, alignof(std::max_align_t));
-}
 void* operator new(std::size_t size, std::align_val_t alignment) {
-    return request(size, static_cast<std::size_t>(alignment));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
     return request(size, static_cast<std::size_t>(alignment));
 }
 void operator delete(void* memory) noexcept {
@@ -54,16 +49,10 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 void operator delete(void* memory, std::align_val_t) noexcept {
     std::free(memory);
 }
-void operator delete[](void* memory, std::align_val_t) noexcept {
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
 
