@@ -1,6 +1,6 @@
 #include "Kovanta/VideoOutput.h"
-#include "support/Allocations.h"
 #include "support/LibavFaults.h"
+#include "support/RefusedMemory.h"
 #include "support/Rows.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
@@ -114,7 +114,7 @@ TEST_F(VideoFileFailure, AWriterWithoutMemoryTellsItAndTheProcessLives) {
                     : refused(number)
                     , happened(f) {}
                 ~Request() { happened = refused.happened(); } // with the thread
-                test::RefusedAllocation refused;
+                test::RefusedMemory refused;
                 bool& happened;
             };
             thread_local std::optional<Request> request;
