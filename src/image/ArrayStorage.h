@@ -25,12 +25,10 @@ struct ArrayStorage {
 /// Obtains what @p array needs for w x h samples; nothing for a zero dimension.
 /// @param fresh the array must not keep its buffer
 /// @throws std::bad_alloc
-ArrayStorage obtainStorage(const Array2D<>& array, std::uint32_t w, std::uint32_t h, bool owning,
-                           bool fresh = false);
+ArrayStorage obtainStorage(const Array2D<>& array, std::uint32_t w, std::uint32_t h, bool owning, bool fresh = false);
 
 /// Gives an array its new storage and points the rows. A zero dimension leaves the recorded sizes and the mode.
-void adoptStorage(Array2D<>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h,
-                  bool owning) noexcept;
+void adoptStorage(Array2D<>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h, bool owning) noexcept;
 
 /// Makes the full array the only view.
 void resetView(Array2D<>& array) noexcept;
