@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
-# Fuzzes a target for a while, or every target in turn: scripts/fuzz.sh [TARGET [SECONDS]]
+# Fuzzes a target for a while, or every target in turn: scripts/fuzz.sh [TARGET|all [SECONDS]]
 # Builds the targets with clang in build/fuzz, and with them libjpeg, libpng and FreeType from their Debian sources, so
 # that coverage guides the fuzzer through these too. New inputs gather in build/fuzz/corpus/TARGET, findings in
-# build/fuzz/found/TARGET. "scripts/fuzz.sh --minimise [TARGET]" puts the smallest set with the same coverage, within
+# build/fuzz/found/TARGET. "scripts/fuzz.sh --minimise [TARGET|all]" puts the smallest set with the same coverage, within
 # 80 kB a target, in the place of the committed one.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 minimise=
 [ "${1:-}" != --minimise ] || { minimise=yes; shift; }
 mapfile -t targets < <(sed -n 's/^kovanta_fuzz(\([a-z]*\).*/\1/p' fuzz/CMakeLists.txt)
-[ $# -eq 0 ] || { [[ " ${targets[*]} " == *" $1 "* ]] || { echo "fuzz: no target $1, but: ${targets[*]}" >&2; exit 1; }; targets=("$1"); }
+[ "${1:-all}" = all ] || { [[ " ${targets[*]} " == *" $1 "* ]] || { echo "fuzz: no target $1, but: ${targets[*]}" >&2; exit 1; }; targets=("$1"); }
 seconds=${2:-60}
 command -v clang++ >/dev/null || { echo "fuzz: needs clang (Debian: apt-get install clang libclang-rt-14-dev dpkg-dev)" >&2; exit 1; }
 

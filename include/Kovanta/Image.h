@@ -48,9 +48,8 @@ public:
     Image(Image&& src) noexcept;
     /// Copies all four planes, those that the format has no use for included, and the description. The source may wrap
     /// a part of this image: it is read before it goes.
-    /// @throws std::logic_error "[Array2D<T>::operator=]: Noalloc and trying to resize." when a plane that wraps
-    /// foreign
-    ///         memory differs in size from the source's; nothing has changed then
+    /// @throws std::logic_error "[Array2D<T>::operator=]: Noalloc and trying to resize." when a plane that
+    ///         wraps foreign memory differs in size from the source's; nothing has changed then
     /// @throws std::bad_alloc; nothing has changed then
     Image& operator=(const Image& src);
     /// As the move constructor. An image with a plane that wraps foreign memory is copied into instead, as is one of

@@ -27,9 +27,8 @@ namespace Ko {
 /// Errors of all of them:
 /// - std::runtime_error "[function]: Cannot open NAME: REASON." with the system's reason, also for a directory and for
 ///   a name that holds a zero byte;
-/// - std::runtime_error "[readPpmImage]: Image too large." (or its like) for a file whose picture passes 2^32 - 1
-/// bytes,
-///   2^28 rows or setMaxImagePixels(), before any memory is taken for it;
+/// - std::runtime_error "[readPpmImage]: Image too large." (or its like) for a file whose picture passes
+///   2^32 - 1 bytes, 2^28 rows or setMaxImagePixels(), before any memory is taken for it;
 /// - std::runtime_error "[writePpmImage]: Cannot write NAME: REASON." (or its like) when the system refuses a write,
 ///   for a full disk say; the file then holds its beginning;
 /// - std::logic_error of convertIm() where there is no conversion between the file's format and the image's;
@@ -71,7 +70,7 @@ KOVANTA_API void writePgmImage(const std::string& name, const Image<>& im);
 /// @throws std::runtime_error "[readJpegImage]: Unsupported color space." for CMYK and the like,
 ///         "[readJpegImage]: libjpeg failed. (REASON)", also for files coded in RGB, for those whose scans together
 ///         pass more than 2^31 pixels (50 scans are always allowed), and for progressive ones that would take more than
-///         1 GiB beside the picture and more than the picture itself
+///         1 GiB beside the picture and more than the picture and an eighth
 KOVANTA_API void readJpegImage(Image<>& im, const std::string& name);
 /// Writes a colour JPEG of quality 100 with libjpeg's default chroma sampling (4:2:0).
 /// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)", for a size that JPEG has not

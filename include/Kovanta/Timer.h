@@ -14,8 +14,7 @@ namespace Ko {
 ///
 /// With a comment, stop(), get() and getCum() print their reading as one line to standard output, for example
 /// "[Timer::stop()]: Comment: decode Time: 1500 usec."; with an empty one they print nothing. Each
-/// line is written at once: those of two threads do not mix.
-/// One thread at a time per object.
+/// line is written at once: those of two threads do not mix. One thread at a time per object.
 class KOVANTA_API Timer {
 public:
     /// A total of 0, started.

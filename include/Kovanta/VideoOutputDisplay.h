@@ -34,8 +34,8 @@ namespace Ko {
 /// Bound to one thread, the one that owns SDL's video (the main thread, in practice). One window at a time: the
 /// destructor ends SDL for the process, and a second constructor throws. A broken connection to the X server, or a
 /// window that another program destroyed, ends in a std::runtime_error from the operation that notices and from those
-/// after it,
-/// "[VideoOutputDisplay::...]: Lost the connection to the X server." or "...: X error: ....": destroy the display then.
+/// after it: "[VideoOutputDisplay::...]: Lost the connection to the X server." or "...: X error: ....": destroy the
+/// display then.
 class KOVANTA_API VideoOutputDisplay : public VideoOutput {
 public:
     /// Opens the window. Takes a tenth of a second.

@@ -5,7 +5,8 @@
 
 namespace Ko {
 
-/// "[function]: reason", the form of every message. A member function is named "Class::operation".
+/// "[function]: reason", the form of all messages but two that programs know otherwise. A member function is named
+/// "Class::operation".
 std::string errorText(const std::string& function, const std::string& reason);
 /// With the system's text for @p error (an errno value): "[function]: reason: " + text + ".".
 std::string errorText(const std::string& function, const std::string& reason, int error);

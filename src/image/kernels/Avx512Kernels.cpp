@@ -9,7 +9,7 @@
 namespace Ko {
 namespace {
 
-/// What any 64 of 128 bytes in one instruction are worth a kernel of its own for.
+/// The kernels that gain from one instruction which picks any 64 of 128 bytes.
 constexpr RowKernels withShuffles(RowKernels k) {
     k.chromaToStudioDoubled = shuffleChromaToStudioDoubled;
     k.doubled = shuffleDoubled;
