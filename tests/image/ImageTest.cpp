@@ -203,6 +203,17 @@ TEST(Image, TakesWhatWrapsAPartOfItself) {
         Ko::flipVer(im, wrap(im));
         EXPECT_EQ(difference(im, flipped), "") << "flipped";
     }
+    // Into another format: a part, and the whole upside down, whose rows the kept buffer is written over.
+    for (const bool whole : {false, true}) {
+        Image im = before;
+        const Image grey = whole ? Ko::wrapMemory(Ko::PF_Y, 8, 6, {{im.plane[0].row(5), -8}})
+                                 : Ko::wrapMemory(Ko::PF_Y, 4, 3, {{im.plane[0].row(1) + 2, 8}});
+        const Image apart(grey);
+        Image expected(Ko::PF_YCC444P);
+        Ko::convertIm(expected, apart);
+        Ko::convertIm(im, grey);
+        EXPECT_EQ(difference(im, expected), "") << whole;
+    }
     Ko::Array2D<> plane = before.plane[0];
     Image holder = before;
     plane = std::move(Ko::wrapRectangle(holder, 0, 0, 8, 6).plane[0]);

@@ -4,8 +4,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <iostream>
+#include <streambuf>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -63,20 +66,25 @@ TEST(Timer, PrintsOneLineForACommentAndNoneWithout) {
                   total + " usec.\n[Timer::get()]: Comment: now Time: " + read + " usec.\n");
 }
 
-TEST(Timer, LinesOfTwoThreadsDoNotMix) {
-    testing::internal::CaptureStdout();
-    std::thread threads[2];
-    for (std::thread& thread : threads)
-        thread = std::thread([] {
-            for (int i = 0; i < 500; ++i)
-                Ko::Timer().getCum("stage");
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    std::string expected;
-    for (int i = 0; i < 1000; ++i)
-        expected += "[Timer::getCum()]: Comment: stage Time: 0 usec.\n";
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+/// What is written to the stream at once, piece by piece.
+struct Pieces : std::streambuf {
+    std::vector<std::string> written;
+    std::streamsize xsputn(const char* text, std::streamsize n) override {
+        written.emplace_back(text, static_cast<std::size_t>(n));
+        return n;
+    }
+    int_type overflow(int_type c) override {
+        written.emplace_back(1, traits_type::to_char_type(c));
+        return c;
+    }
+};
+
+TEST(Timer, ALineIsWrittenAtOnceSoThatThoseOfTwoThreadsDoNotMix) {
+    Pieces pieces;
+    std::streambuf* const before = std::cout.rdbuf(&pieces);
+    Ko::Timer().getCum("stage");
+    std::cout.rdbuf(before);
+    EXPECT_EQ(pieces.written, std::vector<std::string>{"[Timer::getCum()]: Comment: stage Time: 0 usec.\n"});
 }
 
 } // namespace
