@@ -1,5 +1,6 @@
-#include "Kovanta/ConvertIm.h"
+#include "image/ConversionRoutines.h"
 
+#include "Kovanta/ConvertIm.h"
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
 #include "image/SharedMemory.h"
@@ -33,20 +34,9 @@ void copyPlane(Image<>& dst, const Image<>& src, int p) {
     }
 }
 
-/// A member of RowKernels.
-template <class Function>
-using Kernel = Function RowKernels::*;
-
-/// Where source and target share memory, only kernels that go one sample after the other give the same on every
-/// processor.
-const RowKernels& kernelsFor(const Image<>& dst, const Image<>& src) {
-    return Ko::mayShareSamples(dst, src) ? Ko::portableKernels : rowKernels();
-}
-
 /// Packed source, planar full-resolution target.
 template <class Function>
-void unpack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Kernel<Function> member) {
-    const auto kernel = kernelsFor(dst, src).*member;
+void unpack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Function kernel) {
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto cb = targetRows(dst, 1);
@@ -59,8 +49,7 @@ void unpack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Kernel<
 
 /// Planar full-resolution source, packed target.
 template <class Function>
-void pack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Kernel<Function> member) {
-    const auto kernel = kernelsFor(dst, src).*member;
+void pack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Function kernel) {
     const auto to = targetRows(dst, 0);
     const auto y = sourceRows(src, 0);
     const auto cb = sourceRows(src, 1);
@@ -71,35 +60,33 @@ void pack(Image<>& dst, const Image<>& src, std::size_t bytesPerPixel, Kernel<Fu
         kernel(to[r], y[r], cb[r], cr[r], n);
 }
 
-/// One plane through a kernel, sample by sample.
+/// One plane through a range map, which works in place too, whatever else source and target share.
 template <class Function>
-void mapPlane(Image<>& dst, const Image<>& src, int p, Kernel<Function> member) {
-    const bool shared = Ko::mayShareSamples(dst.plane[p], src.plane[p]);
+void mapPlane(Image<>& dst, const Image<>& src, int p, const RowKernels& kernels, Function RowKernels::*map) {
     const auto from = sourceRows(src, p);
     const auto to = targetRows(dst, p);
     const std::size_t n = least(src.width, from.width, to.width);
     const std::size_t rows = least(src.height, from.height, to.height);
-    for (std::size_t r = 0; r < rows; ++r) {
-        const bool apartOrSame = !shared || to[r] == from[r]; // in place is no trouble
-        ((apartOrSame ? rowKernels() : Ko::portableKernels).*member)(to[r], from[r], n);
-    }
+    for (std::size_t r = 0; r < rows; ++r)
+        ((to[r] == from[r] ? rowKernels() : kernels).*map)(to[r], from[r], n);
 }
 
 } // namespace
 
-void RGB_2_YCC444P(Image<>& dst, const Image<>& src) {
+namespace Ko::routines {
+
+void RGB_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     if (src.format == Ko::PF_RGB)
-        unpack(dst, src, 3, &RowKernels::rgbToYcc);
+        unpack(dst, src, 3, kernels.rgbToYcc);
     else
-        unpack(dst, src, 4, &RowKernels::rgbxToYcc);
+        unpack(dst, src, 4, kernels.rgbxToYcc);
 }
 
-void BGR_2_YCC444P(Image<>& dst, const Image<>& src) {
-    unpack(dst, src, 3, &RowKernels::bgrToYcc);
+void BGR_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    unpack(dst, src, 3, kernels.bgrToYcc);
 }
 
-void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src) {
-    const RowKernels& kernels = kernelsFor(dst, src);
+void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto cb = targetRows(dst, 1);
@@ -111,11 +98,10 @@ void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src) {
         kernels.rgbaToYcca(y[r], cb[r], cr[r], alpha[r], from[r], n);
 }
 
-void RGB_2_YCC420P(Image<>& dst, const Image<>& src) {
+void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     constexpr std::size_t tile = 512; // even, so that no block of four is split between tiles
     Byte cb[2][tile];
     Byte cr[2][tile];
-    const RowKernels& kernels = kernelsFor(dst, src);
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto toCb = targetRows(dst, 1);
@@ -136,25 +122,24 @@ void RGB_2_YCC420P(Image<>& dst, const Image<>& src) {
         }
 }
 
-void YCC444P_2_RGB(Image<>& dst, const Image<>& src) {
-    pack(dst, src, 3, &RowKernels::yccToRgb);
+void YCC444P_2_RGB(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    pack(dst, src, 3, kernels.yccToRgb);
 }
 
-void JFIF_2_YCC444P(Image<>& dst, const Image<>& src) {
-    unpack(dst, src, 3, &RowKernels::jfifToYcc);
+void JFIF_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    unpack(dst, src, 3, kernels.jfifToYcc);
 }
 
-void YCC444P_2_JFIF(Image<>& dst, const Image<>& src) {
-    pack(dst, src, 3, &RowKernels::yccToJfif);
+void YCC444P_2_JFIF(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    pack(dst, src, 3, kernels.yccToJfif);
 }
 
-void YCC444P_2_Y(Image<>& dst, const Image<>& src) {
-    mapPlane(dst, src, 0, &RowKernels::lumaToFull);
+void YCC444P_2_Y(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    mapPlane(dst, src, 0, kernels, &RowKernels::lumaToFull);
 }
 
-void JFIF422P_2_PF_YCC444P(Image<>& dst, const Image<>& src) {
-    const RowKernels& kernels = kernelsFor(dst, src);
-    mapPlane(dst, src, 0, &RowKernels::lumaToStudio);
+void JFIF422P_2_PF_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    mapPlane(dst, src, 0, kernels, &RowKernels::lumaToStudio);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
@@ -170,9 +155,9 @@ void JFIF422P_2_PF_YCC444P(Image<>& dst, const Image<>& src) {
     }
 }
 
-void Y_2_YCC444P(Image<>& dst, const Image<>& src) {
+void Y_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     const int shift = dst.format == Ko::PF_YCC444P ? 0 : 1;
-    mapPlane(dst, src, 0, &RowKernels::lumaToStudio);
+    mapPlane(dst, src, 0, kernels, &RowKernels::lumaToStudio);
     for (int p = 1; p <= 2; ++p) {
         const auto to = targetRows(dst, p);
         const std::size_t n = least(src.width >> shift, to.width);
@@ -182,8 +167,7 @@ void Y_2_YCC444P(Image<>& dst, const Image<>& src) {
     }
 }
 
-void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src) {
-    const RowKernels& kernels = kernelsFor(dst, src);
+void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     copyPlane(dst, src, 0);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
@@ -195,8 +179,7 @@ void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src) {
     }
 }
 
-void YCC420P_2_YCC444P(Image<>& dst, const Image<>& src) {
-    const RowKernels& kernels = kernelsFor(dst, src);
+void YCC420P_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     copyPlane(dst, src, 0);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
@@ -212,8 +195,7 @@ void YCC420P_2_YCC444P(Image<>& dst, const Image<>& src) {
     }
 }
 
-void YUY2_2_YCC444P(Image<>& dst, const Image<>& src) {
-    const RowKernels& kernels = kernelsFor(dst, src);
+void YUY2_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     const auto from = sourceRows(src, 0);
     const auto y = targetRows(dst, 0);
     const auto cb = targetRows(dst, 1);
@@ -224,8 +206,7 @@ void YUY2_2_YCC444P(Image<>& dst, const Image<>& src) {
         kernels.yuy2ToYcc(y[r], cb[r], cr[r], from[r], n);
 }
 
-void YCC444P_2_YUY2(Image<>& dst, const Image<>& src) {
-    const RowKernels& kernels = kernelsFor(dst, src);
+void YCC444P_2_YUY2(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     const auto to = targetRows(dst, 0);
     const auto y = sourceRows(src, 0);
     const auto cb = sourceRows(src, 1);
@@ -234,4 +215,77 @@ void YCC444P_2_YUY2(Image<>& dst, const Image<>& src) {
     const std::size_t rows = least(src.height, to.height, y.height, cb.height, cr.height);
     for (std::size_t r = 0; r < rows; ++r)
         kernels.yccToYuy2(to[r], y[r], cb[r], cr[r], n);
+}
+
+const RowKernels& kernelsFor(const Sharing& sharing) {
+    return sharing.any ? portableKernels : rowKernels();
+}
+
+} // namespace Ko::routines
+
+namespace {
+
+using Routine = void (*)(Image<>& dst, const Image<>& src, const RowKernels& kernels);
+
+template <Routine routine>
+void runAlone(Image<>& dst, const Image<>& src) {
+    routine(dst, src, Ko::routines::kernelsFor(Ko::sharingOf(dst, src)));
+}
+
+} // namespace
+
+void RGB_2_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::RGB_2_YCC444P>(dst, src);
+}
+
+void BGR_2_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::BGR_2_YCC444P>(dst, src);
+}
+
+void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::RGBA_2_YCCA4444P>(dst, src);
+}
+
+void RGB_2_YCC420P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::RGB_2_YCC420P>(dst, src);
+}
+
+void YCC444P_2_RGB(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YCC444P_2_RGB>(dst, src);
+}
+
+void JFIF_2_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::JFIF_2_YCC444P>(dst, src);
+}
+
+void YCC444P_2_JFIF(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YCC444P_2_JFIF>(dst, src);
+}
+
+void YCC444P_2_Y(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YCC444P_2_Y>(dst, src);
+}
+
+void JFIF422P_2_PF_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::JFIF422P_2_PF_YCC444P>(dst, src);
+}
+
+void Y_2_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::Y_2_YCC444P>(dst, src);
+}
+
+void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YCC444P_2_YCC420P>(dst, src);
+}
+
+void YCC420P_2_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YCC420P_2_YCC444P>(dst, src);
+}
+
+void YUY2_2_YCC444P(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YUY2_2_YCC444P>(dst, src);
+}
+
+void YCC444P_2_YUY2(Image<>& dst, const Image<>& src) {
+    runAlone<Ko::routines::YCC444P_2_YUY2>(dst, src);
 }

@@ -1,6 +1,7 @@
 #include "Kovanta/ConvertIm.h"
 
 #include "image/ArrayCopy.h"
+#include "image/ConversionRoutines.h"
 #include "image/FormatTable.h"
 #include "image/ImageLayout.h"
 #include "image/MissingSamples.h"
@@ -15,7 +16,7 @@
 namespace {
 
 using namespace Ko;
-using Routine = void (*)(Image<>& dst, const Image<>& src);
+using Routine = void (*)(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 
 // Nearly every pair has PF_YCC444P on one side. The switches have no default: a format that they do not decide about
 // does not compile.
@@ -27,17 +28,17 @@ constexpr Routine routineToYcc444p(PIXEL_FORMAT source) {
     switch (source) {
     case PF_RGB:
     case PF_RGBA:
-        return RGB_2_YCC444P;
+        return routines::RGB_2_YCC444P;
     case PF_Y:
-        return Y_2_YCC444P;
+        return routines::Y_2_YCC444P;
     case PF_JFIF:
-        return JFIF_2_YCC444P;
+        return routines::JFIF_2_YCC444P;
     case PF_JFIF422P:
-        return JFIF422P_2_PF_YCC444P;
+        return routines::JFIF422P_2_PF_YCC444P;
     case PF_YCC420P:
-        return YCC420P_2_YCC444P;
+        return routines::YCC420P_2_YCC444P;
     case PF_YUY2:
-        return YUY2_2_YCC444P;
+        return routines::YUY2_2_YCC444P;
     case PF_UNKNOWN:
     case PF_YCC444P:
     case PF_YCCA4444P:
@@ -52,13 +53,13 @@ constexpr Routine routineToYcc444p(PIXEL_FORMAT source) {
 constexpr Routine routineFromYcc444p(PIXEL_FORMAT target) {
     switch (target) {
     case PF_RGB:
-        return YCC444P_2_RGB;
+        return routines::YCC444P_2_RGB;
     case PF_Y:
-        return YCC444P_2_Y;
+        return routines::YCC444P_2_Y;
     case PF_JFIF:
-        return YCC444P_2_JFIF;
+        return routines::YCC444P_2_JFIF;
     case PF_YCC420P:
-        return YCC444P_2_YCC420P;
+        return routines::YCC444P_2_YCC420P;
     case PF_UNKNOWN:
     case PF_YCC444P:
     case PF_YCCA4444P:
@@ -74,7 +75,7 @@ constexpr Routine routineFromYcc444p(PIXEL_FORMAT target) {
 
 #pragma GCC diagnostic pop
 
-void identityTransform(Image<>& dst, const Image<>& src) {
+void identityTransform(Image<>& dst, const Image<>& src, const RowKernels& /*kernels*/) {
     dst = src;
 }
 
@@ -88,7 +89,7 @@ constexpr BranchTable makeBranchTable() {
         if (format != PF_YCC444P)
             table[f][PF_YCC444P] = routineFromYcc444p(format);
     }
-    table[PF_YCC420P][PF_Y] = Y_2_YCC444P;
+    table[PF_YCC420P][PF_Y] = routines::Y_2_YCC444P;
     for (std::size_t f = 0; f < formatCount; ++f)
         table[f][f] = identityTransform;
     return table;
@@ -131,17 +132,18 @@ void convertIm(Image<>& dst, const Image<>& src) {
     }
     if (routine == identityTransform) {
         resizeForRefusal(dst, src);
-        routine(dst, src);
+        dst = src;
         return;
     }
-    if (wrapsPartOf(src, dst)) {
+    const Sharing sharing = sharingOf(dst, src);
+    if (sharing.sourceWrapsTarget) {
         convertIm(dst, Image<>(src)); // the rows that are read must neither go nor be written
         return;
     }
     ImageLayout::resizeTarget(dst, src.width, src.height, "convertIm");
     if (!isWhole(src))
         blacken(dst);
-    routine(dst, src);
+    routine(dst, src, routines::kernelsFor(sharing));
     completeLoneSamples(dst, src.format);
 }
 

@@ -104,7 +104,7 @@ void flipHor(Image<>& im) {
 }
 
 void flipVer(Image<>& dst, const Image<>& src) {
-    if (mayShareSamples(dst, src))
+    if (sharingOf(dst, src).any)
         return flipVer(dst, Image<>(src));
     const Units units = prepareTarget(dst, src, "flipVer");
     for (int p = 0; p < units.planes; ++p) {
@@ -117,7 +117,7 @@ void flipVer(Image<>& dst, const Image<>& src) {
 }
 
 void flipHor(Image<>& dst, const Image<>& src) {
-    if (mayShareSamples(dst, src))
+    if (sharingOf(dst, src).any)
         return flipHor(dst, Image<>(src));
     const Units units = prepareTarget(dst, src, "flipHor");
     const auto mirror = units.bytes == 1 ? rowKernels().mirrorBytes : rowKernels().mirrorTriples;
@@ -128,8 +128,10 @@ void flipHor(Image<>& dst, const Image<>& src) {
         const std::size_t first = src.width - least(src.width, to.width / units.bytes);
         const std::size_t end = least(src.width, from.width / units.bytes);
         const std::size_t height = first < end ? least(src.height, from.height, to.height) : 0;
+        const std::size_t skippedThere = (src.width - end) * units.bytes;
+        const std::size_t skippedHere = first * units.bytes;
         for (std::size_t y = 0; y < height; ++y)
-            mirror(to[y] + (src.width - end) * units.bytes, from[y] + first * units.bytes, end - first);
+            mirror(to[y] + skippedThere, from[y] + skippedHere, end - first);
     }
 }
 

@@ -41,7 +41,7 @@ Image<T>& Image<T>::operator=(const Image& src) {
     for (int p = 0; p < ImageLayout::planeCount; ++p)
         if (refusesSize(plane[p], src.plane[p]))
             throwLogicError("Array2D<T>::operator=", "Noalloc and trying to resize.");
-    const bool fresh = wrapsPartOf(src, *this);
+    const bool fresh = sharingOf(*this, src).sourceWrapsTarget;
     ArrayCopy copies[] = {{plane[0], src.plane[0], fresh},
                           {plane[1], src.plane[1], fresh},
                           {plane[2], src.plane[2], fresh},
@@ -59,7 +59,7 @@ Image<T>& Image<T>::operator=(Image&& src) { // NOLINT(performance-noexcept-move
     if (this == &src)
         return *this;
     if (std::any_of(std::begin(plane), std::end(plane), [](const auto& p) { return !p.alloc; }) ||
-        wrapsPartOf(src, *this))
+        sharingOf(*this, src).sourceWrapsTarget)
         return *this = static_cast<const Image&>(src);
     for (int p = 0; p < ImageLayout::planeCount; ++p)
         plane[p] = std::move(src.plane[p]);

@@ -26,34 +26,28 @@ Stretch stretchOf(const Array2D<>& array) {
         return stretch;
     }
     const auto shift = static_cast<std::uintptr_t>(static_cast<std::int32_t>(array.subarrays.back().x0));
-    for (std::size_t y = 0; y < array.height; ++y) {
+    const auto row = [&](std::size_t y) {
+        return reinterpret_cast<std::uintptr_t>(array.rows[y]);
+    };
+    const auto include = [&](std::size_t y) {
         if (!array.rows[y])
-            continue;
-        const std::uintptr_t row = reinterpret_cast<std::uintptr_t>(array.rows[y]) - shift;
-        stretch.begin = std::min(stretch.begin, row);
-        stretch.end = std::max(stretch.end, row + array.width);
+            return;
+        stretch.begin = std::min(stretch.begin, row(y) - shift);
+        stretch.end = std::max(stretch.end, row(y) - shift + array.width);
+    };
+    // Rows nearly always lie at one distance, which is found out faster than where each of them lies.
+    const std::size_t height = array.height;
+    std::uintptr_t irregular = 0;
+    for (std::size_t y = 2; y < height; ++y)
+        irregular |= (row(y) - row(y - 1)) ^ (row(1) - row(0));
+    if (irregular == 0 && array.rows[0]) {
+        include(0);
+        include(height - 1);
+        return stretch;
     }
+    for (std::size_t y = 0; y < height; ++y)
+        include(y);
     return stretch;
-}
-
-/// Whether planes of the two images meet, of the pairs that @p counts.
-template <class Predicate>
-bool anyMeet(const Image<>& a, const Image<>& b, Predicate counts) {
-    // Found out once they are asked for, and for most images they never are.
-    Stretch ofA[4];
-    Stretch ofB[4];
-    for (int p = 0; p < 4; ++p)
-        for (int q = 0; q < 4; ++q) {
-            if (!counts(a.plane[p], b.plane[q]))
-                continue;
-            if (ofA[p].end == 0)
-                ofA[p] = stretchOf(a.plane[p]);
-            if (ofB[q].end == 0)
-                ofB[q] = stretchOf(b.plane[q]);
-            if (ofA[p].meets(ofB[q]))
-                return true;
-        }
-    return false;
 }
 
 } // namespace
@@ -62,12 +56,27 @@ bool mayShareSamples(const Array2D<>& a, const Array2D<>& b) noexcept {
     return (!a.alloc || !b.alloc) && stretchOf(a).meets(stretchOf(b));
 }
 
-bool mayShareSamples(const Image<>& dst, const Image<>& src) noexcept {
-    return anyMeet(dst, src, [](const Array2D<>& a, const Array2D<>& b) { return !a.alloc || !b.alloc; });
-}
-
-bool wrapsPartOf(const Image<>& src, const Image<>& dst) noexcept {
-    return anyMeet(src, dst, [](const Array2D<>& a, const Array2D<>& b) { return !a.alloc && b.alloc; });
+Sharing sharingOf(const Image<>& dst, const Image<>& src) noexcept {
+    Sharing sharing;
+    // Found out once they are asked for, and for most images they never are.
+    Stretch targets[4];
+    Stretch sources[4];
+    for (int p = 0; p < 4; ++p)
+        for (int q = 0; q < 4; ++q) {
+            const Array2D<>& target = dst.plane[p];
+            const Array2D<>& source = src.plane[q];
+            if (target.alloc && source.alloc)
+                continue;
+            if (targets[p].end == 0)
+                targets[p] = stretchOf(target);
+            if (sources[q].end == 0)
+                sources[q] = stretchOf(source);
+            if (targets[p].meets(sources[q])) {
+                sharing.any = true;
+                sharing.sourceWrapsTarget = sharing.sourceWrapsTarget || target.alloc;
+            }
+        }
+    return sharing;
 }
 
 } // namespace Ko

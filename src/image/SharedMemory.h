@@ -9,12 +9,11 @@ namespace Ko {
 /// from its lowest row to its highest counts, gaps between the rows included.
 bool mayShareSamples(const Array2D<>& a, const Array2D<>& b) noexcept;
 
-/// Whether a conversion into @p dst could write over samples of @p src or give up their memory: whether the one wraps
-/// rows of a plane that the other owns, or both wrap the same.
-bool mayShareSamples(const Image<>& dst, const Image<>& src) noexcept;
-
-/// Whether @p src wraps rows that a plane of @p dst owns.
-bool wrapsPartOf(const Image<>& src, const Image<>& dst) noexcept;
+struct Sharing {
+    bool any = false;               ///< Planes of the two images may share samples.
+    bool sourceWrapsTarget = false; ///< The source wraps rows that a plane of the target owns, and that could go.
+};
+Sharing sharingOf(const Image<>& dst, const Image<>& src) noexcept;
 
 } // namespace Ko
 
