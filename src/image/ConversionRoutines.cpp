@@ -67,8 +67,10 @@ void mapPlane(Image<>& dst, const Image<>& src, int p, const RowKernels& kernels
     const auto to = targetRows(dst, p);
     const std::size_t n = least(src.width, from.width, to.width);
     const std::size_t rows = least(src.height, from.height, to.height);
+    const Function apart = kernels.*map;
+    const Function inPlace = rowKernels().*map;
     for (std::size_t r = 0; r < rows; ++r)
-        ((to[r] == from[r] ? rowKernels() : kernels).*map)(to[r], from[r], n);
+        (to[r] == from[r] ? inPlace : apart)(to[r], from[r], n);
 }
 
 } // namespace

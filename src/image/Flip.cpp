@@ -111,8 +111,10 @@ void flipVer(Image<>& dst, const Image<>& src) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
         const std::size_t n = least(src.width * units.bytes, from.width, to.width);
-        for (std::size_t y = src.height - least(src.height, to.height); y < least(src.height, from.height); ++y)
-            std::memcpy(to[src.height - 1 - y], from[y], n);
+        const std::size_t last = src.height - std::size_t{1};
+        const std::size_t end = least(src.height, from.height);
+        for (std::size_t y = src.height - least(src.height, to.height); y < end; ++y)
+            std::memcpy(to[last - y], from[y], n);
     }
 }
 
