@@ -213,8 +213,7 @@ bool VideoFileDecoder::isElementary() const {
 }
 
 bool VideoFileDecoder::seek(std::int64_t target) {
-    if (!first)
-        readPacket();
+    findFirst();
     // libav would look for a time that it has made up itself.
     if (isElementary() || !move(target, AVSEEK_FLAG_BACKWARD))
         return false;
@@ -229,14 +228,21 @@ bool VideoFileDecoder::seek(std::int64_t target) {
 bool VideoFileDecoder::rewind() {
     if (isElementary())
         return move(0, AVSEEK_FLAG_BYTE);
-    if (!first)
-        readPacket();
+    findFirst();
     for (const std::int64_t aim : {start(), subtractTicks(start(), 2 * second()), std::int64_t{0}}) {
-        packetWaits = move(aim, AVSEEK_FLAG_BACKWARD) && readPacket();
+        if (!move(aim, AVSEEK_FLAG_BACKWARD))
+            continue;
+        packetWaits = readPacket();
         if (packetWaits && isFirst(*packet))
             return true;
     }
     return move(start(), AVSEEK_FLAG_BACKWARD);
+}
+
+/// The packet that is read for it waits, should the container refuse to move.
+void VideoFileDecoder::findFirst() {
+    if (!first)
+        packetWaits = readPacket();
 }
 
 /// Not every container tells all of a packet's place, after a seek even less.

@@ -68,6 +68,7 @@ private:
     void openDecoder();
     void feed();
     bool readPacket();
+    void findFirst();
     bool isFirst(const AVPacket& found) const;
     void note(int error);
     void refuseWithoutMemory(int error);
