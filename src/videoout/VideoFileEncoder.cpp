@@ -6,6 +6,7 @@
 #include "videoout/Containers.h"
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
 }
 
@@ -36,8 +37,8 @@ int toInt(unsigned int size) {
 }
 
 /// libsvtav1 can neither be drained nor closed before it was given a picture: it waits for one for ever.
-bool mustBeFed(const AVCodecContext& encoder) {
-    return std::strcmp(encoder.codec->name, "libsvtav1") == 0;
+bool mustBeFed(const AVCodec& codec) {
+    return std::strcmp(codec.name, "libsvtav1") == 0;
 }
 
 } // namespace
@@ -61,7 +62,7 @@ void VideoFileEncoder::open(const std::string& filename, const Settings& setting
     if (!codec)
         throwRuntimeError("VideoOutputVideoFile::open", "avcodec_find_encoder failed.");
     addVideoStream(settings, *codec);
-    openVideo(*codec);
+    openVideo(settings, *codec);
     if (avcodec_parameters_from_context(stream->codecpar, codecContext.get()) < 0)
         throwRuntimeError("VideoOutputVideoFile::open", "av_set_parameters failed.");
 
@@ -114,15 +115,23 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     stream->avg_frame_rate = codecContext->framerate;
 }
 
-void VideoFileEncoder::openVideo(const AVCodec& codec) {
+void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec) {
     if (codecContext->pix_fmt != AV_PIX_FMT_YUV420P)
         throwLogicError("VideoOutputVideoFile::openVideo", "Can only convert to 4:2:0 Planar YUV.");
     // libx265 prints past libav's log. The other encoders do not know the option.
     if (codec.priv_class && av_log_get_level() == AV_LOG_QUIET)
         av_opt_set(codecContext->priv_data, "x265-params", "log-level=none", 0);
+    const auto makePictures = [this] {
+        pictures.emplace(static_cast<unsigned int>(codecContext->width),
+                         static_cast<unsigned int>(codecContext->height));
+    };
+    // Without memory for a picture such an encoder could not be closed any more.
+    if (mustBeFed(codec) && av_image_check_size(settings.width, settings.height, 0, nullptr) >= 0)
+        makePictures();
     if (avcodec_open2(codecContext.get(), &codec, nullptr) < 0)
         throwRuntimeError("VideoOutputVideoFile::openVideo", "avcodec_open failed.");
-    pictures.emplace(static_cast<unsigned int>(codecContext->width), static_cast<unsigned int>(codecContext->height));
+    if (!pictures)
+        makePictures();
 }
 
 void VideoFileEncoder::frameWrite(const Image<>& image) {
@@ -142,7 +151,7 @@ void VideoFileEncoder::frameWrite(const Image<>& image) {
 /// Without a frame of the caller's, the encoder gets one that goes nowhere.
 /// @return whether that was so; the encoder is drained then
 bool VideoFileEncoder::feedUnfed() noexcept {
-    if (fed || !pictures || !mustBeFed(*codecContext))
+    if (fed || !codecContext || !avcodec_is_open(codecContext.get()) || !mustBeFed(*codecContext->codec))
         return false;
     fed = true;
     AVFrame* const frame = pictures->first().frame.get();

@@ -46,7 +46,7 @@ public:
 
 private:
     void addVideoStream(const Settings& settings, const AVCodec& codec);
-    void openVideo(const AVCodec& codec);
+    void openVideo(const Settings& settings, const AVCodec& codec);
     void setMuxerOptions(const Settings& settings);
     void writePackets();
     bool feedUnfed() noexcept;

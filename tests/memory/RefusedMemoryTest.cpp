@@ -6,9 +6,11 @@
 #include "support/Rows.h"
 #include "support/TempDirectory.h"
 #include "support/TestImages.h"
+#include "support/VideoMedia.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -85,6 +87,40 @@ void writing(const char* extension) {
     refuseEveryRequest([] { return randomImage(PF_YCC444P, 16, 8); },
                        [&](const Image& im) { Ko::writeImage(name, im); },
                        [](const Image& im) { return describe(im); });
+}
+
+/// A file of twelve numbered frames: written, with the encoder or the container's default one.
+void writeVideo(Ko::VideoOutputVideoFile& sink, const std::string& file, const char* encoder) {
+    if (*encoder)
+        sink.setEncoder(encoder);
+    sink.setThrowOnFailure(true).open(64, 64, file, {25, 1}, 500000);
+    for (int n = 0; n < 12; ++n)
+        sink.write(numberedFrame(n, 64, 64));
+    sink.close();
+}
+
+/// Reads it, seeks in it and loops.
+void readVideo(Ko::VideoInputVideoFile& source, const std::string& file) {
+    source.open(file);
+    source.setLoop(true);
+    Image frame(PF_YCC444P);
+    for (int n = 0; n < 14; ++n)
+        EXPECT_EQ(source.read(frame) ? frameIndex(frame) : -2, n % 12);
+    EXPECT_EQ(source.seek(7, Ko::VP_BEGIN), 7);
+    EXPECT_EQ(source.read(frame) ? frameIndex(frame) : -2, 7);
+    source.close();
+}
+
+void writingVideo(const char* name, const char* encoder) {
+    const TempDirectory folder;
+    const auto make = [] {
+        return std::make_unique<Ko::VideoOutputVideoFile>();
+    };
+    const auto run = [&](const auto& sink) {
+        writeVideo(*sink, folder / name, encoder);
+    };
+    refuseEveryRequest(
+        make, run, [](const auto&) { return ""; }, Requests::New);
 }
 
 const Operation operations[] = {
@@ -238,6 +274,23 @@ const Operation operations[] = {
     {{"WriteJpeg"},
      [] {
          writing(".jpg");
+     }},
+    {{"ReadVideo"},
+     [] {
+         const TempDirectory folder;
+         Ko::VideoOutputVideoFile sink;
+         writeVideo(sink, folder / "a.avi", "");
+         refuseEveryRequest([] { return std::make_unique<Ko::VideoInputVideoFile>(); },
+                            [&](const auto& source) { readVideo(*source, folder / "a.avi"); },
+                            [](const auto&) { return ""; }, Requests::New);
+     }},
+    {{"WriteVideo"},
+     [] {
+         writingVideo("a.avi", "");
+     }},
+    {{"WriteVideoThatMustBeFed"},
+     [] {
+         writingVideo("a.mkv", "libsvtav1");
      }},
 };
 

@@ -7,13 +7,19 @@
 static thread_local long untilRefused = -1;
 static thread_local long held = 0;
 
-static bool refuses() {
-    return untilRefused >= 0 && untilRefused-- == 0;
+static thread_local test::Requests counts = test::Requests::Malloc;
+
+static bool refuses(test::Requests asked) {
+    return untilRefused >= 0 && counts == asked && untilRefused-- == 0;
 }
 
 namespace test {
 
-RefusedMemory::RefusedMemory(long n) {
+RefusedMemory::RefusedMemory(long n, Requests requests) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    requests = Requests::New;
+#endif
+    counts = requests;
     untilRefused = n;
 }
 RefusedMemory::~RefusedMemory() {
@@ -28,10 +34,8 @@ long heldBlocks() {
 
 } // namespace test
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-
 static void* request(std::size_t size, std::size_t alignment) {
-    if (!refuses())
+    if (!refuses(test::Requests::New))
         if (void* memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment))
             return memory;
     throw std::bad_alloc();
@@ -56,7 +60,7 @@ void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
 
-#else
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 
 extern "C" {
 
@@ -76,20 +80,20 @@ static void* refused() {
 }
 
 void* malloc(std::size_t size) {
-    return refuses() ? refused() : counted(__libc_malloc(size));
+    return refuses(test::Requests::Malloc) ? refused() : counted(__libc_malloc(size));
 }
 void* calloc(std::size_t count, std::size_t size) {
-    return refuses() ? refused() : counted(__libc_calloc(count, size));
+    return refuses(test::Requests::Malloc) ? refused() : counted(__libc_calloc(count, size));
 }
 void* realloc(void* memory, std::size_t size) {
-    if (size != 0 && refuses())
+    if (size != 0 && refuses(test::Requests::Malloc))
         return refused();
     void* const moved = __libc_realloc(memory, size);
     held += (moved != nullptr) - (memory != nullptr && (moved || size == 0));
     return moved;
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    return refuses() ? refused() : counted(__libc_memalign(alignment, size));
+    return refuses(test::Requests::Malloc) ? refused() : counted(__libc_memalign(alignment, size));
 }
 void* memalign(std::size_t alignment, std::size_t size) {
     return aligned_alloc(alignment, size);

@@ -11,10 +11,14 @@
 // refused_memory. Under a sanitizer, which needs malloc for itself, it is operator new only.
 namespace test {
 
+/// Which requests are refused: those to malloc, or those to operator new only, for libraries below that crash without
+/// a small piece of memory.
+enum class Requests { Malloc, New };
+
 /// While it lives, the n-th next request of its thread for memory, counted from 0, is refused.
 class RefusedMemory {
 public:
-    explicit RefusedMemory(long n);
+    explicit RefusedMemory(long n, Requests requests = Requests::Malloc);
     ~RefusedMemory();
     RefusedMemory(const RefusedMemory&) = delete;
     RefusedMemory& operator=(const RefusedMemory&) = delete;
@@ -28,10 +32,10 @@ long heldBlocks();
 
 /// Runs an operation as often as it asks for memory, each time refusing another request. Each refusal has to end in an
 /// exception (or to do without), with the state described as before, nothing kept, and the operation working
-/// afterwards.
+/// afterwards. What was kept is not counted with operator new alone, where other threads may give memory back.
 /// @param make makes the state anew, @param run the operation, @param describe all of the state that could suffer
 template <class Make, class Run, class Describe>
-void refuseEveryRequest(Make make, Run run, Describe describe) {
+void refuseEveryRequest(Make make, Run run, Describe describe, Requests requests = Requests::Malloc) {
     {
         auto state = make();
         run(state); // what is made once and kept is made now
@@ -44,7 +48,7 @@ void refuseEveryRequest(Make make, Run run, Describe describe) {
             auto state = make();
             const std::string before = describe(state);
             {
-                const RefusedMemory refused(n);
+                const RefusedMemory refused(n, requests);
                 try {
                     run(state);
                 } catch (const std::exception&) {
@@ -58,7 +62,7 @@ void refuseEveryRequest(Make make, Run run, Describe describe) {
                 EXPECT_NO_THROW(run(state)) << "after refused request " << n;
             }
         }
-        EXPECT_EQ(heldBlocks(), blocks) << "leaked after refused request " << n;
+        EXPECT_TRUE(requests == Requests::New || heldBlocks() == blocks) << "leaked after refused request " << n;
         if (!happened || testing::Test::HasFailure())
             return;
     }
