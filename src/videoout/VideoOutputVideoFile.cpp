@@ -38,7 +38,8 @@ void reportEnd(const char* how, const char* reason = "") noexcept {
         std::ostringstream line;
         line.imbue(std::locale::classic()); // an id is no number to be grouped
         line << "Thread " << boost::this_thread::get_id() << ": " << how << reason << "\n";
-        std::cerr << line.str() << std::flush;
+        if (line) // a stream tells in this way that it had no memory
+            std::cerr << line.str() << std::flush;
     } catch (const std::exception&) {
     }
 }
