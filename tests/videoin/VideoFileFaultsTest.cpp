@@ -13,7 +13,6 @@ extern "C" {
 
 #include <cerrno>
 #include <climits>
-#include <filesystem>
 #include <new>
 #include <string>
 
@@ -49,26 +48,21 @@ int countFrames(Ko::VideoInput& in) {
 TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing) {
     const std::string constructor = "[VideoInputVideoFile::VideoInputVideoFile]: ";
     const std::string format = "[VideoInputVideoFile::open]: Input pixel format of stream is not supported.";
-    std::string noise(5000, '\0');
-    for (std::size_t i = 0; i < noise.size(); ++i)
-        noise[i] = static_cast<char>(i * i * 2654435761u >> 13);
     std::string unknownCodec = fileBytes(good);
     for (std::size_t at = 0; (at = unknownCodec.find("FMP4", at)) != std::string::npos;)
         unknownCodec.replace(at, 4, "ZQZQ");
     const std::string soundOnly = directory / "sound.wav";
     test::encodeNumbered(soundOnly, {64, 48, 1}, "-map 0:a", "-f lavfi -i sine=d=0.2");
-    const std::string noiseFile = directory.write("noise.avi", noise);
+    const std::string noVideo = directory.write("text.avi", std::string(5000, 'a'));
     const struct {
         std::string file, message;
     } refusals[] = {
         {"missing.avi", constructor + "Failed to open missing.avi."},
         {"", constructor + "Failed to open ."},
-        {directory / "", constructor + "Failed to open " + directory / "" + "."},
-        {noiseFile, constructor + "Failed to open " + noiseFile + "."},
+        {noVideo, constructor + "Failed to open " + noVideo + "."},
         {soundOnly, constructor + "Failed to find video stream in " + soundOnly + "."},
         {directory.write("unknown.avi", unknownCodec), constructor + "avcodec_find_decoder failed."},
         {make("rgb.mkv", "-c:v ffv1 -pix_fmt bgr0"), format},
-        {make("444.mkv", "-c:v libx264 -pix_fmt yuv444p"), format},
         {make("422.mkv", "-c:v ffv1 -pix_fmt yuv422p"), format},
         {make("full.avi", "-c:v mjpeg -pix_fmt yuvj420p"), format},
     };
@@ -90,11 +84,11 @@ TEST_F(VideoFileFaults, WhatCannotBeOpenedIsRefusedWithItsReasonAndLeaksNothing)
 TEST_F(VideoFileFaults, ClosesAnyNumberOfTimesAndIsThenOfNoUse) {
     VideoInputVideoFile in;
     in.close();
-    in.open(good);
-    EXPECT_EQ(countFrames(in), 10);
-    in.open(good); // closes it
-    EXPECT_EQ(in.tell(), 0);
-    EXPECT_EQ(countFrames(in), 10);
+    for (int time = 0; time < 2; ++time) {
+        in.open(good); // closes what is open
+        EXPECT_EQ(in.tell(), 0);
+        EXPECT_EQ(countFrames(in), 10);
+    }
     in.close();
     in.close();
     EXPECT_EQ(in.tell(), 0);
@@ -110,36 +104,12 @@ TEST_F(VideoFileFaults, AForcedContainerHoldsUntilItIsLifted) {
     VideoInputVideoFile in;
     in.setFormat("matroska");
     EXPECT_THROW(in.open(good), std::runtime_error);
-    in.setFormat("");
-    in.open(good);
-    in.setFormat("matroska");
     EXPECT_EQ(thrownText<std::logic_error>([&] { in.setFormat("no such format"); }),
               "[VideoInputVideoFile::setFormat]: av_find_input_format failed.");
     in.open(good);
     in.setFormat("avi");
     in.open(good);
     EXPECT_EQ(countFrames(in), 10);
-}
-
-TEST_F(VideoFileFaults, ATruncatedFileDeliversWhatIsThereAndEnds) {
-    for (const std::string name : {"cut.avi", "cut.mkv", "cut.ts", "cut.ogv"}) {
-        SCOPED_TRACE(name);
-        const std::string file =
-            make(name, name == "cut.ogv" ? "-c:v libtheora -q:v 10" : "-c:v mpeg4 -q:v 2", {128, 96, 60});
-        std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
-        VideoInputVideoFile in(file);
-        Image frame(Ko::PF_YCC444P);
-        int count = 0;
-        for (; in.read(frame); ++count) // the last one may be half a picture
-            EXPECT_TRUE(test::frameIndex(frame) == count || count > 10);
-        EXPECT_GT(count, 10);
-        EXPECT_LT(count, 59);
-        const long last = in.tell();
-        in.setLoop(true);
-        ASSERT_TRUE(in.read(frame));
-        EXPECT_EQ(test::frameIndex(frame), 0);
-        EXPECT_LE(in.seek(0, Ko::VP_END), last);
-    }
 }
 
 TEST_F(VideoFileFaults, DamagedPacketsAreSkipped) {

@@ -38,7 +38,6 @@ const Case cases[] = {
     {{"ClosedGroupsInAvi"}, "avi", "-c:v mpeg4 -g 8 -bf 2 -flags +cgop -sc_threshold 1000000000", true},
     {{"OpenGroupsInAvi"}, "avi", "-c:v mpeg4 -g 8 -bf 2", true},
     {{"Mpeg2InAvi"}, "avi", "-c:v mpeg2video -g 8 -bf 2", true, "30000/1001"},
-    {{"Mpeg1InAviWithoutB"}, "avi", "-c:v mpeg1video -g 8", true},
     {{"H264InAvi"}, "avi", "-c:v libx264 -g 9 -bf 3", true, "30000/1001"},
     {{"H264OpenGroupsInAvi"}, "avi", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1", true},
     {{"Jpeg422InAvi"}, "avi", "-c:v mjpeg -pix_fmt yuvj422p -q:v 2", true},
@@ -50,9 +49,6 @@ const Case cases[] = {
     {{"H264InMkv"}, "mkv", "-c:v libx264 -g 9 -bf 3", false, "24"},
     {{"OneKeyFrame"}, "mkv", "-c:v libx264 -g 999 -keyint_min 999 -sc_threshold 0 -bf 3", false, "30000/1001"},
     {{"H264OpenGroupsInMkv"}, "mkv", "-c:v libx264 -g 7 -sc_threshold 0 -bf 3 -x264-params open-gop=1"},
-    {{"HourLateInMkv"}, "mkv", "-c:v mpeg4 -g 9 -output_ts_offset 3600"},
-    {{"Ffv1InMkv"}, "mkv", "-c:v ffv1", false, "15/2"},
-    {{"H264InTs"}, "ts", "-c:v libx264 -g 9 -bf 3"},
     {{"Mpeg2InTs"}, "ts", "-c:v mpeg2video -bf 2 -g 9", false, "30000/1001"},
     {{"DayLateInTs"}, "ts", "-c:v mpeg2video -g 9 -bf 2 -output_ts_offset 86400"},
     {{"StampsWrapInTs"}, "ts", "-c:v libx264 -g 9 -bf 3 -output_ts_offset 95441.5"},
@@ -61,9 +57,7 @@ const Case cases[] = {
     {{"H265InTs"}, "ts", "-c:v libx265 -g 9 -x265-params log-level=none"},
     {{"H264InMpg"}, "mpg", "-c:v libx264 -g 9 -bf 3 -qp 1 -muxdelay 0 -muxpreload 0"},
     {{"Mpeg2InMpg"}, "mpg", "-c:v mpeg2video -bf 2"}, // its length is too short by some pictures
-    {{"DayLateInMpg"}, "mpg", "-c:v mpeg2video -g 9 -bf 2 -output_ts_offset 86400"},
     {{"Vp8InWebm"}, "webm", "-c:v libvpx -g 9"},
-    {{"Vp9InWebm"}, "webm", "-c:v libvpx-vp9 -g 9 -speed 8", false, "30000/1001"},
     {{"TheoraInOgv"}, "ogv", "-c:v libtheora -g 9 -q:v 9", true},
     {{"H264InFlv"}, "flv", "-c:v libx264 -g 9 -bf 3"},
 };
@@ -98,8 +92,11 @@ std::vector<long> checkReading(VideoInputVideoFile& in, const std::vector<int>& 
     }
     in.setLoop(true);
     for (int round = 0; round < 2; ++round)
-        for (const int index : expected)
+        for (const int index : expected) {
             EXPECT_EQ(nextIndex(in), index) << "round " << round;
+            const bool atEnd = index == expected.back() && after.back() == after.front() - 1 + in.getLength();
+            EXPECT_TRUE(!atEnd || in.tell() == 0) << in.tell();
+        }
     in.setLoop(false);
     return after;
 }
@@ -167,15 +164,6 @@ TEST_P(VideoFileOf, IsReadInOrderAndSought) {
     EXPECT_EQ(in.getError() + sought.getError(), "");
 }
 
-TEST_P(VideoFileOf, LoopsWhereTheLengthEnds) {
-    VideoInputVideoFile in(file);
-    in.setLoop(true);
-    for (int i = 0; i < 2 * frameCount; ++i) {
-        EXPECT_EQ(nextIndex(in), i % frameCount);
-        EXPECT_TRUE(!GetParam().ticksAreFrames || in.tell() == (i + 1) % frameCount) << in.tell();
-    }
-}
-
 class VideoFile : public testing::Test {
 protected:
     std::string media(const std::string& name, const std::string& options, test::NumberedFrames frames = {}) const {
@@ -186,54 +174,12 @@ protected:
     const test::TempDirectory directory;
 };
 
-std::string bigEndian(long value) {
-    std::string bytes;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        bytes += static_cast<char>(value >> shift);
-    return bytes;
-}
-
-/// The bytes of an mp4 file of one track with another edit list, of durations (ms) and beginnings (media ticks).
-std::string edited(std::string mp4, const std::vector<std::pair<long, long>>& edits) {
-    const std::size_t list = mp4.find("elst") - 4;
-    const auto boxes = static_cast<long>(edits.size());
-    std::string box = bigEndian(16 + 12 * boxes) + "elst" + bigEndian(0) + bigEndian(boxes);
-    for (const auto& [duration, beginning] : edits)
-        box += bigEndian(duration) + bigEndian(beginning) + bigEndian(0x10000);
-    mp4.replace(list, 28, box);
-    for (const char* parent : {"edts", "trak", "moov"}) {
-        const std::size_t size = mp4.rfind(parent, list) - 4;
-        long value = 12 * (boxes - 1);
-        for (std::size_t i = 0; i < 4; ++i)
-            value += static_cast<long>(static_cast<unsigned char>(mp4[size + i])) << (24 - 8 * i);
-        mp4.replace(size, 4, bigEndian(value));
-    }
-    return mp4;
-}
-
-TEST_F(VideoFile, EditListsAreObeyed) {
-    const std::string whole = test::fileBytes(media("whole.mp4", "-c:v libx264 -g 9 -bf 3"));
-    constexpr long frame = 512; // ticks; the pictures begin at the second
-    auto run = [](int first, int count) {
-        return test::indices(count, first);
-    };
-    std::vector<int> two = run(0, 10);
-    for (const int index : run(20, 10))
-        two.push_back(index);
-    const struct {
-        const char* name;
-        std::vector<std::pair<long, long>> edits;
-        std::vector<int> shown;
-    } rows[] = {
-        {"end.mp4", {{800, 2 * frame}}, run(0, 20)},
-        {"begin.mp4", {{1120, 7 * frame}}, run(5, 28)},
-        {"middle.mp4", {{400, 2 * frame}, {400, 22 * frame}}, two},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        VideoInputVideoFile in(directory.write(row.name, edited(whole, row.edits)));
-        checkSeeking(in, row.shown, checkReading(in, row.shown));
-    }
+TEST_F(VideoFile, AnEditListIsObeyed) {
+    std::string mp4 = test::fileBytes(media("whole.mp4", "-c:v libx264 -g 9 -bf 3"));
+    // 800 ms from tick 3584 on, which is the sixth picture: there are 512 ticks each, from 1024 on.
+    mp4.replace(mp4.find("elst") + 12, 8, std::string("\0\0\x03\x20\0\0\x0E\0", 8));
+    VideoInputVideoFile in(directory.write("cut.mp4", mp4));
+    checkSeeking(in, test::indices(20, 5), checkReading(in, test::indices(20, 5)));
 }
 
 TEST_F(VideoFile, ACoverPictureIsNotTheVideo) {
@@ -248,42 +194,31 @@ TEST_F(VideoFile, ACoverPictureIsNotTheVideo) {
 }
 
 TEST_F(VideoFile, NamesWithAColonAreFilesWhereNoProtocolIsCalledSo) {
-    for (const char* name : {"12:30:05.avi", "cam1:front.avi"}) {
-        std::filesystem::rename(media("plain.avi", "-c:v mpeg4"), directory / name);
-        const std::filesystem::path home = std::filesystem::current_path();
-        std::filesystem::current_path(directory.path());
+    std::filesystem::rename(media("plain.avi", "-c:v mpeg4"), directory / "cam1:front.avi");
+    const std::filesystem::path home = std::filesystem::current_path();
+    std::filesystem::current_path(directory.path());
+    for (const char* name : {"cam1:front.avi", "file:cam1:front.avi"})
         EXPECT_EQ(nextIndex(*std::make_unique<VideoInputVideoFile>(name)), 0);
-        EXPECT_EQ(nextIndex(*std::make_unique<VideoInputVideoFile>(std::string("file:") + name)), 0);
-        std::filesystem::current_path(home);
-    }
-    EXPECT_THAT(
-        [] { VideoInputVideoFile in("no:such.avi"); },
-        ThrowsMessage<std::runtime_error>("[VideoInputVideoFile::VideoInputVideoFile]: Failed to open no:such.avi."));
+    std::filesystem::current_path(home);
 }
 
 TEST_F(VideoFile, PixelsArriveExactlyInTheCallersOwnMemory) {
-    const struct {
-        std::string file;
-        int width, height;
-    } rows[] = {{media("even.mkv", "-c:v ffv1"), 64, 48}, {media("odd.avi", "-c:v ffv1", {67, 49}), 67, 49}};
-    for (const auto& row : rows) {
-        VideoInputVideoFile in(row.file);
-        Image memory = test::numberedFrame(0, row.width, row.height);
-        auto at = [&](int p) -> Ko::PlaneMemory {
-            return {memory.plane[p].row(0), memory.plane[p].row(1) - memory.plane[p].row(0)};
-        };
-        Image wrapping = Ko::wrapMemory(Ko::PF_YCC420P, memory.width, memory.height, {at(0), at(1), at(2)});
-        Image owning = memory;
-        const unsigned char* data = owning.plane[0].data;
-        for (int i = 0; i < 6; ++i) {
-            Image<>& target = i % 2 == 0 ? owning : wrapping;
-            ASSERT_TRUE(in.read(target));
-            for (int p = 0; p < 3; ++p)
-                EXPECT_EQ(samples(target, p), samples(test::numberedFrame(i, row.width, row.height), p));
-        }
-        EXPECT_EQ(wrapping.plane[0].rows[1], memory.plane[0].rows[1]);
-        EXPECT_EQ(owning.plane[0].data, data) << "a frame costs no new memory";
+    VideoInputVideoFile in(media("odd.avi", "-c:v ffv1", {67, 49}));
+    Image memory = test::numberedFrame(0, 67, 49);
+    auto at = [&](int p) -> Ko::PlaneMemory {
+        return {memory.plane[p].row(0), memory.plane[p].row(1) - memory.plane[p].row(0)};
+    };
+    Image wrapping = Ko::wrapMemory(Ko::PF_YCC420P, 67, 49, {at(0), at(1), at(2)});
+    Image owning = memory;
+    const unsigned char* data = owning.plane[0].data;
+    for (int i = 0; i < 6; ++i) {
+        Image<>& target = i % 2 == 0 ? owning : wrapping;
+        ASSERT_TRUE(in.read(target));
+        for (int p = 0; p < 3; ++p)
+            EXPECT_EQ(samples(target, p), samples(test::numberedFrame(i, 67, 49), p));
     }
+    EXPECT_EQ(wrapping.plane[0].rows[1], memory.plane[0].rows[1]);
+    EXPECT_EQ(owning.plane[0].data, data) << "a frame costs no new memory";
 }
 
 TEST_F(VideoFile, AnElementaryStreamIsOnlyRewound) {

@@ -5,7 +5,8 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-/// What is allocated while one lives may leak: after its server is gone, SDL gives up the connection's memory.
+/// What is allocated while one lives may leak: after its server is gone, SDL gives up the connection's memory, and
+/// libx265 keeps some of its own.
 class LeaksAllowed {
 public:
 #if defined(__SANITIZE_ADDRESS__)

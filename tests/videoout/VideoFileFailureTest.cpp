@@ -4,6 +4,7 @@
 #include "support/Rows.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
+#include "videoout/KnownLeaks.h"
 #include "videoout/Programs.h"
 
 #include <boost/thread/thread.hpp>
@@ -56,6 +57,7 @@ TEST_F(VideoFileFailure, AWriteThatWaitsIsFreedAndThrows) {
         fails.wait();
         return AVERROR(ENOSPC);
     });
+    const LibavFault trailer(LibavCall::WriteTrailer, [](int) { return AVERROR(EIO); }); // the first reason stays
     out.setEncoder("mpeg4").setQueueSize(2).setThrowOnFailure(true);
     open("a.avi");
     for (int n = 0; n < 3; ++n) // one is the writer's, two wait
@@ -69,6 +71,7 @@ TEST_F(VideoFileFailure, AWriteThatWaitsIsFreedAndThrows) {
     EXPECT_EQ(out.getError(), cannotWrite);
     EXPECT_THAT([&] { out.write(test::numberedFrame(0)); }, ThrowsMessage<std::runtime_error>(cannotWrite));
     EXPECT_THAT([&] { out.close(); }, ThrowsMessage<std::runtime_error>(cannotWrite));
+    EXPECT_EQ(out.getError(), cannotWrite);
     EXPECT_FALSE(out.isOpened());
     EXPECT_NO_THROW(out.close());
 }
@@ -90,20 +93,9 @@ TEST_F(VideoFileFailure, OnlyCloseMayFindIt) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::MatchesRegex("Thread [0-9a-f]+: Interrupted\\.\n"));
 }
 
-TEST_F(VideoFileFailure, TheFirstReasonStays) {
-    const LibavFault packet(LibavCall::WriteFrame, [](int call) { return call == 0 ? AVERROR(EIO) : 0; });
-    const LibavFault trailer(LibavCall::WriteTrailer, [](int) { return AVERROR(EIO); });
-    out.setEncoder("mpeg4");
-    open("a.avi");
-    out.write(test::numberedFrame(0));
-    waitForError(out);
-    EXPECT_EQ(out.getError(), cannotWrite);
-    out.close();
-    EXPECT_EQ(out.getError(), cannotWrite);
-}
-
 TEST_F(VideoFileFailure, AWriterWithoutMemoryTellsItAndTheProcessLives) {
     bool refusedSome = true;
+    testing::internal::CaptureStderr();
     for (long n = 0; refusedSome; ++n) {
         SCOPED_TRACE(n);
         refusedSome = false;
@@ -133,6 +125,7 @@ TEST_F(VideoFileFailure, AWriterWithoutMemoryTellsItAndTheProcessLives) {
         EXPECT_THAT(out.getError(), testing::AnyOf(cannotWrite, "std::bad_alloc"));
         EXPECT_NO_THROW(out.setThrowOnFailure(false).close());
     }
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::MatchesRegex("(Thread [0-9a-f]+: Error: [^\n]+\n)+"));
 }
 
 TEST_F(VideoFileFailure, AFullDiskIsAnErrorAndFragmentsKeepWhatWasWritten) {
@@ -152,10 +145,8 @@ TEST_F(VideoFileFailure, AFullDiskIsAnErrorAndFragmentsKeepWhatWasWritten) {
         bool readable;
         bool fragments = false;
     } rows[] = {
-        {"full.avi", true, false}, {"full.mp4", true, false},    {"full.mkv", true, false},
-        {"full.ts", true, false},  {"full.mpg", true, false},    {"a.avi", false, true},
-        {"a.mkv", false, true},    {"a.ts", false, true},        {"a.mp4", false, false},
-        {"a.mov", false, false},   {"b.mp4", false, true, true}, {"b.mov", false, true, true},
+        {"full.mkv", true, false}, {"a.avi", false, true},       {"a.ts", false, true},
+        {"a.mp4", false, false},   {"b.mp4", false, true, true}, {"b.mov", false, true, true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -181,17 +172,8 @@ TEST_F(VideoFileFailure, AFullDiskIsAnErrorAndFragmentsKeepWhatWasWritten) {
     setrlimit(RLIMIT_FSIZE, &before);
 }
 
-TEST_F(VideoFileFailure, AnEncoderThatWaitsForAPictureIsClosedWithoutOne) {
-    VideoOutputVideoFile sink;
-    sink.setEncoder("libsvtav1");
-    EXPECT_THROW(sink.open(64, 64, folder / "missing/a.mp4", rate, 500000), std::runtime_error);
-    sink.close();
-    sink.open(64, 64, folder / "a.mkv", rate, 500000);
-    sink.close();
-    EXPECT_EQ(sink.getError(), "");
-}
-
 TEST_F(VideoFileFailure, EncodersAreSilent) {
+    const LeaksAllowed byLibx265;
     testing::internal::CaptureStderr();
     out.setEncoder("libx265");
     open("a.mkv");
@@ -218,9 +200,7 @@ const char* const noFile = "[VideoOutputVideoFile::open]: url_fopen failed to op
 
 const Refusal refusals[] = {
     {{"NoName"}, "", "", noFormat},
-    {{"UnknownExtension"}, "a.nosuch", "", noFormat},
     {{"NoVideoInContainer"}, "a.wav", "", "[VideoOutputVideoFile::open]: avcodec_find_encoder failed."},
-    {{"Gif"}, "a.gif", "", not420, rate, 64, true},
     {{"NotPlanarFirst"}, "a.avi", "rawvideo", not420, rate, 64, true},
     {{"SoundEncoder"}, "a.avi", "aac", not420, rate, 64, true},
     {{"RateOfNoFilm"}, "a.mpg", "", noEncoder, {15, 2}},
@@ -233,12 +213,9 @@ const Refusal refusals[] = {
     {{"NameOfAFolder"}, "folder.avi", "", noFile},
     {{"RefusedByTheContainer"}, "a.webm", "mpeg4", noHeader},
     {{"NoCodeInAvi"}, "a.avi", "libx265", noHeader},
-    {{"NoCodeInAviEither"}, "a.avi", "rv10", noHeader},
     {{"NoCodeInTs"}, "a.ts", "libvpx", noHeader},
     {{"NoCodeInM2ts"}, "a.m2ts", "vc2", noHeader},
-    {{"NoCodeInMpg"}, "a.mpg", "ffv1", noHeader},
     {{"TooFastForMkv"}, "a.mkv", "mpeg4", noRate, {1001, 1}},
-    {{"TooFastForFlv"}, "a.flv", "flv", noRate, {2000, 1}},
     {{"TooFineForMp4"}, "a.mp4", "libx264", noRate, {2147483647, 2147483646}},
 };
 
