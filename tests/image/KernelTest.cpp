@@ -6,12 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <random>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -19,168 +20,124 @@ namespace {
 using Ko::KernelLevel;
 using Ko::RowKernels;
 using Byte = unsigned char;
-using Targets = std::vector<Byte*>;
-using Sources = std::vector<const Byte*>;
 
-/// A kernel with the bytes that one of its n takes in each row.
-struct Kernel {
-    const char* name;
-    std::vector<std::size_t> targetBytes;
-    std::vector<std::size_t> sourceBytes;
-    void (*run)(const RowKernels& k, const Targets& d, const Sources& s, std::size_t n);
-};
-
-#define ARGS const RowKernels &k, const Targets &d, const Sources &s, std::size_t n
-#define ONE_TO_THREE(name)                                                                                             \
-    [](ARGS) {                                                                                                         \
-        k.name(d[0], d[1], d[2], s[0], n);                                                                             \
-    }
-#define THREE_TO_ONE(name)                                                                                             \
-    [](ARGS) {                                                                                                         \
-        k.name(d[0], s[0], s[1], s[2], n);                                                                             \
-    }
-#define ONE_TO_ONE(name)                                                                                               \
-    [](ARGS) {                                                                                                         \
-        k.name(d[0], s[0], n);                                                                                         \
-    }
-#define TWO_TO_ONE(name)                                                                                               \
-    [](ARGS) {                                                                                                         \
-        k.name(d[0], s[0], s[1], n);                                                                                   \
-    }
-#define IN_PLACE(name)                                                                                                 \
-    [](const RowKernels& k, const Targets& d, const Sources&, std::size_t n) {                                         \
-        k.name(d[0], n);                                                                                               \
-    }
-
-const std::vector<Kernel>& kernels() {
-    static const std::vector<Kernel> all = {
-        {"rgbToYcc", {1, 1, 1}, {3}, ONE_TO_THREE(rgbToYcc)},
-        {"bgrToYcc", {1, 1, 1}, {3}, ONE_TO_THREE(bgrToYcc)},
-        {"rgbxToYcc", {1, 1, 1}, {4}, ONE_TO_THREE(rgbxToYcc)},
-        {"rgbaToYcca",
-         {1, 1, 1, 1},
-         {4},
-         [](ARGS) {
-             k.rgbaToYcca(d[0], d[1], d[2], d[3], s[0], n);
-         }},
-        {"yccToRgb", {3}, {1, 1, 1}, THREE_TO_ONE(yccToRgb)},
-        {"lumaToStudio", {1}, {1}, ONE_TO_ONE(lumaToStudio)},
-        {"lumaToFull", {1}, {1}, ONE_TO_ONE(lumaToFull)},
-        {"jfifToYcc", {1, 1, 1}, {3}, ONE_TO_THREE(jfifToYcc)},
-        {"yccToJfif", {3}, {1, 1, 1}, THREE_TO_ONE(yccToJfif)},
-        {"chromaToStudioDoubled", {2}, {1}, ONE_TO_ONE(chromaToStudioDoubled)},
-        {"meanOfBlocks", {1}, {2, 2}, TWO_TO_ONE(meanOfBlocks)},
-        {"meanOfBlocksTruncated", {1}, {2, 2}, TWO_TO_ONE(meanOfBlocksTruncated)},
-        {"doubled", {2}, {1}, ONE_TO_ONE(doubled)},
-        {"yuy2ToYcc", {2, 2, 2}, {4}, ONE_TO_THREE(yuy2ToYcc)},
-        {"yccToYuy2", {4}, {2, 2, 2}, THREE_TO_ONE(yccToYuy2)},
-        {"mirrorBytes", {1}, {1}, ONE_TO_ONE(mirrorBytes)},
-        {"mirrorTriples", {3}, {3}, ONE_TO_ONE(mirrorTriples)},
-        {"mirrorBytesInPlace", {1}, {}, IN_PLACE(mirrorBytesInPlace)},
-        {"mirrorTriplesInPlace", {3}, {}, IN_PLACE(mirrorTriplesInPlace)},
-        {"swapRows",
-         {1, 1},
-         {},
-         [](const RowKernels& k, const Targets& d, const Sources&, std::size_t n) {
-             k.swapRows(d[0], d[1], n);
-         }},
-    };
-    return all;
-}
+constexpr std::size_t longest = 2200;
 
 /// Memory between two pages that must not be touched.
 class FencedBytes {
 public:
-    explicit FencedBytes(std::size_t size)
-        : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE)))
-        , size_((size + page_ - 1) / page_ * page_) {
-        void* all = mmap(nullptr, size_ + 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (all == MAP_FAILED)
+    FencedBytes()
+        : all(static_cast<Byte*>(
+              mmap(nullptr, size + 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+        if (all == MAP_FAILED || mprotect(all, page, PROT_NONE) || mprotect(end(), page, PROT_NONE))
             throw std::bad_alloc();
-        base_ = static_cast<Byte*>(all);
-        mprotect(base_, page_, PROT_NONE);
-        mprotect(end(), page_, PROT_NONE);
     }
-    ~FencedBytes() { munmap(base_, size_ + 2 * page_); }
+    ~FencedBytes() { munmap(all, size + 2 * page); }
     FencedBytes(const FencedBytes&) = delete;
     FencedBytes& operator=(const FencedBytes&) = delete;
-    Byte* begin() { return base_ + page_; }
-    std::size_t size() const { return size_; }
-    Byte* end() { return base_ + page_ + size_; }
+    Byte* begin() const { return all + page; }
+    Byte* end() const { return begin() + size; }
+
+    static constexpr std::size_t page = 4096;
+    static constexpr std::size_t size = 3 * page;
 
 private:
-    std::size_t page_;
-    std::size_t size_;
-    Byte* base_;
+    Byte* all;
 };
-
-/// Where a row lies: `offset` bytes from the fence in front of it, or before the one behind it.
-struct Place {
-    bool atEnd;
-    std::size_t offset;
-};
-
-constexpr std::size_t longest = 2200;
-constexpr std::size_t room = 4 * longest + 128;
+static_assert(4 * longest + 128 <= FencedBytes::size, "the widest row fits");
 
 class KernelLevels : public testing::TestWithParam<KernelLevel> {
 protected:
     void SetUp() override {
         if (!Ko::kernelsOf(GetParam()))
             GTEST_SKIP() << "this processor does not have the level";
+        for (auto* all : {sourceRows, wantedRows})
+            for (std::size_t i = 0; i < 4; ++i)
+                for (Byte& b : all[i]) {
+                    const auto r = random();
+                    b = r % 8 == 0 ? Byte{0} : r % 8 == 1 ? Byte{255} : static_cast<Byte>(r >> 8);
+                }
     }
     const RowKernels& fast() const { return *Ko::kernelsOf(GetParam()); }
+
+    /// A kernel takes rows to write, then rows to read, then n.
+    /// @param bytes what one of its n takes in each row
+    template <class... P>
+    void compare(const char* name, void (*RowKernels::*kernel)(P...), const std::vector<std::size_t>& bytes) {
+        ++compared;
+        constexpr std::size_t targets = (std::is_same_v<P, Byte*> + ...);
+        for (const std::size_t n : sizes)
+            for (const int place : {0, 1, 7, 32, ~0, ~13, ~63}) { // from the fence in front, or before the one behind
+                Byte* wanted[sizeof...(P)] = {};
+                Byte* written[sizeof...(P)] = {};
+                for (std::size_t i = 0; i < bytes.size(); ++i) {
+                    const std::size_t at = place >= 0 ? place : FencedBytes::size - ~place - n * bytes[i];
+                    if (i >= targets) {
+                        wanted[i] = written[i] = sourceRows[i - targets].begin() + at;
+                        continue;
+                    }
+                    for (Byte& b : wantedRows[i])
+                        b = static_cast<Byte>(~b); // what an earlier run left must not look like a result of this one
+                    std::copy(wantedRows[i].begin(), wantedRows[i].end(), gotRows[i].begin());
+                    wanted[i] = wantedRows[i].begin() + at;
+                    written[i] = gotRows[i].begin() + at;
+                }
+                run(Ko::portableKernels.*kernel, wanted, n, std::index_sequence_for<P...>());
+                run(fast().*kernel, written, n, std::index_sequence_for<P...>());
+                for (std::size_t i = 0; i < targets; ++i)
+                    ASSERT_TRUE(std::equal(wantedRows[i].begin(), wantedRows[i].end(), gotRows[i].begin()))
+                        << name << " target " << i << " n " << n << " place " << place;
+            }
+    }
+
+    std::size_t compared = 0;
+
+private:
+    template <class... P, std::size_t... i>
+    static void run(void (*kernel)(P...), Byte* const* rows, std::size_t n, std::index_sequence<i...>) {
+        const auto argument = [&](auto* parameter, std::size_t index) {
+            if constexpr (std::is_same_v<decltype(parameter), std::size_t*>)
+                return n;
+            else
+                return rows[index];
+        };
+        kernel(argument(static_cast<P*>(nullptr), i)...);
+    }
+
+    static std::vector<std::size_t> allSizes() {
+        std::vector<std::size_t> all = {255, 256, 1023, 1024, 1025, 1087, longest};
+        for (std::size_t n = 0; n <= 130; ++n)
+            all.push_back(n);
+        return all;
+    }
+
+    const std::vector<std::size_t> sizes = allSizes();
+    std::mt19937 random{7};
+    FencedBytes sourceRows[4], wantedRows[4], gotRows[4];
 };
 
 TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
-    std::mt19937 random(7);
-    const auto fill = [&](FencedBytes& bytes) {
-        for (Byte* b = bytes.begin(); b != bytes.end(); ++b) {
-            const auto r = random();
-            *b = r % 8 == 0 ? Byte{0} : r % 8 == 1 ? Byte{255} : static_cast<Byte>(r >> 8);
-        }
-    };
-    FencedBytes source[3] = {FencedBytes(room), FencedBytes(room), FencedBytes(room)};
-    FencedBytes expected[4] = {FencedBytes(room), FencedBytes(room), FencedBytes(room), FencedBytes(room)};
-    FencedBytes got[4] = {FencedBytes(room), FencedBytes(room), FencedBytes(room), FencedBytes(room)};
-    for (auto& bytes : source)
-        fill(bytes);
-    for (auto& bytes : expected)
-        fill(bytes);
-
-    std::vector<std::size_t> sizes;
-    for (std::size_t n = 0; n <= 130; ++n)
-        sizes.push_back(n);
-    sizes.insert(sizes.end(), {255, 256, 1023, 1024, 1025, 1087, longest});
-    ASSERT_EQ(kernels().size(), sizeof(RowKernels) / sizeof(void (*)())) << "a kernel is not compared";
-    const Place places[] = {{false, 0}, {true, 0}, {false, 1}, {false, 7}, {true, 13}, {false, 32}, {true, 63}};
-
-    for (const Kernel& kernel : kernels())
-        for (const std::size_t n : sizes)
-            for (const Place& place : places) {
-                const auto at = [&](FencedBytes& bytes, std::size_t size) {
-                    return place.atEnd ? bytes.end() - place.offset - size : bytes.begin() + place.offset;
-                };
-                Sources sources;
-                for (std::size_t i = 0; i < kernel.sourceBytes.size(); ++i)
-                    sources.push_back(at(source[i], n * kernel.sourceBytes[i]));
-                Targets wanted;
-                Targets written;
-                for (std::size_t i = 0; i < kernel.targetBytes.size(); ++i) {
-                    // What an earlier run left must not look like a result of this one.
-                    for (Byte* b = expected[i].begin(); b != expected[i].end(); ++b)
-                        *b = static_cast<Byte>(~*b);
-                    std::memcpy(got[i].begin(), expected[i].begin(), got[i].size());
-                    wanted.push_back(at(expected[i], n * kernel.targetBytes[i]));
-                    written.push_back(at(got[i], n * kernel.targetBytes[i]));
-                }
-                kernel.run(Ko::portableKernels, wanted, sources, n);
-                kernel.run(fast(), written, sources, n);
-                for (std::size_t i = 0; i < kernel.targetBytes.size(); ++i)
-                    ASSERT_EQ(std::memcmp(expected[i].begin(), got[i].begin(), got[i].size()), 0)
-                        << kernel.name << " target " << i << " n " << n << (place.atEnd ? " end -" : " begin +")
-                        << place.offset;
-            }
+    compare("rgbToYcc", &RowKernels::rgbToYcc, {1, 1, 1, 3});
+    compare("bgrToYcc", &RowKernels::bgrToYcc, {1, 1, 1, 3});
+    compare("rgbxToYcc", &RowKernels::rgbxToYcc, {1, 1, 1, 4});
+    compare("rgbaToYcca", &RowKernels::rgbaToYcca, {1, 1, 1, 1, 4});
+    compare("yccToRgb", &RowKernels::yccToRgb, {3, 1, 1, 1});
+    compare("lumaToStudio", &RowKernels::lumaToStudio, {1, 1});
+    compare("lumaToFull", &RowKernels::lumaToFull, {1, 1});
+    compare("jfifToYcc", &RowKernels::jfifToYcc, {1, 1, 1, 3});
+    compare("yccToJfif", &RowKernels::yccToJfif, {3, 1, 1, 1});
+    compare("chromaToStudioDoubled", &RowKernels::chromaToStudioDoubled, {2, 1});
+    compare("meanOfBlocks", &RowKernels::meanOfBlocks, {1, 2, 2});
+    compare("meanOfBlocksTruncated", &RowKernels::meanOfBlocksTruncated, {1, 2, 2});
+    compare("doubled", &RowKernels::doubled, {2, 1});
+    compare("yuy2ToYcc", &RowKernels::yuy2ToYcc, {2, 2, 2, 4});
+    compare("yccToYuy2", &RowKernels::yccToYuy2, {4, 2, 2, 2});
+    compare("mirrorBytes", &RowKernels::mirrorBytes, {1, 1});
+    compare("mirrorTriples", &RowKernels::mirrorTriples, {3, 3});
+    compare("mirrorBytesInPlace", &RowKernels::mirrorBytesInPlace, {1});
+    compare("mirrorTriplesInPlace", &RowKernels::mirrorTriplesInPlace, {3});
+    compare("swapRows", &RowKernels::swapRows, {1, 1});
+    EXPECT_EQ(compared, sizeof(RowKernels) / sizeof(void (*)())) << "a kernel is not compared";
 }
 
 TEST_P(KernelLevels, MapRangesInPlace) {
@@ -230,35 +187,19 @@ TEST_P(KernelLevels, ConvertWithinTheSameMemoryAsThePortableOnes) {
 
 TEST_P(KernelLevels, ComputeBothMatricesForAllTriples) {
     constexpr std::size_t n = 1 << 16;
-    std::vector<Byte> first(n);
-    std::vector<Byte> second(n);
-    std::vector<Byte> third(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        second[i] = static_cast<Byte>(i >> 8);
-        third[i] = static_cast<Byte>(i);
-    }
-    std::vector<Byte> packed(3 * n);
-    std::vector<Byte> expected(3 * n);
-    std::vector<Byte> got(3 * n);
+    std::vector<Byte> planes(3 * n), packed(3 * n), wanted(3 * n), written(3 * n);
     for (int v = 0; v < 256; ++v) {
-        first.assign(n, static_cast<Byte>(v));
         for (std::size_t i = 0; i < n; ++i) {
-            packed[3 * i] = first[i];
-            packed[3 * i + 1] = second[i];
-            packed[3 * i + 2] = third[i];
+            const Byte triple[] = {static_cast<Byte>(v), static_cast<Byte>(i >> 8), static_cast<Byte>(i)};
+            for (std::size_t p = 0; p < 3; ++p)
+                planes[p * n + i] = packed[3 * i + p] = triple[p];
         }
-        const auto encode = [&](const RowKernels& kernels, std::vector<Byte>& to) {
-            kernels.rgbToYcc(&to[0], &to[n], &to[2 * n], packed.data(), n);
-        };
-        const auto decode = [&](const RowKernels& kernels, std::vector<Byte>& to) {
-            kernels.yccToRgb(to.data(), first.data(), second.data(), third.data(), n);
-        };
-        encode(Ko::portableKernels, expected);
-        encode(fast(), got);
-        ASSERT_EQ(expected, got) << "R " << v;
-        decode(Ko::portableKernels, expected);
-        decode(fast(), got);
-        ASSERT_EQ(expected, got) << "Y' " << v;
+        Ko::portableKernels.rgbToYcc(&wanted[0], &wanted[n], &wanted[2 * n], packed.data(), n);
+        fast().rgbToYcc(&written[0], &written[n], &written[2 * n], packed.data(), n);
+        ASSERT_EQ(wanted, written) << "R " << v;
+        Ko::portableKernels.yccToRgb(wanted.data(), &planes[0], &planes[n], &planes[2 * n], n);
+        fast().yccToRgb(written.data(), &planes[0], &planes[n], &planes[2 * n], n);
+        ASSERT_EQ(wanted, written) << "Y' " << v;
     }
 }
 
