@@ -50,20 +50,6 @@ std::string description(int status) {
     }
 }
 
-/// Whether the call at whose entry a thread stands is to fail.
-class Counter {
-public:
-    Counter(const FailingCall& call, int nth)
-        : numbers(call.numbers)
-        , left(nth) {}
-    bool hits(long number) { return std::find(numbers.begin(), numbers.end(), number) != numbers.end() && --left == 0; }
-    bool reached() const { return left <= 0; }
-
-private:
-    const std::vector<long>& numbers;
-    int left;
-};
-
 void setRegister(pid_t thread, std::size_t offset, long value) {
     ptrace(PTRACE_POKEUSER, thread, offset, value);
 }
@@ -81,7 +67,9 @@ FaultOutcome withFailingCall(const FailingCall& call, int nth, const std::functi
     ptrace(PTRACE_SETOPTIONS, process, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACECLONE | PTRACE_O_EXITKILL);
     ptrace(PTRACE_SYSCALL, process, nullptr, nullptr);
 
-    Counter counter(call, nth);
+    const auto counts = [&](auto number) {
+        return std::find(call.numbers.begin(), call.numbers.end(), static_cast<long>(number)) != call.numbers.end();
+    };
     std::set<pid_t> failing;
     for (;;) {
         const pid_t thread = waitpid(-1, &status, __WALL);
@@ -89,14 +77,14 @@ FaultOutcome withFailingCall(const FailingCall& call, int nth, const std::functi
             throw std::runtime_error("the process is lost");
         if (WIFEXITED(status) || WIFSIGNALED(status)) {
             if (thread == process)
-                return {counter.reached(), description(status)};
+                return {nth <= 0, description(status)};
             continue;
         }
         long signal = 0;
         if (WSTOPSIG(status) == (SIGTRAP | 0x80)) {
             __ptrace_syscall_info info{};
             ptrace(PTRACE_GET_SYSCALL_INFO, thread, sizeof info, &info);
-            if (info.op == PTRACE_SYSCALL_INFO_ENTRY && counter.hits(static_cast<long>(info.entry.nr))) {
+            if (info.op == PTRACE_SYSCALL_INFO_ENTRY && counts(info.entry.nr) && --nth == 0) {
                 setRegister(thread, offsetof(user_regs_struct, orig_rax), -1);
                 failing.insert(thread);
             } else if (info.op == PTRACE_SYSCALL_INFO_EXIT && failing.erase(thread) != 0) {

@@ -51,33 +51,36 @@ struct Operation : Row {
     }; ///< Whether what was done without a refusal is right.
 };
 
-template <void (*read)(Image&, const std::string&), Ko::PIXEL_FORMAT format>
-void readStill() {
-    Image im = randomImage(format, 3, 2);
-    const Image before = im;
-    try {
-        read(im, directory() / "still");
-    } catch (const std::exception&) {
-        require(difference(im, before).empty());
-        throw;
-    }
-    require(im.width == 40 && im.height == 30);
+template <auto write, auto read, Ko::PIXEL_FORMAT exchanged, Ko::PIXEL_FORMAT wanted = exchanged>
+Operation reading(const char* name) {
+    const auto prepare = [] {
+        write(directory() / "still", randomImage(exchanged, 40, 30));
+    };
+    return {{name}, prepare, [] {
+                Image im = randomImage(wanted, 3, 2);
+                const Image before = im;
+                try {
+                    read(im, directory() / "still");
+                } catch (const std::exception&) {
+                    require(difference(im, before).empty());
+                    throw;
+                }
+                require(im.width == 40 && im.height == 30);
+            }};
 }
 
-template <void (*write)(const std::string&, const Image&), Ko::PIXEL_FORMAT format>
-void makeStill() {
-    write(directory() / "still", randomImage(format, 40, 30));
-    write(directory() / "expected", randomImage(format, 40, 30));
-    directory().write("written", std::string(20000, 'x'));
-}
-
-template <void (*write)(const std::string&, const Image&), Ko::PIXEL_FORMAT format>
-void writeStill() {
-    write(directory() / "written", randomImage(format, 40, 30));
-}
-
-bool stillIsWritten() {
-    return fileBytes(directory() / "written") == fileBytes(directory() / "expected");
+template <auto write, Ko::PIXEL_FORMAT format>
+Operation writing(const char* name) {
+    const auto prepare = [] {
+        write(directory() / "expected", randomImage(format, 40, 30));
+        directory().write("written", std::string(20000, 'x'));
+    };
+    return {{name},
+            prepare,
+            [] { write(directory() / "written", randomImage(format, 40, 30)); },
+            [] {
+                return fileBytes(directory() / "written") == fileBytes(directory() / "expected");
+            }};
 }
 
 void loadFont() {
@@ -139,29 +142,16 @@ class SystemCalls : public testing::TestWithParam<Operation> {};
 
 INSTANTIATE_TEST_SUITE_P(
     All, SystemCalls,
-    testing::Values(
-        Operation{{"ReadPpm"}, makeStill<Ko::writePpmImage, Ko::PF_RGB>, readStill<Ko::readPpmImage, Ko::PF_RGB>},
-        Operation{{"ReadPgm"}, makeStill<Ko::writePgmImage, Ko::PF_Y>, readStill<Ko::readPgmImage, Ko::PF_YCC444P>},
-        Operation{{"ReadPng"}, makeStill<Ko::writePngImage, Ko::PF_RGB>, readStill<Ko::readPngImage, Ko::PF_YCC444P>},
-        Operation{{"ReadJpeg"}, makeStill<Ko::writeJpegImage, Ko::PF_JFIF>, readStill<Ko::readJpegImage, Ko::PF_JFIF>},
-        Operation{{"WritePpm"},
-                  makeStill<Ko::writePpmImage, Ko::PF_RGB>,
-                  writeStill<Ko::writePpmImage, Ko::PF_RGB>,
-                  stillIsWritten},
-        Operation{{"WritePgm"},
-                  makeStill<Ko::writePgmImage, Ko::PF_Y>,
-                  writeStill<Ko::writePgmImage, Ko::PF_Y>,
-                  stillIsWritten},
-        Operation{{"WritePng"},
-                  makeStill<Ko::writePngImage, Ko::PF_RGB>,
-                  writeStill<Ko::writePngImage, Ko::PF_RGB>,
-                  stillIsWritten},
-        Operation{{"WriteJpeg"},
-                  makeStill<Ko::writeJpegImage, Ko::PF_JFIF>,
-                  writeStill<Ko::writeJpegImage, Ko::PF_JFIF>,
-                  stillIsWritten},
-        Operation{{"Font"}, makeFont, loadFont}, Operation{{"Sequence"}, makeSequence, readSequence},
-        Operation{{"ReadVideo"}, makeVideo, readVideo}, Operation{{"WriteVideo"}, [] {}, writeVideo, videoIsWritten}),
+    testing::Values(reading<Ko::writePpmImage, Ko::readPpmImage, Ko::PF_RGB>("ReadPpm"),
+                    reading<Ko::writePgmImage, Ko::readPgmImage, Ko::PF_Y, Ko::PF_YCC444P>("ReadPgm"),
+                    reading<Ko::writePngImage, Ko::readPngImage, Ko::PF_RGB, Ko::PF_YCC444P>("ReadPng"),
+                    reading<Ko::writeJpegImage, Ko::readJpegImage, Ko::PF_JFIF>("ReadJpeg"),
+                    writing<Ko::writePpmImage, Ko::PF_RGB>("WritePpm"),
+                    writing<Ko::writePgmImage, Ko::PF_Y>("WritePgm"),
+                    writing<Ko::writePngImage, Ko::PF_RGB>("WritePng"),
+                    writing<Ko::writeJpegImage, Ko::PF_JFIF>("WriteJpeg"), Operation{{"Font"}, makeFont, loadFont},
+                    Operation{{"Sequence"}, makeSequence, readSequence}, Operation{{"ReadVideo"}, makeVideo, readVideo},
+                    Operation{{"WriteVideo"}, [] {}, writeVideo, videoIsWritten}),
     rowName);
 
 TEST_P(SystemCalls, EachFailingInTurnIsRefusedOrSurvived) {

@@ -10,9 +10,6 @@ namespace {
 using Array = Ko::Array2D<unsigned char>;
 using test::thrownText;
 
-constexpr const char* resizeText = "[Array2D<T>::resize]: Noalloc and trying to resize.";
-constexpr const char* assignText = "[Array2D<T>::operator=]: Noalloc and trying to resize.";
-
 /// A noalloc array over memory of its own, with the sample at (x, y) being 10 * y + x.
 struct Wrapped {
     Wrapped(unsigned w, unsigned h)
@@ -49,10 +46,7 @@ TEST(Array2D, RowsAreDenseAndTheViewIsWhole) {
         ASSERT_EQ(a.subarrays.size(), 1u);
         EXPECT_EQ(a.subarrays[0].width, w);
         EXPECT_EQ(a.subarrays[0].height, h);
-        a.subarrays.push_back({1, 1, 1, 1}); // a view, which the next resize takes back
-        for (unsigned y = 0; y < h; ++y)
-            ++a.rows[y];
-        a.view = a.rows + 1;
+        test::beginAt(a, 1, 1); // which the next resize takes back
     }
 }
 
@@ -102,8 +96,9 @@ TEST(Array2D, NoallocResizeRefusesOnlyWhenBothDimensionsDiffer) {
     w.array.resize(8, 3);
     w.array.resize(4, 6);
     w.array.resize(8, 6);
-    EXPECT_EQ(thrownText<std::logic_error>([&] { w.array.resize(4, 3); }), resizeText);
-    EXPECT_EQ(thrownText<std::logic_error>([&] { w.array.resize(0xFFFFFFFF, 0xFFFFFFFF); }), resizeText);
+    for (const auto& [width, height] : {std::pair{4u, 3u}, {0xFFFFFFFF, 0xFFFFFFFF}})
+        EXPECT_EQ(thrownText<std::logic_error>([&, x = width, y = height] { w.array.resize(x, y); }),
+                  "[Array2D<T>::resize]: Noalloc and trying to resize.");
     EXPECT_EQ(w.array.rows, rows);
     EXPECT_EQ(w.array.width, 8u);
     EXPECT_EQ(w.array.view[2], w.memory.data() + 16);
@@ -111,10 +106,7 @@ TEST(Array2D, NoallocResizeRefusesOnlyWhenBothDimensionsDiffer) {
 
 TEST(Array2D, CopiesOwnTheirSamplesAndKeepTheView) {
     Wrapped w(8, 6);
-    w.array.subarrays.push_back({4, 3, 2, 1});
-    for (unsigned y = 0; y < 6; ++y)
-        w.array.rows[y] += 2;
-    w.array.view = w.array.rows + 1;
+    test::beginAt(w.array, 2, 1);
 
     const Array copy(w.array);
     EXPECT_TRUE(copy.alloc);
@@ -140,7 +132,8 @@ TEST(Array2D, CopiesOwnTheirSamplesAndKeepTheView) {
     EXPECT_EQ(target.array.rows[0], target.memory.data() + 2);
 
     Wrapped other(8, 5);
-    EXPECT_EQ(thrownText<std::logic_error>([&] { other.array = assigned; }), assignText);
+    EXPECT_EQ(thrownText<std::logic_error>([&] { other.array = assigned; }),
+              "[Array2D<T>::operator=]: Noalloc and trying to resize.");
     EXPECT_EQ(other.array.subarrays.size(), 1u);
 
     auto& self = assigned;

@@ -63,6 +63,7 @@ struct Format : test::Row {
     Ko::PIXEL_FORMAT exchanged; ///< What is written without a conversion.
     Ko::PIXEL_FORMAT refused;   ///< What cannot be written.
     const char* leftByRefusal;  ///< In a file that held "something older", for an image of 3 x 1.
+    const char* empty;          ///< What writing an image without pixels says, or the file that it makes.
 };
 
 class StillFormats : public testing::TestWithParam<Format> {
@@ -79,10 +80,23 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(
     All, StillFormats,
-    testing::Values(Format{{"Ppm"}, Ko::readPpmImage, Ko::writePpmImage, Ko::PF_RGB, Ko::PF_Y, "P6 3 1 255\n"},
-                    Format{{"Pgm"}, Ko::readPgmImage, Ko::writePgmImage, Ko::PF_Y, Ko::PF_RGB, "P5 3 1 255\n"},
-                    Format{{"Png"}, Ko::readPngImage, Ko::writePngImage, Ko::PF_RGB, Ko::PF_Y, "something older"},
-                    Format{{"Jpeg"}, Ko::readJpegImage, Ko::writeJpegImage, Ko::PF_JFIF, Ko::PF_Y, "something older"}),
+    testing::Values(
+        Format{{"Ppm"}, Ko::readPpmImage, Ko::writePpmImage, Ko::PF_RGB, Ko::PF_Y, "P6 3 1 255\n", "P6 0 0 255\n"},
+        Format{{"Pgm"}, Ko::readPgmImage, Ko::writePgmImage, Ko::PF_Y, Ko::PF_RGB, "P5 3 1 255\n", "P5 0 0 255\n"},
+        Format{{"Png"},
+               Ko::readPngImage,
+               Ko::writePngImage,
+               Ko::PF_RGB,
+               Ko::PF_Y,
+               "something older",
+               "writePngImage: png_error called."},
+        Format{{"Jpeg"},
+               Ko::readJpegImage,
+               Ko::writeJpegImage,
+               Ko::PF_JFIF,
+               Ko::PF_Y,
+               "something older",
+               "[writeJpegImage]: libjpeg failed. (Empty JPEG image (DNL not supported))"}),
     test::rowName);
 
 TEST_P(StillFormats, WhatCannotBeOpenedIsNamedWithTheSystemsReason) {
@@ -120,6 +134,12 @@ TEST_P(StillFormats, ARefusedImageCostsNoGoodFile) {
                                                 fmt2string(GetParam().refused) + " to " +
                                                 fmt2string(GetParam().exchanged) + "."));
     EXPECT_EQ(fileBytes(path), GetParam().leftByRefusal);
+    // Nothing is left of an image without pixels, unless the format has such files.
+    const Image empty(GetParam().exchanged);
+    const bool refused = GetParam().empty[0] != 'P';
+    EXPECT_EQ(thrownText<std::runtime_error>([&] { GetParam().write(path, empty); }),
+              refused ? GetParam().empty : "nothing thrown");
+    EXPECT_EQ(fileBytes(path), refused ? GetParam().leftByRefusal : GetParam().empty);
     // What is shorter leaves nothing of the longer behind.
     directory.write("a", std::string(100000, 'x'));
     GetParam().write(path, randomImage(GetParam().exchanged, 3, 3));
@@ -128,20 +148,28 @@ TEST_P(StillFormats, ARefusedImageCostsNoGoodFile) {
     EXPECT_EQ(longerBefore, fileBytes(directory.file("fresh")));
 }
 
+TEST_P(StillFormats, ARefusedConversionComesAfterTheResize) {
+    GetParam().write(directory.file("a"), randomImage(GetParam().exchanged, 6, 4));
+    Image im = randomImage(Ko::PF_BGR, 3, 2);
+    WrappedImage wrapped(Ko::PF_BGR, 9, 9);
+    EXPECT_THAT([&] { GetParam().read(im, directory.file("a")); },
+                ThrowsMessage<std::logic_error>("[convertIm]: Don't know how to convert from " +
+                                                fmt2string(GetParam().exchanged) + " to PF_BGR (Packed BGR)."));
+    EXPECT_EQ(std::pair(im.plane[0].width, im.plane[0].height), std::pair(18u, 4u));
+    EXPECT_THROW(GetParam().read(wrapped.im, directory.file("a")), std::logic_error);
+    EXPECT_EQ(wrapped.im.plane[0].alloc, GetParam().empty[0] != 'P'); // only pixmaps keep to foreign memory
+    EXPECT_TRUE(wrapped.intact());
+}
+
 TEST_P(StillFormats, AViewIsWrittenFromWhereItBegins) {
-    constexpr unsigned x0 = 2, y0 = 1, width = 9, height = 5;
     const unsigned bytes = GetParam().exchanged == Ko::PF_Y ? 1 : 3;
-    Image seen = randomImage(GetParam().exchanged, width, height);
+    Image seen = randomImage(GetParam().exchanged, 9, 5);
     // What lies outside of the view is missing, hence 0.
     Image expected = seen;
     fill(expected, 0);
-    for (unsigned y = y0; y < height; ++y)
-        std::copy_n(seen.plane[0].view[y] + x0 * bytes, (width - x0) * bytes, expected.plane[0].view[y - y0]);
-    auto& plane = seen.plane[0];
-    plane.subarrays.push_back({(width - x0) * bytes, height - y0, x0 * bytes, y0});
-    for (unsigned y = 0; y < height; ++y)
-        plane.rows[y] += x0 * bytes;
-    plane.view = plane.rows + y0;
+    for (unsigned y = 1; y < 5; ++y)
+        std::copy_n(seen.plane[0].view[y] + 2 * bytes, 7 * bytes, expected.plane[0].view[y - 1]);
+    beginAt(seen.plane[0], 2 * bytes, 1);
     GetParam().write(directory.file("view"), seen);
     GetParam().write(directory.file("whole"), expected);
     EXPECT_TRUE(fileBytes(directory.file("view")) == fileBytes(directory.file("whole")));

@@ -3,15 +3,11 @@
 #include "support/ConversionOracle.h"
 #include "support/TempDirectory.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <stdexcept>
 
 namespace {
 
 using namespace test;
-using testing::ThrowsMessage;
 
 const std::string notice = "[readPngImage]: Grayscale plus alpha is currently not supported, removing alpha channel.\n";
 
@@ -39,23 +35,6 @@ TEST(Png, WritesPlainRgb) {
         EXPECT_EQ(bytes.substr(37, 4), "IDAT");                        // and nothing between header and pixels,
         EXPECT_EQ(bytes.substr(bytes.size() - 8, 4), "IEND");          // nor after them
     }
-}
-
-TEST(Png, AnEmptyImageIsRefused) {
-    const TempDirectory directory;
-    const std::string path = directory.write("a.png", "something older");
-    EXPECT_THAT([&] { Ko::writePngImage(path, Ko::Image(Ko::PF_RGB)); },
-                ThrowsMessage<std::runtime_error>("writePngImage: png_error called."));
-    EXPECT_EQ(fileBytes(path), "something older");
-}
-
-TEST(Png, ARefusedConversionComesAfterTheResize) {
-    Image im = randomImage(Ko::PF_RGB, 3, 2);
-    EXPECT_THAT([&] { Ko::readPngImage(im, STILLS "png/rgba_8.png"); },
-                ThrowsMessage<std::logic_error>("[convertIm]: Don't know how to convert from PF_RGBA (Packed RGBA "
-                                                "4:4:4:4) to PF_RGB (Packed RGB 4:4:4)."));
-    EXPECT_EQ(im.plane[0].width, im.width * 3);
-    EXPECT_NE(im.width, 3u);
 }
 
 } // namespace

@@ -28,6 +28,13 @@ void fill(Image& im, unsigned char value) {
             std::fill_n(plane.view[y], plane.width, value);
 }
 
+void beginAt(Ko::Array2D<unsigned char>& plane, unsigned x, unsigned y) {
+    plane.subarrays.push_back({plane.width - x, plane.height - y, x, y});
+    for (unsigned row = 0; row < plane.height; ++row)
+        plane.rows[row] += x;
+    plane.view = plane.rows + y;
+}
+
 std::vector<std::vector<unsigned char>> samples(const Image& im, int plane) {
     const auto& p = im.plane[plane];
     std::vector<std::vector<unsigned char>> rows;

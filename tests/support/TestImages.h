@@ -18,6 +18,9 @@ Image randomImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, unsi
 /// Fills every sample of every plane.
 void fill(Image& im, unsigned char value);
 
+/// Gives a plane a view that begins at a sample and goes to the plane's end.
+void beginAt(Ko::Array2D<unsigned char>& plane, unsigned x, unsigned y);
+
 /// The rows of a plane, copied.
 std::vector<std::vector<unsigned char>> samples(const Image& im, int plane);
 
