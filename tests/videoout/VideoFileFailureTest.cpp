@@ -212,7 +212,7 @@ const Refusal refusals[] = {
     {{"MissingFolder"}, "missing/a.avi", "", noFile},
     {{"NameOfAFolder"}, "folder.avi", "", noFile},
     {{"RefusedByTheContainer"}, "a.webm", "mpeg4", noHeader},
-    {{"NoCodeInAvi"}, "a.avi", "libx265", noHeader},
+    {{"NoCodeInAvi"}, "a.avi", "rv10", noHeader},
     {{"NoCodeInTs"}, "a.ts", "libvpx", noHeader},
     {{"NoCodeInM2ts"}, "a.m2ts", "vc2", noHeader},
     {{"TooFastForMkv"}, "a.mkv", "mpeg4", noRate, {1001, 1}},
