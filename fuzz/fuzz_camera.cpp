@@ -1,23 +1,10 @@
 #include "Checks.h"
 #include "Choices.h"
 #include "Kovanta/VideoInputCaptureV4L.h"
+#include "support/Resources.h"
 #include "videoin/FakeCamera.h"
 
-#include <fstream>
 #include <stdexcept>
-
-namespace {
-
-/// Mappings of the scripted cameras' memory.
-int mappings() {
-    int count = 0;
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        count += line.find(fake::memoryName) != std::string::npos;
-    return count;
-}
-
-} // namespace
 
 // A driver that lies and fails in turn, behind every operation of the camera source.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -70,6 +57,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             } catch (const std::exception&) { // whatever the driver earns
             }
     }
-    fuzz::require(mappings() == 0, "a mapping stays");
+    fuzz::require(test::mappedFiles(fake::memoryName) == 0, "a mapping stays");
     return 0;
 }

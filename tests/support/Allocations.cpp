@@ -8,8 +8,12 @@
 
 static std::atomic<std::size_t> all{0}, big{0};
 
+void (*test::beforeAllocation)() = nullptr;
+
 /// @return memory that free() takes
 static void* request(std::size_t size, std::size_t alignment) {
+    if (test::beforeAllocation)
+        test::beforeAllocation();
     ++all;
     big += size >= 10000;
     if (void* memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment))
@@ -31,6 +35,9 @@ std::size_t bigAllocations() {
 void* operator new(std::size_t size) {
     return request(size, alignof(std::max_align_t));
 }
+void* operator new[](std::size_t size) {
+    return request(size, alignof(std::max_align_t));
+}
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return request(size, static_cast<std::size_t>(alignment));
 }
@@ -41,6 +48,12 @@ void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 void operator delete(void* memory, std::align_val_t) noexcept {

@@ -7,6 +7,9 @@
 // counted_allocations.
 namespace test {
 
+/// Asked by operator new before it takes memory; may throw. None while null.
+extern void (*beforeAllocation)();
+
 /// How often the program has called operator new so far, from all threads.
 std::size_t allocations();
 /// The same for 10000 bytes or more, which only pixels take.

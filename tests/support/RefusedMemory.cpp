@@ -1,5 +1,7 @@
 #include "support/RefusedMemory.h"
 
+#include "support/Allocations.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -34,31 +36,10 @@ long heldBlocks() {
 
 } // namespace test
 
-static void* request(std::size_t size, std::size_t alignment) {
-    if (!refuses(test::Requests::New))
-        if (void* memory = std::aligned_alloc(alignment, (size / alignment + 1) * alignment))
-            return memory;
-    throw std::bad_alloc();
-}
-// The other forms come by these.
-void* operator new(std::size_t size) {
-    return request(size, alignof(std::max_align_t));
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return request(size, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
-}
+[[maybe_unused]] static const auto hooked = test::beforeAllocation = [] {
+    if (refuses(test::Requests::New))
+        throw std::bad_alloc();
+};
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 

@@ -1,32 +1,32 @@
 #ifndef KOVANTA_TESTS_SUPPORT_RESOURCES_H
 #define KOVANTA_TESTS_SUPPORT_RESOURCES_H
 
-#include <sys/resource.h>
-
 #include <cstddef>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <system_error>
 
 // What a process holds, as the system lists it.
 namespace test {
 
 /// Open descriptors of this process, of files with this in their names.
-std::size_t openDescriptors(const std::string& name = "");
+inline std::size_t openDescriptors(const std::string& name = "") {
+    std::size_t count = 0;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        count += std::filesystem::read_symlink(entry, ignored).string().find(name) != std::string::npos;
+    return count;
+}
 
 /// Mappings of files with this in their names.
-std::size_t mappedFiles(const std::string& name);
-
-/// While it lives, the process can take this much memory beyond what it has: a broken limit then ends in
-/// std::bad_alloc (or in the sanitizer's report) instead of taking the machine with it.
-class MemoryLimit {
-public:
-    explicit MemoryLimit(std::size_t moreBytes);
-    ~MemoryLimit();
-    MemoryLimit(const MemoryLimit&) = delete;
-    MemoryLimit& operator=(const MemoryLimit&) = delete;
-
-private:
-    rlimit before;
-};
+inline std::size_t mappedFiles(const std::string& name) {
+    std::size_t count = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        count += line.find(name) != std::string::npos;
+    return count;
+}
 
 } // namespace test
 

@@ -23,16 +23,12 @@ struct Row {
     friend std::ostream& operator<<(std::ostream& stream, const Row& r) { return stream << r.row; }
 };
 
-/// A test's name from any text: what Google Test does not take becomes an underscore.
-inline std::string testName(std::string text) {
-    for (char& c : text)
-        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-    return text;
-}
-
-/// Names the rows of a table for INSTANTIATE_TEST_SUITE_P.
+/// Names the rows of a table for INSTANTIATE_TEST_SUITE_P; what Google Test does not take becomes an underscore.
 constexpr auto rowName = [](const auto& info) {
-    return testName(info.param.row);
+    std::string name = info.param.row;
+    for (char& c : name)
+        c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    return name;
 };
 
 } // namespace test

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 
 namespace test {
 
 namespace {
 
 constexpr unsigned char guardByte = 0x5C;
+constexpr std::size_t guard = 64;
 
 } // namespace
 
@@ -56,46 +58,31 @@ std::string difference(const Image& im, const Image& expected) {
     return "";
 }
 
-GuardedRows::GuardedRows(std::size_t w, std::size_t h, std::size_t firstByte, unsigned char poison)
-    : width(w)
-    , height(h)
-    , offset(firstByte)
-    , pitch(w + 2 * guard + firstByte)
-    , memory(pitch * h, guardByte) {
-    for (std::size_t y = 0; y < height; ++y)
-        std::fill_n(row(y), width, poison);
-}
-
-Ko::PlaneMemory GuardedRows::plane() {
-    return height == 0 ? Ko::PlaneMemory{} : Ko::PlaneMemory{row(0), static_cast<std::ptrdiff_t>(pitch)};
-}
-
-unsigned char* GuardedRows::row(std::size_t y) {
-    return memory.data() + y * pitch + guard + offset;
-}
-
-bool GuardedRows::intact() const {
-    for (std::size_t y = 0; y < height; ++y)
-        for (std::size_t x = 0; x < pitch; ++x)
-            if ((x < guard + offset || x >= guard + offset + width) && memory[y * pitch + x] != guardByte)
-                return false;
-    return true;
-}
-
 WrappedImage::WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset)
     : im(format) {
     im.size(width, height, false); // tells the sizes of the planes
-    Ko::PlaneMemory planes[4];
+    Ko::PlaneMemory memory[4];
     for (int p = 0; p < 4; ++p) {
         const auto& plane = im.plane[p];
-        memory.emplace_back(plane.rows ? plane.width : 0, plane.rows ? plane.height : 0, offset);
-        planes[p] = memory.back().plane();
+        if (!plane.rows || plane.height == 0)
+            continue;
+        Rows rows{guard + offset, plane.width, plane.width + 2 * guard + offset, {}};
+        rows.bytes.assign(rows.pitch * plane.height, guardByte);
+        memory[p] = {&rows.bytes[rows.first], static_cast<std::ptrdiff_t>(rows.pitch)};
+        planes.push_back(std::move(rows));
     }
-    Ko::rewrapMemory(im, width, height, planes);
+    Ko::rewrapMemory(im, width, height, memory);
+    fill(im, 0xA5);
 }
 
 bool WrappedImage::intact() const {
-    return std::all_of(memory.begin(), memory.end(), [](const GuardedRows& rows) { return rows.intact(); });
+    for (const Rows& rows : planes)
+        for (std::size_t i = 0; i < rows.bytes.size(); ++i) {
+            const std::size_t x = i % rows.pitch;
+            if ((x < rows.first || x >= rows.first + rows.width) && rows.bytes[i] != guardByte)
+                return false;
+        }
+    return true;
 }
 
 } // namespace test

@@ -41,32 +41,21 @@ std::string thrownText(Call&& call) {
     return "nothing thrown";
 }
 
-/// Memory laid out as one plane's rows with guard bytes around every row, for a noalloc image to point into.
-class GuardedRows {
+/// A noalloc image whose rows have guard bytes on both sides.
+class WrappedImage {
 public:
-    GuardedRows(std::size_t width, std::size_t height, std::size_t offset = 0, unsigned char poison = 0xA5);
-
-    Ko::PlaneMemory plane();
-    unsigned char* row(std::size_t y);
-    /// Whether a write went past either end of any row.
-    bool intact() const;
-
-private:
-    static constexpr std::size_t guard = 64;
-    std::size_t width;
-    std::size_t height;
-    std::size_t offset;
-    std::size_t pitch;
-    std::vector<unsigned char> memory;
-};
-
-/// A noalloc image over guarded memory.
-struct WrappedImage {
     WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset = 0);
+    /// Whether no write went past either end of any row.
     bool intact() const;
 
     Image im;
-    std::vector<GuardedRows> memory;
+
+private:
+    struct Rows {
+        std::size_t first, width, pitch;
+        std::vector<unsigned char> bytes;
+    };
+    std::vector<Rows> planes;
 };
 
 } // namespace test

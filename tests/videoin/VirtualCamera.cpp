@@ -8,28 +8,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstdlib>
 #include <iostream>
 #include <stdexcept>
 #include <system_error>
 
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
-    va_list arguments;
-    va_start(arguments, request);
-    void* const argument = va_arg(arguments, void*);
-    va_end(arguments);
-    if (request == VIDIOC_TRY_FMT && camera::hidePlanar) {
-        auto& format = static_cast<v4l2_format*>(argument)->fmt.pix;
-        if (format.pixelformat == V4L2_PIX_FMT_YUV420)
-            format.pixelformat = V4L2_PIX_FMT_MJPEG;
-    }
-    return static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
-}
-
 namespace camera {
-
-bool hidePlanar = false;
 
 namespace {
 
@@ -74,15 +58,9 @@ void Node::set(Control control, int value) {
     request(VIDIOC_S_CTRL, &record, "S_CTRL");
 }
 
-void Node::setPattern(const std::string& menuName) {
+void Node::setPattern(Pattern pattern) {
     set(textMode, 2);
-    v4l2_querymenu item{};
-    item.id = testPattern;
-    for (item.index = 0;; ++item.index) {
-        request(VIDIOC_QUERYMENU, &item, menuName.c_str());
-        if (menuName == reinterpret_cast<const char*>(item.name))
-            return set(testPattern, static_cast<int>(item.index));
-    }
+    set(testPattern, pattern);
 }
 
 void Node::setRate(unsigned int framesPerSecond) {
@@ -92,25 +70,20 @@ void Node::setRate(unsigned int framesPerSecond) {
     request(VIDIOC_S_PARM, &record, "S_PARM");
 }
 
-v4l2_pix_format Node::format() {
-    v4l2_format record{};
-    record.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-    request(VIDIOC_G_FMT, &record, "G_FMT");
-    return record.fmt.pix;
-}
-
-v4l2_pix_format Node::setFormat(unsigned int fourcc, unsigned int width, unsigned int height, v4l2_buf_type type) {
+void Node::setFormat(unsigned int fourcc, unsigned int width, unsigned int height, v4l2_buf_type type) {
     v4l2_format record{};
     record.type = type;
     record.fmt.pix.pixelformat = fourcc;
     record.fmt.pix.width = width;
     record.fmt.pix.height = height;
     request(VIDIOC_S_FMT, &record, "S_FMT");
-    return record.fmt.pix;
 }
 
 Frame Node::readFrame() {
-    const v4l2_pix_format pix = format();
+    v4l2_format record{};
+    record.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    request(VIDIOC_G_FMT, &record, "G_FMT");
+    const v4l2_pix_format& pix = record.fmt.pix;
     Frame frame{pix.pixelformat, pix.width, pix.height, pix.bytesperline};
     check(::read(fd, frame.bytes.data(), frame.bytes.size()), "read");
     return frame;

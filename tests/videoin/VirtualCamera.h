@@ -5,9 +5,7 @@
 
 #include <linux/videodev2.h>
 
-#include <cstddef>
 #include <string>
-#include <vector>
 
 /// The kernel's virtual camera drivers, for tests that run as root in a machine that has them.
 namespace camera {
@@ -32,6 +30,9 @@ enum Control : unsigned int {
     errorInBuffer = 0x00f0f042
 };
 
+/// Entries of vivid's menu of test patterns.
+enum Pattern { colorBars = 0, solidRed = 7 };
+
 /// A handle of the test's own on a device node, beside the library's. Calls that fail throw.
 class Node {
 public:
@@ -41,12 +42,11 @@ public:
     ~Node();
 
     void set(Control control, int value);
-    /// A solid colour or another pattern of vivid, by its name in the menu; switches the text off.
-    void setPattern(const std::string& menuName);
+    /// Switches the text off, too.
+    void setPattern(Pattern pattern);
     void setRate(unsigned int framesPerSecond);
-    v4l2_pix_format format();
-    v4l2_pix_format setFormat(unsigned int fourcc, unsigned int width, unsigned int height,
-                              v4l2_buf_type type = V4L2_BUF_TYPE_VIDEO_CAPTURE);
+    void setFormat(unsigned int fourcc, unsigned int width, unsigned int height,
+                   v4l2_buf_type type = V4L2_BUF_TYPE_VIDEO_CAPTURE);
     /// One frame as the driver gives it to read(), not mapped.
     Frame readFrame();
     /// Feeds a frame to a loopback device.
@@ -56,10 +56,6 @@ private:
     void request(unsigned long code, void* record, const char* what);
     int fd;
 };
-
-/// While true, TRY_FMT with planar 4:2:0 reaches the driver as a format that it does not have, so that the driver does
-/// with it what drivers do with formats that they lack.
-extern bool hidePlanar;
 
 } // namespace camera
 
