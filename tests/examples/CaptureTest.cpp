@@ -25,7 +25,8 @@ TEST(CaptureExample, RecordsAndShowsACamera) {
     const camera::Driver vivid("vivid", "n_devs=1 node_types=0x1 num_inputs=1 input_types=0x0 vid_cap_nr=2");
     EXPECT_EQ(capture(""), "2: vivid platform:vivid-000\n0\n");
     EXPECT_THAT(capture("2 --formats"), HasSubstr("[VideoInputCaptureV4L::enumFmts]: Planar YUV 4:2:0\n"));
-    camera::Node(2).setPattern(camera::solidRed);
+    camera::Node(2).set(camera::testPattern, 7); // red
+    camera::Node(2).set(camera::textMode, 2);    // no text
     camera::Node(2).setFormat(V4L2_PIX_FMT_YUYV, 320, 180);
     camera::Node(2).setRate(30);
     EXPECT_THAT(capture("2 320x180 -n 40 " + file),

@@ -38,61 +38,22 @@ protected:
     ~CameraDriver() override { EXPECT_EQ(test::openDescriptors("/dev/video"), 0u); }
 };
 
-TEST_F(CameraDriver, DeliversTestPatternsByteForByte) {
-    const Driver vivid("vivid", webcam);
-    const struct {
-        unsigned int askedWidth, askedHeight, width, height;
-    } sizes[] = {{320, 180, 320, 180}, {1, 1, 320, 180}, {641, 481, 640, 480}};
-    for (const auto& size : sizes) {
-        Frame bars;
-        {
-            Node other(0); // another way to the picture than the library's
-            other.setPattern(camera::colorBars);
-            other.setFormat(V4L2_PIX_FMT_YUV420, size.width, size.height);
-            other.setRate(60);
-            bars = other.readFrame();
-            other.setFormat(V4L2_PIX_FMT_RGB24, 320, 180);
-        }
-        Camera source;
-        source.init(0, size.askedWidth, size.askedHeight, 0);
-        Ko::Image image(Ko::PF_YCC444P);
-        ASSERT_TRUE(source.read(image));
-        EXPECT_EQ(camera::difference(image, bars), "") << size.askedWidth;
-    }
-}
-
 TEST_F(CameraDriver, StreamsAgainInAnotherSizeButNotBesideItself) {
     const Driver vivid("vivid", webcam);
     Camera source, second;
-    source.init(0, 320, 180, 0);
+    source.init(0, 1, 1, 0); // the driver's smallest
     Node(0).setRate(60);
     expectFrames(source, 300);
     Node(0).set(camera::errorInBuffer, 1); // a damaged frame is a frame all the same
     expectFrames(source, 4);
     source.setBufferCount(1000);
-    source.init(0, 640, 360, 0);
+    source.init(0, 641, 361, 0);
     EXPECT_EQ(test::mappedFiles("/dev/video"), 32u);
     expectFrames(source, 34, 640, 360);
     EXPECT_THAT([&] { second.init(0, 320, 180, 0); },
                 ThrowsMessage<std::runtime_error>(
                     "[VideoInputCaptureV4L::setFormat]: Ioctl VIDIOC_S_FMT failed: Device or resource busy."));
     expectFrames(source, 2, 640, 360);
-}
-
-TEST_F(CameraDriver, SurvivesUnpluggingInMidStream) {
-    const Driver vivid("vivid", webcam);
-    Camera source;
-    source.init(0, 320, 180, 0);
-    expectFrames(source, 3);
-    Node(0).set(camera::disconnect, 1);
-    for (int again = 0; again < 2; ++again)
-        EXPECT_THAT([&] { expectFrames(source, 1); },
-                    ThrowsMessage<std::runtime_error>(
-                        "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: No such device."));
-    EXPECT_EQ(source.tell(), 3);
-    source.close();
-    source.init(0, 320, 180, 0);
-    expectFrames(source, 3);
 }
 
 TEST_F(CameraDriver, TakesWhatALoopbackIsFedWith) {

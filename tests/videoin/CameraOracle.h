@@ -13,9 +13,9 @@
 namespace camera {
 
 struct Frame {
-    unsigned int fourcc = 0;
-    std::size_t width = 0, height = 0;
-    std::size_t stride = 0; ///< Bytes from one luma (or packed) row to the next.
+    unsigned int fourcc;
+    std::size_t width, height;
+    std::size_t stride; ///< Bytes from one luma (or packed) row to the next.
     bool packed = fourcc == V4L2_PIX_FMT_YUYV;
     std::vector<unsigned char> bytes = std::vector<unsigned char>(packed ? stride * height : stride * height * 3 / 2);
 

@@ -79,17 +79,6 @@ TEST(ImageSequence, EndsOnTheLastStill) {
     Ko::Image untouched(Ko::PF_RGB);
     EXPECT_FALSE(input.read(untouched));
     EXPECT_EQ(untouched.width, 0u);
-
-    // A single one is at its end until a seek.
-    const Sequence one(1);
-    VideoInputImageFile single(one.path());
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_TRUE(single.eof());
-        EXPECT_EQ(nextStill(single), -1);
-        EXPECT_EQ(single.seek(0, Ko::VP_BEGIN), 0);
-        EXPECT_FALSE(single.eof());
-        EXPECT_EQ(nextStill(single), 0);
-    }
 }
 
 TEST(ImageSequence, SeeksInUnsignedArithmetic) {
@@ -98,9 +87,8 @@ TEST(ImageSequence, SeeksInUnsignedArithmetic) {
     const struct {
         Ko::VideoPosId origin;
         long offset, position;
-    } rows[] = {{Ko::VP_BEGIN, 3, 3},          {Ko::VP_BEGIN, 100, 9},  {Ko::VP_BEGIN, -1, 9},
-                {Ko::VP_CURRENT, -1, 3},       {Ko::VP_CURRENT, -5, 9}, {Ko::VP_CURRENT, LONG_MAX, 9},
-                {Ko::VP_CURRENT, LONG_MIN, 9}, {Ko::VP_END, 3, 6},      {Ko::VP_END, -1, 0}};
+    } rows[] = {{Ko::VP_BEGIN, 100, 9},        {Ko::VP_BEGIN, -1, 9}, {Ko::VP_CURRENT, LONG_MAX, 9},
+                {Ko::VP_CURRENT, LONG_MIN, 9}, {Ko::VP_END, 3, 6},    {Ko::VP_END, -1, 0}};
     for (const auto& row : rows) {
         input.seek(9, Ko::VP_BEGIN);
         EXPECT_EQ(nextStill(input), 9); // at the end now

@@ -58,11 +58,6 @@ void Node::set(Control control, int value) {
     request(VIDIOC_S_CTRL, &record, "S_CTRL");
 }
 
-void Node::setPattern(Pattern pattern) {
-    set(textMode, 2);
-    set(testPattern, pattern);
-}
-
 void Node::setRate(unsigned int framesPerSecond) {
     v4l2_streamparm record{};
     record.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
@@ -77,16 +72,6 @@ void Node::setFormat(unsigned int fourcc, unsigned int width, unsigned int heigh
     record.fmt.pix.width = width;
     record.fmt.pix.height = height;
     request(VIDIOC_S_FMT, &record, "S_FMT");
-}
-
-Frame Node::readFrame() {
-    v4l2_format record{};
-    record.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
-    request(VIDIOC_G_FMT, &record, "G_FMT");
-    const v4l2_pix_format& pix = record.fmt.pix;
-    Frame frame{pix.pixelformat, pix.width, pix.height, pix.bytesperline};
-    check(::read(fd, frame.bytes.data(), frame.bytes.size()), "read");
-    return frame;
 }
 
 void Node::writeFrame(const Frame& frame) {

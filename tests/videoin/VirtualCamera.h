@@ -23,15 +23,7 @@ private:
 };
 
 /// Controls of vivid.
-enum Control : unsigned int {
-    testPattern = 0x00f0f000,
-    textMode = 0x00f0f001,   ///< 2: no text in the picture.
-    disconnect = 0x00f0f041, ///< Until all that have the device open have closed it.
-    errorInBuffer = 0x00f0f042
-};
-
-/// Entries of vivid's menu of test patterns.
-enum Pattern { colorBars = 0, solidRed = 7 };
+enum Control : unsigned int { testPattern = 0x00f0f000, textMode = 0x00f0f001, errorInBuffer = 0x00f0f042 };
 
 /// A handle of the test's own on a device node, beside the library's. Calls that fail throw.
 class Node {
@@ -42,13 +34,9 @@ public:
     ~Node();
 
     void set(Control control, int value);
-    /// Switches the text off, too.
-    void setPattern(Pattern pattern);
     void setRate(unsigned int framesPerSecond);
     void setFormat(unsigned int fourcc, unsigned int width, unsigned int height,
                    v4l2_buf_type type = V4L2_BUF_TYPE_VIDEO_CAPTURE);
-    /// One frame as the driver gives it to read(), not mapped.
-    Frame readFrame();
     /// Feeds a frame to a loopback device.
     void writeFrame(const Frame& frame);
 
