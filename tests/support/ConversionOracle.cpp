@@ -26,7 +26,7 @@ long long towardsZero(long long a, long long b) {
     return a < 0 ? -(-a / b) : a / b;
 }
 
-/// Reads or writes pixel (x, y) of an image as three components, whatever its layout.
+/// Pixel (x, y) of an image as three components, whatever its layout.
 Triple pixelAt(const Image& im, unsigned x, unsigned y) {
     const auto at = [&](int p, unsigned column, unsigned row) {
         return im.plane[p].view[row][column];

@@ -188,10 +188,6 @@ int openCamera(const std::string& number, int flags) {
         return refuse(ENOENT);
     const int fd = ::memfd_create(memoryName, 0);
     devices[fd] = new Device(found->second);
-    devices[fd]->format.width = 640;
-    devices[fd]->format.height = 360;
-    devices[fd]->format.pixelformat = devices[fd]->formats.front();
-    adjust(*devices[fd], devices[fd]->format);
     return fd;
 }
 
