@@ -61,22 +61,21 @@ std::string difference(const Image& im, const Image& expected) {
 WrappedImage::WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset)
     : im(format) {
     im.size(width, height, false); // tells the sizes of the planes
-    Ko::PlaneMemory memory[4];
+    Ko::PlaneMemory planes[4];
     for (int p = 0; p < 4; ++p) {
         const auto& plane = im.plane[p];
-        if (!plane.rows || plane.height == 0)
-            continue;
         Rows rows{guard + offset, plane.width, plane.width + 2 * guard + offset, {}};
-        rows.bytes.assign(rows.pitch * plane.height, guardByte);
-        memory[p] = {&rows.bytes[rows.first], static_cast<std::ptrdiff_t>(rows.pitch)};
-        planes.push_back(std::move(rows));
+        rows.bytes.assign(plane.rows ? rows.pitch * plane.height : 0, guardByte);
+        if (!rows.bytes.empty())
+            planes[p] = {rows.row(0), static_cast<std::ptrdiff_t>(rows.pitch)};
+        memory.push_back(std::move(rows));
     }
-    Ko::rewrapMemory(im, width, height, memory);
+    Ko::rewrapMemory(im, width, height, planes);
     fill(im, 0xA5);
 }
 
 bool WrappedImage::intact() const {
-    for (const Rows& rows : planes)
+    for (const Rows& rows : memory)
         for (std::size_t i = 0; i < rows.bytes.size(); ++i) {
             const std::size_t x = i % rows.pitch;
             if ((x < rows.first || x >= rows.first + rows.width) && rows.bytes[i] != guardByte)

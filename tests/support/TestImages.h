@@ -42,20 +42,18 @@ std::string thrownText(Call&& call) {
 }
 
 /// A noalloc image whose rows have guard bytes on both sides.
-class WrappedImage {
-public:
+struct WrappedImage {
     WrappedImage(Ko::PIXEL_FORMAT format, unsigned width, unsigned height, std::size_t offset = 0);
     /// Whether no write went past either end of any row.
     bool intact() const;
 
-    Image im;
-
-private:
     struct Rows {
         std::size_t first, width, pitch;
         std::vector<unsigned char> bytes;
+        unsigned char* row(std::size_t y) { return &bytes[y * pitch + first]; }
     };
-    std::vector<Rows> planes;
+    Image im;
+    std::vector<Rows> memory; ///< Of all four planes; empty for one that the format lacks.
 };
 
 } // namespace test

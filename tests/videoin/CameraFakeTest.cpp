@@ -125,10 +125,12 @@ TEST_F(CameraFake, TwoCamerasShareNothing) {
     fake::cameras[4] = device;
     Camera camera, other;
     init(camera);
+    for (unsigned int number = 0; number < 3; ++number)
+        expectFrame(camera, number);
     other.init(4, 32, 16, 0);
     for (unsigned int number = 0; number < 3; ++number) {
-        expectFrame(camera, number);
         expectFrame(other, number);
+        expectFrame(camera, number + 3);
     }
 }
 
@@ -174,6 +176,7 @@ TEST_F(CameraFake, FailuresOfCloseAreToldOnceAndReleaseAll) {
             if (way != byDestructor) {
                 EXPECT_THAT(([&, end = way] { end == byClose ? camera.close() : init(camera); }),
                             ThrowsMessage<std::runtime_error>(text));
+                expectHeld(0, 0);
             }
         }
         const std::string printed = "[VideoInputCaptureV4L::~VideoInputCaptureV4L]: Exception caught: ";

@@ -58,27 +58,14 @@ TEST(ImageSequence, PlaysStillsInByteOrderAndNothingElse) {
 
     for (const std::string tail : {"", "/"}) {
         VideoInputImageFile input(directory.path() + tail);
+        input.setLoop(true); // of no effect here
         EXPECT_EQ(input.getLength(), 8);
-        for (const int expected : {0, 1, 2, 3, 4, 5, 6, 6, -1})
+        for (const int expected : {0, 1, 2, 3, 4, 5, 6, 6})
             EXPECT_EQ(nextStill(input), expected);
+        Ko::Image untouched(Ko::PF_RGB);
+        EXPECT_FALSE(input.read(untouched));
+        EXPECT_EQ(untouched.width, 0u);
     }
-}
-
-TEST(ImageSequence, EndsOnTheLastStill) {
-    const Sequence three(3);
-    VideoInputImageFile input(three.path());
-    input.setLoop(true); // of no effect here
-    EXPECT_EQ(input.getWidth(), 4u);
-    EXPECT_EQ(input.getHeight(), 2u);
-    for (const int position : {1, 2, 2}) {
-        EXPECT_FALSE(input.eof());
-        EXPECT_NE(nextStill(input), -1);
-        EXPECT_EQ(input.tell(), position);
-    }
-    EXPECT_TRUE(input.eof());
-    Ko::Image untouched(Ko::PF_RGB);
-    EXPECT_FALSE(input.read(untouched));
-    EXPECT_EQ(untouched.width, 0u);
 }
 
 TEST(ImageSequence, SeeksInUnsignedArithmetic) {
@@ -114,6 +101,7 @@ TEST(ImageSequence, StillsThatChangeOrVanishBetweenReads) {
     EXPECT_EQ(frame.width, 8u);
     EXPECT_EQ(frame.format, Ko::PF_Y);
     EXPECT_EQ(input.getWidth(), 4u);
+    EXPECT_EQ(input.getHeight(), 2u);
 
     input.seek(1, Ko::VP_BEGIN);
     fs::remove(second);
