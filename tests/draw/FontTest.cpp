@@ -160,18 +160,6 @@ TEST(Font, ClipsAtEveryEdge) {
             EXPECT_TRUE(same(drawn(font, text + "\n" + text, x, y), blank)) << x << "," << y;
 }
 
-TEST(Font, DrawingStaysWithinTheRowsOfAnyImage) {
-    const Ko::Font font = sized(20);
-    const std::pair<unsigned int, unsigned int> sizes[] = {{0, 9}, {9, 0}, {1, 1}, {1, 30}, {30, 1}, {40, 30}};
-    for (const auto format : {Ko::PF_YCC444P, Ko::PF_YCC420P, Ko::PF_RGB, Ko::PF_Y, Ko::PF_JFIF422P})
-        for (const auto& [width, height] : sizes) {
-            test::WrappedImage wrapped(format, width, height);
-            for (const int x : {-5, 0})
-                font.drawText(wrapped.im, "text\ntext", {x, 15}, ink);
-            EXPECT_TRUE(wrapped.intact()) << fmt2string(format) << " " << width << "x" << height;
-        }
-}
-
 TEST(Font, BeforeInitAndAfterAMoveNothingIsDrawn) {
     static_assert(!std::is_copy_constructible_v<Ko::Font> && !std::is_copy_assignable_v<Ko::Font>, "");
     static_assert(std::is_nothrow_move_constructible_v<Ko::Font> && std::is_nothrow_move_assignable_v<Ko::Font>, "");

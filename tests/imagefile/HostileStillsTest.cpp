@@ -48,6 +48,7 @@ TEST(HostileStills, SayWhatIsWrongAndCostWhatTheyAreWorth) {
     testing::internal::CaptureStderr(); // the libraries' many complaints
     const std::string png = "[readPngImage]: png_error called.", jpeg = "[readJpegImage]: libjpeg failed. ";
     const std::string header = "[ConvertIm::parseHeader]: Incorrect PPM/PGM header.";
+    const std::string colors = "[readJpegImage]: Unsupported color space.";
     std::string texts = corpus("png/texts.png");
     const std::size_t at = texts.find("zTXt") - 4;
     const std::string text = texts.substr(at, texts.find("IDAT") - 4 - at); // 7 MB unpacked
@@ -61,6 +62,10 @@ TEST(HostileStills, SayWhatIsWrongAndCostWhatTheyAreWorth) {
         std::string text;
         std::size_t more = 0; ///< Zero bytes that follow, on no disk.
     } cases[] = {
+        {Ko::readJpegImage, corpus("jpeg/cmyk.jpg"), colors},
+        {Ko::readJpegImage, corpus("jpeg/ycck.jpg"), colors},
+        {Ko::readJpegImage, corpus("jpeg/two_components.jpg"), colors},
+        {Ko::readJpegImage, corpus("jpeg/rgb.jpg"), jpeg + "(Unsupported color conversion request)"},
         {Ko::readPngImage, "", png},
         {Ko::readPngImage, corpus("png/lie_no_zlib.png"), png},
         {Ko::readPngImage, corpus("png/lie_no_palette.png"), png},
@@ -81,6 +86,8 @@ TEST(HostileStills, SayWhatIsWrongAndCostWhatTheyAreWorth) {
          std::size_t{3} << 30},
         {Ko::readPgmImage, "P5 " + std::string(1 << 25, '0') + "3 2 255\n", ""},
         {Ko::readPpmImage, "P5 1 1 255 x", header},
+        {Ko::readPpmImage, "P6 1 1 256 x",
+         "[ConvertIm::parseHeader]: Only a maximum color value of 255 is supported now."},
         {Ko::readPpmImage, "P6 1431655766 1 255\n", "[readPpmImage]: Image too large."},
         {Ko::readPpmImage, "P6 60000 60000 255\n", "[readPpmImage]: Image too large."},
         {Ko::readPpmImage, "P6 0 268435457 255\n", "[readPpmImage]: Image too large."},
