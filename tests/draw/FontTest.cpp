@@ -1,16 +1,17 @@
 #include "Kovanta/Font.h"
 
-#include "draw/FreeTypeWatch.h"
 #include "support/TempDirectory.h"
 #include "support/TestImages.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include FT_MODULE_H
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <set>
@@ -19,6 +20,73 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+
+namespace {
+
+/// Counts what FreeType holds while it lives, and can refuse it memory. The program's FT_Init_FreeType and
+/// FT_Done_FreeType stand before FreeType's own, for the library under test as well. Not for several threads.
+class FreeTypeWatch {
+public:
+    FreeTypeWatch() = default;
+    FreeTypeWatch(const FreeTypeWatch&) = delete;
+    FreeTypeWatch& operator=(const FreeTypeWatch&) = delete;
+    ~FreeTypeWatch() {
+        countdown = 0;
+        onAllocation = nullptr;
+    }
+
+    /// Refuses the n-th allocation from now on (1 is the next), once.
+    void refuse(long n) { countdown = n; }
+    bool refused() const { return countdown == 0; }
+
+    /// What is held now and was not when the watch began.
+    long blocks() const { return blocksHeld - blocksBefore; }
+    long libraries() const { return librariesHeld - librariesBefore; }
+
+    static inline void (*onAllocation)() = nullptr; ///< Called before each allocation of a library that is there.
+    static inline long blocksHeld = 0, librariesHeld = 0, countdown = 0; ///< Of the whole program.
+
+private:
+    long blocksBefore = blocksHeld, librariesBefore = librariesHeld;
+};
+
+void* resize(FT_Memory, long, long size, void* block) {
+    if (FreeTypeWatch::onAllocation && FreeTypeWatch::librariesHeld > 0)
+        FreeTypeWatch::onAllocation();
+    if (FreeTypeWatch::countdown > 0 && --FreeTypeWatch::countdown == 0)
+        return nullptr;
+    return std::realloc(block, static_cast<std::size_t>(size));
+}
+
+void* take(FT_Memory memory, long size) {
+    void* const block = resize(memory, 0, size, nullptr);
+    FreeTypeWatch::blocksHeld += block != nullptr;
+    return block;
+}
+
+void give(FT_Memory, void* block) {
+    --FreeTypeWatch::blocksHeld;
+    std::free(block);
+}
+
+FT_MemoryRec_ watchedMemory{nullptr, take, give, resize};
+
+} // namespace
+
+extern "C" FT_Error FT_Init_FreeType(FT_Library* library) {
+    const FT_Error error = FT_New_Library(&watchedMemory, library);
+    if (error != 0)
+        return error;
+    FT_Add_Default_Modules(*library);
+    FT_Set_Default_Properties(*library);
+    ++FreeTypeWatch::librariesHeld;
+    return 0;
+}
+
+extern "C" FT_Error FT_Done_FreeType(FT_Library library) {
+    --FreeTypeWatch::librariesHeld;
+    return FT_Done_Library(library);
+}
 
 namespace {
 

@@ -14,8 +14,6 @@
 #include <sys/syscall.h>
 
 #include <cerrno>
-#include <map>
-#include <set>
 #include <stdexcept>
 
 namespace {
@@ -156,7 +154,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(SystemCalls, EachFailingInTurnIsRefusedOrSurvived) {
     GetParam().prepare();
-    std::map<std::string, int> outcomes;
+    int refusedOpens = 0;
     for (const FailingCall& call : calls)
         for (int nth = 1; nth <= 60; ++nth) {
             const FaultOutcome outcome = withFailingCall(call, nth, GetParam().act);
@@ -166,13 +164,9 @@ TEST_P(SystemCalls, EachFailingInTurnIsRefusedOrSurvived) {
             }
             EXPECT_TRUE(outcome.ended == "refused" || (outcome.ended == "done" && GetParam().verify()))
                 << call.name << " " << nth << ": " << outcome.ended;
-            ++outcomes[std::string(call.name) + " " + outcome.ended];
+            refusedOpens += &call == calls && outcome.ended == "refused";
         }
-    EXPECT_GT(outcomes["open refused"], 0);
-    std::string text;
-    for (const auto& [name, count] : outcomes)
-        text += name + " " + std::to_string(count) + ", ";
-    RecordProperty("outcomes", text);
+    EXPECT_GT(refusedOpens, 0);
 }
 
 } // namespace

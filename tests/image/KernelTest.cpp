@@ -140,19 +140,6 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
     EXPECT_EQ(compared, sizeof(RowKernels) / sizeof(void (*)())) << "a kernel is not compared";
 }
 
-TEST_P(KernelLevels, MapRangesInPlace) {
-    for (const auto kernel : {&RowKernels::lumaToStudio, &RowKernels::lumaToFull})
-        for (std::size_t n = 0; n <= 260; ++n) {
-            std::vector<Byte> expected(n);
-            for (std::size_t i = 0; i < n; ++i)
-                expected[i] = static_cast<Byte>(7 * i + n);
-            std::vector<Byte> got = expected;
-            (Ko::portableKernels.*kernel)(expected.data(), expected.data(), n);
-            (fast().*kernel)(got.data(), got.data(), n);
-            ASSERT_EQ(got, expected) << n;
-        }
-}
-
 /// Every conversion, with source and target over the same bytes from another column on: one sample after the other.
 TEST_P(KernelLevels, ConvertWithinTheSameMemoryAsThePortableOnes) {
     const KernelLevel levels[] = {KernelLevel::portable, GetParam()};
