@@ -50,10 +50,6 @@ std::string description(int status) {
     }
 }
 
-void setRegister(pid_t thread, std::size_t offset, long value) {
-    ptrace(PTRACE_POKEUSER, thread, offset, value);
-}
-
 } // namespace
 
 FaultOutcome withFailingCall(const FailingCall& call, int nth, const std::function<void()>& action) {
@@ -85,10 +81,10 @@ FaultOutcome withFailingCall(const FailingCall& call, int nth, const std::functi
             __ptrace_syscall_info info{};
             ptrace(PTRACE_GET_SYSCALL_INFO, thread, sizeof info, &info);
             if (info.op == PTRACE_SYSCALL_INFO_ENTRY && counts(info.entry.nr) && --nth == 0) {
-                setRegister(thread, offsetof(user_regs_struct, orig_rax), -1);
+                ptrace(PTRACE_POKEUSER, thread, offsetof(user_regs_struct, orig_rax), -1L);
                 failing.insert(thread);
             } else if (info.op == PTRACE_SYSCALL_INFO_EXIT && failing.erase(thread) != 0) {
-                setRegister(thread, offsetof(user_regs_struct, rax), -call.error);
+                ptrace(PTRACE_POKEUSER, thread, offsetof(user_regs_struct, rax), long{-call.error});
             }
         } else if (WSTOPSIG(status) != SIGTRAP && WSTOPSIG(status) != SIGSTOP) {
             signal = WSTOPSIG(status);

@@ -51,6 +51,8 @@ protected:
     void SetUp() override {
         if (!Ko::kernelsOf(GetParam()))
             GTEST_SKIP() << "this processor does not have the level";
+        for (std::size_t n = 0; n <= 130; ++n)
+            sizes.push_back(n);
         for (auto* all : {sourceRows, wantedRows})
             for (std::size_t i = 0; i < 4; ++i)
                 for (Byte& b : all[i]) {
@@ -104,14 +106,7 @@ private:
         kernel(argument(static_cast<P*>(nullptr), i)...);
     }
 
-    static std::vector<std::size_t> allSizes() {
-        std::vector<std::size_t> all = {255, 256, 1023, 1024, 1025, 1087, longest};
-        for (std::size_t n = 0; n <= 130; ++n)
-            all.push_back(n);
-        return all;
-    }
-
-    const std::vector<std::size_t> sizes = allSizes();
+    std::vector<std::size_t> sizes = {255, 256, 1023, 1024, 1025, 1087, longest};
     std::mt19937 random{7};
     FencedBytes sourceRows[4], wantedRows[4], gotRows[4];
 };
