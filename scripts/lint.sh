@@ -3,7 +3,7 @@
 # format, shell, docs and tidy; all of them by default. tidy reads the commands of a release build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh clang-format clang-tidy doxygen shellcheck
+scripts/setup.sh clang-format clang-tidy doxygen git shellcheck
 
 format() {
   git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
