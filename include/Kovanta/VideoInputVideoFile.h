@@ -22,8 +22,8 @@ namespace Ko {
 /// a cover picture counts as video only where there is no other.
 ///
 /// One thread at a time per object. Opening and closing hold libAvMutex, so different objects may be used by different
-/// threads at will. Every operation but setFormat(), setLoop(), open(), close() and tell() needs an opened source and
-/// throws std::logic_error "[VideoInputVideoFile::...]: Not opened." without one.
+/// threads at will. Every operation but setFormat(), setLoop(), open(), close(), tell() and getError() needs an opened
+/// source and throws std::logic_error "[VideoInputVideoFile::...]: Not opened." without one.
 class KOVANTA_API VideoInputVideoFile : public VideoInput {
 public:
     /// An unopened source.
@@ -50,7 +50,7 @@ public:
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find stream information in
     ///         FILENAME."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find video stream in
-    /// FILENAME."
+    ///         FILENAME."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_find_decoder failed."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_open failed."
     /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."

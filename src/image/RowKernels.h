@@ -7,8 +7,8 @@ namespace Ko {
 
 /// The arithmetic of the conversions, one row (or row pair) at a time. `n` counts what the comment names; source and
 /// target never overlap, but that lumaToStudio and lumaToFull work in place too. Only the portable kernels go one
-/// sample after the other wherever rows lie. The portable kernels are the definition; any other set must give the same
-/// bytes.
+/// sample after the other wherever rows lie, so rows that share memory go through these. They are the definition; any
+/// other set must give the same bytes.
 struct RowKernels {
     using Byte = unsigned char;
 
