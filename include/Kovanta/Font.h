@@ -70,9 +70,10 @@ public:
     /// Renders one character of a sized face and appends it to the cache, whose index is the character code; init()
     /// does so for all of them. The glyph belongs to the library of @p face, which must outlive this font. A character
     /// that the font lacks becomes its missing-glyph shape.
-    /// @throws std::runtime_error "[Font::renderChar]: FT_Load_Glyph failed.", "[Font::renderChar]: FT_Get_Glyph
-    ///         failed.", "[Font::renderChar]: FT_Glyph_To_Bitmap failed.", also for a character of absurd size;
-    ///         std::bad_alloc
+    /// @throws std::runtime_error "[Font::renderChar]: FT_Load_Glyph failed.",
+    ///         "[Font::renderChar]: FT_Get_Glyph failed.",
+    ///         "[Font::renderChar]: FT_Glyph_To_Bitmap failed.", also for a character of absurd size
+    /// @throws std::bad_alloc
     void renderChar(FT_FaceRec_* face, unsigned char code);
 
     /// Draws text, clipped to the image: a glyph that crosses the right or bottom edge leaves the last column or row

@@ -80,12 +80,13 @@ KOVANTA_API void writeJpegImage(const std::string& name, const Image<>& im);
 /// transparency of a palette is dropped. Alpha beside grey is dropped with a line on standard output. Texts, profiles
 /// and unknown chunks are skipped unread. The image owns its pixels afterwards.
 /// @throws std::runtime_error "[readPngImage]: png_error called." when libpng gives up (its message goes to standard
-///         error), "[readPngImage]: Error creating PNG read structure.", "[readPngImage]: Error creating PNG info
-///         structure.", "[readPngImage]: Do not know how to decode this PNG."
+///         error), "[readPngImage]: Error creating PNG read structure.",
+///         "[readPngImage]: Error creating PNG info structure.", "[readPngImage]: Do not know how to decode this PNG."
 KOVANTA_API void readPngImage(Image<>& im, const std::string& name);
 /// Writes an 8-bit RGB PNG, not interlaced.
-/// @throws std::runtime_error "writePngImage: png_error called." when libpng gives up, "[writePngImage]: Error creating
-///         PNG write structure.", "[writePngImage]: Error creating PNG info structure."
+/// @throws std::runtime_error "writePngImage: png_error called." when libpng gives up,
+///         "[writePngImage]: Error creating PNG write structure.",
+///         "[writePngImage]: Error creating PNG info structure."
 KOVANTA_API void writePngImage(const std::string& name, const Image<>& im);
 /// @}
 

@@ -57,8 +57,8 @@ public:
     /// @throws std::runtime_error "[VideoInputCaptureV4L::init]: " + call + " failed: ", where call is one of
     ///         "Ioctl VIDIOC_QUERYCAP", "Ioctl VIDIOC_G_FMT", "Ioctl VIDIOC_REQBUFS", "Ioctl VIDIOC_QUERYBUF", "mmap",
     ///         "Ioctl VIDIOC_QBUF", "Ioctl VIDIOC_STREAMON"
-    /// @throws std::runtime_error "[VideoInputCaptureV4L::init]: Device does not support V4L2_CAP_VIDEO_CAPTURE and
-    ///         V4L2_CAP_STREAMING."
+    /// @throws std::runtime_error
+    ///         "[VideoInputCaptureV4L::init]: Device does not support V4L2_CAP_VIDEO_CAPTURE and V4L2_CAP_STREAMING."
     /// @throws std::runtime_error "[VideoInputCaptureV4L::init]: Driver's buffer is smaller than a frame."
     /// @throws what setFormat(), close() and Image::size() throw
     void init(unsigned int device, unsigned int width, unsigned int height, unsigned int input) override;

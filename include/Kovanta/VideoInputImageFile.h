@@ -18,9 +18,9 @@ namespace Ko {
 class KOVANTA_API VideoInputImageFile : public VideoInput {
 public:
     /// Lists a directory and reads its first still, for the width and height.
-    /// @throws std::runtime_error "[VideoInputImageFile::VideoInputImageFile]: " followed by "Invalid image file
-    ///         directory given!", "Error reading image directory! (REASON)" or "No image files found!"; what
-    ///         readImage() throws for the first still
+    /// @throws std::runtime_error "[VideoInputImageFile::VideoInputImageFile]: " followed by
+    ///         "Invalid image file directory given!", "Error reading image directory! (REASON)" or
+    ///         "No image files found!"; what readImage() throws for the first still
     VideoInputImageFile(std::string directory); // NOLINT(google-explicit-constructor)
     VideoInputImageFile(const VideoInputImageFile&) = delete;
     VideoInputImageFile& operator=(const VideoInputImageFile&) = delete;

@@ -47,10 +47,10 @@ public:
     /// What was opened before a failure stays in the object, unusable, until close(), the next open() or the end of
     /// the object.
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to open FILENAME."
-    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find stream information in
-    ///         FILENAME."
-    /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find video stream in
-    ///         FILENAME."
+    /// @throws std::runtime_error
+    ///         "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find stream information in FILENAME."
+    /// @throws std::runtime_error
+    ///         "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find video stream in FILENAME."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_find_decoder failed."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_open failed."
     /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."

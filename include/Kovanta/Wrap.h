@@ -52,8 +52,8 @@ private:
 ///
 /// Nothing is copied, and the memory must outlive the image. The chroma planes of PF_Y and PF_YAP, which nothing
 /// reads, may be left out: `{{y, stride}}`, and `{{y, stride}, {}, {}, {alpha, stride}}`.
-/// @throws std::logic_error for PF_UNKNOWN and unknown formats; "[wrapMemory]: Plane N has no memory.", "[wrapMemory]:
-///         Plane N has a stride below its row's length.", "[wrapMemory]: The format has no plane N."
+/// @throws std::logic_error for PF_UNKNOWN and unknown formats; "[wrapMemory]: Plane N has no memory.",
+///         "[wrapMemory]: Plane N has a stride below its row's length.", "[wrapMemory]: The format has no plane N."
 /// @throws std::runtime_error "[wrapMemory]: Image too large.", std::bad_alloc
 KOVANTA_API Image<> wrapMemory(PIXEL_FORMAT format, unsigned int w, unsigned int h, const PlaneMemory (&planes)[4]);
 /// The same over memory that must not be written.
