@@ -23,9 +23,12 @@ if [ ! -d "$old/source" ]; then
 fi
 
 build() { # SOURCE TARGET
-  cmake -S "$1" -B "$2" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOVANTA_BUILD_BENCH=ON -DKOVANTA_BUILD_TESTS=OFF \
-    -DKOVANTA_BUILD_EXAMPLES=OFF >"$2.log" 2>&1 &&
-    cmake --build "$2" --target "bench_$program" >>"$2.log" 2>&1 || { tail -n 30 "$2.log" >&2; return 1; }
+  if ! { cmake -S "$1" -B "$2" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKOVANTA_BUILD_BENCH=ON \
+    -DKOVANTA_BUILD_TESTS=OFF -DKOVANTA_BUILD_EXAMPLES=OFF && cmake --build "$2" --target "bench_$program"; } \
+    >"$2.log" 2>&1; then
+    tail -n 30 "$2.log" >&2
+    return 1
+  fi
 }
 build "$old/source" "$old/build"
 build . "$scratch/this"
