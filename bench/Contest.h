@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_BENCH_CONTEST_H
 #define KOVANTA_BENCH_CONTEST_H
 

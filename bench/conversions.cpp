@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Conversions and flips: our kernels level by level, convertIm as an application calls it, and what others make of
 // the same job. Arguments are those of Google Benchmark, and --table=FILE.
 #include "Contest.h"

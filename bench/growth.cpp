@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Whether cost stays flat: time per pixel over frame sizes, time and memory per frame over a long file.
 // Argument: how many frames the file has (100000 without).
 #include "Kovanta/ConvertIm.h"

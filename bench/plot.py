@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """plot.py TABLE SIZE: an SVG of the conversions of one frame size, as ratios to the best peer, on standard output.
 
 TABLE is what bench_conversions --table=TABLE has written.

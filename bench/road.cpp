@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Video files: what reading, writing, the whole road and seeking cost beside libav alone and beside OpenCV.
 #include "BareLibav.h"
 #include "Contest.h"

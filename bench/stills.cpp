@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Stills read and written: the library, the bare calls of libjpeg and libpng doing the same job, and OpenCV's imread
 // and imwrite. Files are 1280 x 720, in a temporary directory; set TMPDIR to a memory file system to leave the disk
 // out. Arguments are those of Google Benchmark, and --table=FILE.

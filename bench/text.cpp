@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Text into a 1080p frame: from the cache of glyphs, against OpenCV's antialiased putText and against FreeType
 // rendering each glyph anew. Counted in glyphs. Arguments are those of Google Benchmark, and --table=FILE.
 #include "Contest.h"

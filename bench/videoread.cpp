@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Video files read to their end: the library, and the bare libav calls for the same file with the same number of
 // threads, followed by the one conversion that both need. What the library adds is the distance between the two.
 // Files are 1280 x 720, made with the ffmpeg program in a temporary directory. Arguments are those of Google

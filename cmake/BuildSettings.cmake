@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # One interface target carries what every target of this project is compiled with.
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # The libraries that Kovanta itself is linked against.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # Turns a font file into a C++ source that defines it as an array: cmake -DINPUT=... -DOUTPUT=... -P EmbedFont.cmake
 file(READ ${INPUT} bytes HEX)
 string(LENGTH "${bytes}" digits)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Kovanta EXPORT KovantaTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // capture [DEVICE] [WxH] [-n FRAMES] OUTPUT|--show: records a camera into a video file, or shows it in a window.
 //
 // Without arguments it lists the cameras. The rate is measured, since a camera does not tell what it delivers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // contact VIDEO SHEET: frames from all over a video, small, side by side on one still.
 
 #include <Kovanta/ImageFile.h>

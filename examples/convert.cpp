@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // convert IN OUT: turns any still into any other; the file names' extensions say what they are.
 //
 // convertIm() knows certain pairs of pixel formats only. Where a pair is missing, PF_YCC444P, which nearly everything

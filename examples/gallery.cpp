@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // gallery DIRECTORY: writes one picture of each thing that can be drawn, enlarged so that the pixels can be counted.
 
 #include <Kovanta/Draw.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // play FILE|DIRECTORY: shows a video file, or the stills of a directory, in a window at their rate.
 //
 // Keys: q quits, f is full screen and back, p or Pause holds, space steps to the next frame while holding.

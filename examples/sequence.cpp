@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // sequence DIR OUTPUT: makes a video file of the stills in a directory, in the order of their names.
 
 #include <Kovanta/VideoInput.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // text INPUT OUTPUT: a still with a box, a vector and text drawn over it.
 
 #include <Kovanta/Colors.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // track INPUT OUTPUT: finds what moves in a video and draws it into the output.
 //
 // The whole road of a vision program: frames come out of one video file, are looked at and drawn into, and go into

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_FUZZ_CHOICES_H
 #define KOVANTA_FUZZ_CHOICES_H
 

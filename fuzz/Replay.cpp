@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Runs a target over each file of its corpus: what the tests of every build do, where there is no fuzzer. --damage:
 // also with every byte cut off or changed. --patient: also large pictures, and every destination that the last bytes
 // choose.

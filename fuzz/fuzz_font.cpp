@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Checks.h"
 #include "Choices.h"
 #include "Kovanta/Font.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "BareLibraries.h"
 #include "Kovanta/ImageFile.h"
 #include "Stills.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Installs the peers, builds the benchmarks and runs them one after the other; the plot of the conversions goes to
 # docs/performance.svg. Arguments go to the programs: --fastest for a busy machine, --benchmark_filter=REGEX, ...
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Runs a command in a small virtual machine that has cameras, for machines that have none (or cannot load kernel
 # modules). The guest sees this machine's files, so that a program built here runs there as it is; what it writes stays
 # in the guest's memory and is gone at the end.
@@ -44,7 +45,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 if [ $# -eq 0 ] && ! $prepareOnly; then
-    sed -n '2,/^set /s/^# \{0,1\}//p' "$self" >&2
+    sed -n '3,/^set /s/^# \{0,1\}//p' "$self" >&2
     exit 2
 fi
 command -v qemu-system-x86_64 >/dev/null || unavailable "qemu-system-x86_64 is not installed (package qemu-system-x86)"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Compares what the library reads from real stills, sample for sample, with what bare libjpeg and libpng deliver and
 # with the conversion's formulas: scripts/check-real-stills.sh [BUILD_DIRECTORY [[--most FILES_OF_A_KIND] DIRECTORY...]]
 # Without directories, Debian packages with photographs, screenshots and icons are fetched and unpacked (not installed)

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # demo.sh [VIDEO]: tracks what moves in a video; without an argument, in a real clip of a coin that a pen pushes about (242 pictures).
 set -euo pipefail
 start=$PWD

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Runs one of the README's two commands as a newcomer would: in a bare Debian, from a clone of what is committed.
 # fresh.sh bookworm|trixie|sid [demo|test]
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Builds libjpeg, libpng and FreeType from Debian's source packages, as static libraries that the fuzzer sees into:
 # scripts/fuzz-libraries.sh DIRECTORY. They end up in DIRECTORY/prefix. Needs no root: the lists of the source packages
 # are kept in DIRECTORY, derived from the sources that the system's apt has.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Fuzzes a target for a while, or every target in turn: scripts/fuzz.sh [TARGET|all [SECONDS]]
 # Builds the targets with clang in build/fuzz, and with them libjpeg, libpng and FreeType from their Debian sources, so
 # that coverage guides the fuzzer through these too. New inputs gather in build/fuzz/corpus/TARGET, findings in

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # What no test program sees: formatting, shell scripts, documentation, clang-tidy. lint.sh [CHECK...] with the checks
 # format, shell, docs and tidy; all of them by default. tidy reads the commands of a release build.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Makes the pictures of docs/images with the library itself: what can be drawn, and the window with a tracked video.
 set -euo pipefail
 cd "$(dirname "$0")/.."

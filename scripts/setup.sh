@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Installs the Debian packages that building and testing take, and those named: setup.sh [PACKAGE...]. Silent and quick
 # when all are there.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Builds and runs every test: release, lint, address and undefined-behaviour sanitizers, thread sanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."

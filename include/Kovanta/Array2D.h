@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_ARRAY2D_H
 #define KOVANTA_ARRAY2D_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_COLORS_H
 #define KOVANTA_COLORS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_CONVERTIM_H
 #define KOVANTA_CONVERTIM_H
 

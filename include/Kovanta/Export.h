@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_EXPORT_H
 #define KOVANTA_EXPORT_H
 

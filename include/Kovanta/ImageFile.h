@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_IMAGEFILE_H
 #define KOVANTA_IMAGEFILE_H
 

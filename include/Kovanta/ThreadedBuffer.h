@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_THREADEDBUFFER_H
 #define KOVANTA_THREADEDBUFFER_H
 

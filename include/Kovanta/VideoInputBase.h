@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_VIDEOINPUTBASE_H
 #define KOVANTA_VIDEOINPUTBASE_H
 

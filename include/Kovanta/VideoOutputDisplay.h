@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_VIDEOOUTPUTDISPLAY_H
 #define KOVANTA_VIDEOOUTPUTDISPLAY_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "image/MissingSamples.h"
 
 #include "image/ImageLayout.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/Wrap.h"
 
 #include "image/ArrayStorage.h"

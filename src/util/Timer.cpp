@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/Timer.h"
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>

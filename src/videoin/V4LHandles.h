@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_SRC_VIDEOIN_V4LHANDLES_H
 #define KOVANTA_SRC_VIDEOIN_V4LHANDLES_H
 

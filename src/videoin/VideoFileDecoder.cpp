@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "videoin/VideoFileDecoder.h"
 
 #include "libav/Names.h"

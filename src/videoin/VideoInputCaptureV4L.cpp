@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInputCaptureV4L.h"
 
 #include "Kovanta/ConvertIm.h"

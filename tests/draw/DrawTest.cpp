@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/Colors.h"
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Frac.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # A font file of any size becomes an array of its bytes: check-embed.sh SOURCE_DIRECTORY COMPILER
 set -euo pipefail
 source_dir=$1 compiler=$2

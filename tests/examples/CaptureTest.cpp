@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInput.h"
 #include "support/Commands.h"
 #include "support/TempDirectory.h"

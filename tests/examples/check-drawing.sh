@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The example programs that draw and show do so: gallery, text and play, given as arguments, in an X server.
 set -euo pipefail
 gallery=$1 text=$2 play=$3

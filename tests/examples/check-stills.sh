@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The example programs on stills: check-examples.sh CONVERT SEQUENCE
 set -euo pipefail
 convert=$(realpath "$1")

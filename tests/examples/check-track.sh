@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # track and contact: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
 # Ctrl-C.
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Every level of the row kernels against the portable ones, byte for byte.
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Wrap.h"

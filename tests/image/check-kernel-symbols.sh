@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # check-kernel-symbols.sh OBJECT...: the sources compiled for newer processors must define nothing that another source
 # may define as well, or the linker could take their copy for all.
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Every operation, with each of its requests for memory refused in turn: an exception, the target as it was, nothing
 // leaked, and the next call does its job.
 #include "Kovanta/Kovanta.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-2-Clause
 # Takes the C++ blocks out of a page: those with a main() become NAME-1.cpp, NAME-2.cpp, ..., the others functions that are
 # appended to fragments.cpp. awk -v page=PAGE -v name=NAME -f blocks.awk FILE
 /^<!-- given: .* -->$/ { given = substr($0, 13, length($0) - 16) }

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The C++ of README and of every page below docs compiles as it stands there, without a warning. A block with a main() is
 # a program and runs: its first line says how it is called, "// name ARGUMENTS", where a file that does not exist yet is
 # one that the program makes. Any other block becomes a function's body; what it takes for granted is declared by a

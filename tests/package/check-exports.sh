@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The library exports what exports.txt lists, nothing more and nothing less, and its soname carries no version.
 set -euo pipefail
 library=$3

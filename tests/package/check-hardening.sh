@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # The release library carries what hardens it: check-hardening.sh SOURCE BUILD LIBRARY COMPILER
 set -euo pipefail
 library=$3

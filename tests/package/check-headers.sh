@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Every header compiles alone, without a warning: the public ones as C++17 and as C++20, without any codec's headers; those
 # of src with the include directories given as the rest of the arguments.
 set -euo pipefail

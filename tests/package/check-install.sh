@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Installs the library into an empty prefix and builds and runs a small program against it: through find_package and
 # through pkg-config.
 set -euo pipefail

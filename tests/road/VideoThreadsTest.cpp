@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
 #include "support/VideoMedia.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_TESTS_SUPPORT_RESOURCES_H
 #define KOVANTA_TESTS_SUPPORT_RESOURCES_H
 

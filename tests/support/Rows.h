@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_TESTS_SUPPORT_ROWS_H
 #define KOVANTA_TESTS_SUPPORT_ROWS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInput.h"
 #include "support/Resources.h"
 #include "videoin/VirtualCamera.h"

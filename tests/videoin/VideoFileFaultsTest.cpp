@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInput.h"
 #include "support/LibavFaults.h"
 #include "support/Resources.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "videoin/VirtualCamera.h"
 
 #include "support/TempDirectory.h"

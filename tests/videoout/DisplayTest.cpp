@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoOutputDisplay.h"
 
 #include "support/TestImages.h"

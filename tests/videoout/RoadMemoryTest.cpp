@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // The road of a frame from file to file asks for no memory once it is under way.
 #include "Kovanta/Draw.h"
 #include "Kovanta/VideoInput.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "videoout/XClient.h"
 
 #include <X11/Xatom.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Compiled for AVX2; the flags are in CMakeLists.txt.
 #include "image/kernels/KernelLevels.h"
 #include "image/kernels/VectorKernels.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Compiled for AVX-512 with VBMI, VBMI2 and VNNI; the flags are in CMakeLists.txt.
 // The vectors come first: the other headers are written in them.
 #include "image/kernels/Vectors512.h"

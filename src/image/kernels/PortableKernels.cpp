@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #include "image/kernels/Definition.h"
 #include "image/kernels/KernelLevels.h"
 
