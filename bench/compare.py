@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-2-Clause
 """compare.py DIRECTORY ROUNDS: the speed of this tree over an older one's, row by row, slowest first.
 
 DIRECTORY has the tables that the rounds wrote: old.1.tsv, this.1.tsv, old.2.tsv, ... The ratio is that of the best of

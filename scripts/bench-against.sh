@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-2-Clause
 # Whether this tree is slower than a commit: builds the benchmarks of both, runs them in turn and prints for each row how
 # fast this tree is relative to the commit, with the spread over the rounds.
 #

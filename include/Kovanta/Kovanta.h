@@ -13,6 +13,7 @@
 #include "Kovanta/Image.h"
 #include "Kovanta/ImageFile.h"
 #include "Kovanta/Timer.h"
+#include "Kovanta/Version.h"
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
 #include "Kovanta/Wrap.h"

@@ -2,6 +2,7 @@
 #include <Kovanta/Kovanta.h>
 
 #include <iostream>
+#include <string>
 
 // Uses something of every header, so that a symbol that the library forgot to export fails to link here.
 int main() {
@@ -15,6 +16,10 @@ int main() {
     Ko::drawLine(frame, 0, 0, 7, 7, Ko::YCCColor{16, 128, 128});
     Ko::Timer timer;
     timer.stop();
+    if (KOVANTA_VERSION < 100 || Ko::version() != std::to_string(KOVANTA_VERSION_MAJOR) + "." +
+                                                      std::to_string(KOVANTA_VERSION_MINOR) + "." +
+                                                      std::to_string(KOVANTA_VERSION_PATCH))
+        return 1;
     { const boost::lock_guard<boost::mutex> lock(libAvMutex); }
     const bool right = frame.plane[0].view[0][1] == 235 && frame.plane[0].view[3][3] == 16;
     std::cout << fmt2string(frame.format) << (right ? ": drawn" : ": wrong") << "\n";
