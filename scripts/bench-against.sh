@@ -8,7 +8,7 @@
 # ROUNDS is 5 without, PROGRAM conversions; the arguments go to the program: --benchmark_filter='1920x1080/AVX2', ...
 set -euo pipefail
 cd "$(dirname "$0")/.."
-[ $# -gt 0 ] || { sed -n '2,7s/^# \{0,1\}//p' "$0" >&2; exit 2; }
+[ $# -gt 0 ] || { sed -n '3,8s/^# \{0,1\}//p' "$0" >&2; exit 2; }
 commit=$(git rev-parse --verify --short "$1^{commit}")
 rounds=${2:-5}
 program=${3:-conversions}
