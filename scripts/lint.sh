@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-2-Clause
-# What no test program sees: formatting, shell scripts, documentation, clang-tidy. lint.sh [CHECK...] with the checks
-# format, shell, docs and tidy; all of them by default. tidy reads the commands of a release build.
+# What no test program sees: formatting, licences, shell scripts, documentation, clang-tidy. lint.sh [CHECK...] with the
+# checks format, licence, shell, docs and tidy; all of them by default. tidy reads the commands of a release build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh clang-format clang-tidy doxygen git shellcheck
+scripts/setup.sh test clang-format clang-tidy doxygen git shellcheck
 
 format() {
   git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
@@ -14,9 +14,18 @@ shell() {
   git ls-files '*.sh' .ci/run | xargs shellcheck
 }
 
-# Every warning is an error, and every picture that a page shows is there.
+# A line that names the licence stands in every source. Data (media, corpora, tables) and pages have none.
+licence() {
+  local lost
+  lost=$(git ls-files '*.cpp' '*.h' '*.sh' '*.py' '*.cmake' '*CMakeLists.txt' .ci/run docs/Doxyfile |
+    xargs grep -L 'SPDX-License-Identifier: BSD-2-Clause' || true)
+  [ -z "$lost" ] || { echo "lint: no licence in $lost"; return 1; }
+}
+
+# Every warning is an error; every picture that a page shows is there, every link between pages leads somewhere, and every
+# function, enumeration and piece of data of the interface has its place in an area.
 docs() {
-  local html=build/docs/html lost=0 picture
+  local html=build/docs/html lost=0 picture name areas
   rm -rf build/docs
   mkdir -p build/docs
   { cat docs/Doxyfile && echo "WARN_AS_ERROR = FAIL_ON_WARNINGS"; } | doxygen - || return 1
@@ -25,6 +34,15 @@ docs() {
   done < <({
     git ls-files '*.md' | grep -E '^(README|docs/)' | xargs grep -ohE '!\[[^]]*\]\([^)]*\)' | sed -E 's/.*\((.*)\)/\1/; s|.*/||'
     grep -ohE '(src|data)="[^"]*\.(png|svg)"' "$html"/*.html | sed -E 's/.*="(.*)"/\1/'
+  } | sort -u)
+  ! grep -oE 'href="[^":]*\.md[^"]*"' "$html"/*.html || { echo "lint: links that lead nowhere"; lost=1; }
+  areas=$(awk '/<compound kind="group">/ { inside = 1 } /<\/compound>/ { inside = 0 } inside' build/docs/kovanta.tag)
+  while read -r name; do
+    grep -qF "<name>$name</name>" <<<"$areas" || { echo "lint: $name is in no area"; lost=1; }
+  done < <({
+    echo convertIm
+    sed -E 's/[[(].*//; s/^Ko:://' tests/package/exports.txt | grep -vE '::| '
+    grep -ohE '^enum [A-Za-z_]+' include/Kovanta/*.h | cut -c6-
   } | sort -u)
   return $lost
 }
@@ -36,7 +54,7 @@ tidy() {
     2> >(grep -v 'warnings generated' >&2)
 }
 
-[ $# -gt 0 ] || set -- format shell docs tidy
+[ $# -gt 0 ] || set -- format licence shell docs tidy
 failed=()
 for check in "$@"; do
   echo "lint: $check"

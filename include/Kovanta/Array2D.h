@@ -10,6 +10,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 /// A two-dimensional array of samples, reached through a table of row pointers: sample (x, y) of the current view
 /// is `view[y][x]`.
 ///
@@ -81,6 +84,8 @@ public:
 };
 
 extern template class Array2D<unsigned char>;
+
+/// @}
 
 } // namespace Ko
 

@@ -6,6 +6,9 @@
 
 namespace Ko {
 
+/// @addtogroup drawing
+/// @{
+
 /// Named colours for drawing: what convertIm() makes of the RGB values beside them (ITU-R BT.601, studio range).
 namespace colors {
 
@@ -23,6 +26,8 @@ inline constexpr YCCColor blue{41, 240, 110};       ///< 0, 0, 255
 inline constexpr YCCColor magenta{106, 202, 222};   ///< 255, 0, 255
 
 } // namespace colors
+
+/// @}
 
 } // namespace Ko
 

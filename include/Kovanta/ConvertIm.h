@@ -7,6 +7,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 /// Converts the pixels of @p src into the format that @p dst already has, and sizes @p dst.
 ///
 /// Same formats are copied with their whole description. Otherwise these pairs exist, each a single pass over the
@@ -39,7 +42,12 @@ KOVANTA_API void convertIm(Image<>& dst, const Image<>& src);
 /// way that it knows. Thread-safe.
 KOVANTA_API bool canConvert(PIXEL_FORMAT from, PIXEL_FORMAT to);
 
+/// @}
+
 } // namespace Ko
+
+/// @addtogroup images
+/// @{
 
 /// @name Conversion routines
 /// What convertIm() calls, and four more that it does not know. The target must have the source's width and height
@@ -79,6 +87,8 @@ KOVANTA_API void YCC420P_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 KOVANTA_API void YUY2_2_YCC444P(Ko::Image<>& dst, const Ko::Image<>& src);
 /// PF_YCC444P to PF_YUY2; chroma is the truncated mean of each pair. Not used by convertIm().
 KOVANTA_API void YCC444P_2_YUY2(Ko::Image<>& dst, const Ko::Image<>& src);
+/// @}
+
 /// @}
 
 #endif

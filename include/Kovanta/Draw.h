@@ -7,6 +7,9 @@
 
 namespace Ko {
 
+/// @addtogroup drawing
+/// @{
+
 /// A pixel position; x to the right, y downwards, from the top-left pixel.
 template <class T>
 struct Point {
@@ -14,10 +17,12 @@ struct Point {
     T y; ///< Downwards.
 };
 
+/// Equal in every field.
 template <class T>
 constexpr bool operator==(const Point<T>& a, const Point<T>& b) {
     return a.x == b.x && a.y == b.y;
 }
+/// Different in a field.
 template <class T>
 constexpr bool operator!=(const Point<T>& a, const Point<T>& b) {
     return !(a == b);
@@ -30,10 +35,12 @@ struct Vector2D {
     T y; ///< Downwards.
 };
 
+/// Equal in every field.
 template <class T>
 constexpr bool operator==(const Vector2D<T>& a, const Vector2D<T>& b) {
     return a.x == b.x && a.y == b.y;
 }
+/// Different in a field.
 template <class T>
 constexpr bool operator!=(const Vector2D<T>& a, const Vector2D<T>& b) {
     return !(a == b);
@@ -48,10 +55,12 @@ struct Bbox {
     T bottom; ///< Its last row; a filled box ends before it.
 };
 
+/// Equal in every field.
 template <class T>
 constexpr bool operator==(const Bbox<T>& a, const Bbox<T>& b) {
     return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
 }
+/// Different in a field.
 template <class T>
 constexpr bool operator!=(const Bbox<T>& a, const Bbox<T>& b) {
     return !(a == b);
@@ -64,9 +73,11 @@ struct YCCColor {
     unsigned char cr; ///< Red difference, 16 to 240; 128 is grey.
 };
 
+/// Equal in every field.
 constexpr bool operator==(const YCCColor& a, const YCCColor& b) {
     return a.y == b.y && a.cb == b.cb && a.cr == b.cr;
 }
+/// Different in a field.
 constexpr bool operator!=(const YCCColor& a, const YCCColor& b) {
     return !(a == b);
 }
@@ -86,7 +97,11 @@ KOVANTA_API void drawBbox(Image<>& im, const Bbox<int>& b, const YCCColor& c, bo
 
 /// Draws a vector from @p p: a shaft and, unless the vector is shorter than the head, a triangle whose base of half
 /// width @p headSize lies that far back from the tip. A zero vector draws its one pixel.
+/// @param im PF_YCC444P or PF_YCCA4444P
+/// @param v from the shaft's end to the tip
+/// @param p where the shaft ends
 /// @param headSize in pixels
+/// @param c the samples that are written
 KOVANTA_API void drawVector2D(Image<>& im, const Vector2D<int>& v, const Point<int>& p, unsigned int headSize,
                               const YCCColor& c);
 /// @overload
@@ -105,6 +120,8 @@ inline void drawVector2D(Image<>& im, const float (&v)[2], const Point<int>& p, 
                          const YCCColor& c) {
     drawVector2D(im, Vector2D<float>{v[0], v[1]}, p, headSize, c);
 }
+/// @}
+
 /// @}
 
 } // namespace Ko

@@ -6,6 +6,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 template <class T>
 class Image; // Kovanta/Image.h, which offers these functions too
 
@@ -27,6 +30,8 @@ KOVANTA_API void flipHor(Image<unsigned char>& im);
 KOVANTA_API void flipVer(Image<unsigned char>& dst, const Image<unsigned char>& src);
 /// Makes @p dst the left-to-right mirror of @p src; otherwise as flipVer().
 KOVANTA_API void flipHor(Image<unsigned char>& dst, const Image<unsigned char>& src);
+/// @}
+
 /// @}
 
 } // namespace Ko

@@ -9,6 +9,9 @@
 #include <memory>
 #include <string>
 
+/// @addtogroup drawing
+/// @{
+
 struct FT_FaceRec_; // what FT_Face points to; renderChar() takes one
 
 /// The built-in font: the TrueType file of Luxi Mono Regular.
@@ -16,7 +19,12 @@ extern KOVANTA_API const unsigned char luximr_ttf[];
 /// Its length in bytes, 71784.
 extern KOVANTA_API const unsigned long luximr_ttf_size;
 
+/// @}
+
 namespace Ko {
+
+/// @addtogroup drawing
+/// @{
 
 /// Draws 7-bit text into planar Y'CbCr images.
 ///
@@ -90,6 +98,8 @@ private:
     struct Impl;
     std::unique_ptr<Impl> impl; // null until the first init() or renderChar()
 };
+
+/// @}
 
 } // namespace Ko
 

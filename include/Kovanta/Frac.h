@@ -4,6 +4,9 @@
 
 namespace Ko {
 
+/// @addtogroup utilities
+/// @{
+
 /// An exact fraction, a plain value. A rate of 25 frames per second is `Frac<unsigned int>{25, 1}`.
 template <class T>
 struct Frac {
@@ -16,10 +19,13 @@ template <class T>
 constexpr bool operator==(const Frac<T>& a, const Frac<T>& b) {
     return a.num == b.num && a.den == b.den;
 }
+/// Different in a field.
 template <class T>
 constexpr bool operator!=(const Frac<T>& a, const Frac<T>& b) {
     return !(a == b);
 }
+
+/// @}
 
 } // namespace Ko
 

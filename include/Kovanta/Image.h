@@ -11,6 +11,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 /// An image: up to four planes and the description of their layout.
 ///
 /// There is one kind of sample, so its type can be left out: `Ko::Image frame(Ko::PF_YCC444P);` makes an image, and
@@ -72,9 +75,12 @@ public:
     void size(unsigned int w, unsigned int h, bool alloc = true);
 };
 
+/// `Ko::Image frame(Ko::PF_YCC444P)` needs no brackets.
 explicit Image(PIXEL_FORMAT)->Image<unsigned char>;
 
 extern template class Image<unsigned char>;
+
+/// @}
 
 } // namespace Ko
 

@@ -11,6 +11,9 @@
 
 namespace Ko {
 
+/// @addtogroup stills
+/// @{
+
 /// @name Still-image files
 ///
 /// Readers fill the caller's image in the pixel format that it has, and size it; writers take any source that
@@ -91,7 +94,12 @@ KOVANTA_API void readPngImage(Image<>& im, const std::string& name);
 KOVANTA_API void writePngImage(const std::string& name, const Image<>& im);
 /// @}
 
+/// @}
+
 } // namespace Ko
+
+/// @addtogroup stills
+/// @{
 
 /// Consumes the header of a binary PPM or PGM file and leaves the stream at the first pixel byte.
 ///
@@ -100,9 +108,12 @@ KOVANTA_API void writePngImage(const std::string& name, const Image<>& im);
 /// classic locale, as `boost::lexical_cast<unsigned int>` reads them. A comment without a line feed never ends.
 /// One thread at a time per stream.
 /// @param width, height in pixels, set on success only; not checked
+/// @param stream read from its current position
 /// @param type the digit after the 'P' that the file must have: '6' for PPM, '5' for PGM
 /// @throws std::runtime_error "[ConvertIm::parseHeader]: Incorrect PPM/PGM header.",
 ///         "[ConvertIm::parseHeader]: Only a maximum color value of 255 is supported now.", boost::bad_lexical_cast
 KOVANTA_API void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream, char type);
+
+/// @}
 
 #endif

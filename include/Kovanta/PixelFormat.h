@@ -8,6 +8,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 /// The pixel formats of an Image. The values are part of the interface.
 ///
 /// Planar formats keep each component in its own plane, at the resolution given here as horizontal x vertical
@@ -28,10 +31,17 @@ enum PIXEL_FORMAT : unsigned int {
     PF_YUY2 = 11      ///< Packed Y0, Cb, Y1, Cr for each pair of pixels.
 };
 
+/// @}
+
 } // namespace Ko
+
+/// @addtogroup images
+/// @{
 
 /// The name and a short description of a pixel format, as used in messages.
 /// @return "Unknown enumeration" for a value outside the enumeration. Thread-safe.
 KOVANTA_API std::string fmt2string(Ko::PIXEL_FORMAT format);
+
+/// @}
 
 #endif

@@ -17,6 +17,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoout
+/// @{
+
 /// A bounded queue that hands values from one producer thread to one consumer thread, oldest first.
 ///
 /// It holds values of its own: what was put in is independent of the caller's object afterwards. T needs a copy
@@ -147,6 +150,8 @@ void ThreadedBuffer<T>::waitForValue(Lock& lock) {
     condition.wait(lock);
 #endif
 }
+
+/// @}
 
 } // namespace Ko
 

@@ -11,6 +11,9 @@
 
 namespace Ko {
 
+/// @addtogroup utilities
+/// @{
+
 /// A wall-clock stopwatch for profiling. All readings are microseconds modulo 2^32 (a little over 71 minutes).
 ///
 /// With a comment, stop(), get() and getCum() print their reading as one line to standard output, for example
@@ -38,6 +41,8 @@ private:
     boost::posix_time::ptime startTime;
     std::uint32_t cumulative = 0;
 };
+
+/// @}
 
 } // namespace Ko
 

@@ -7,6 +7,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoin
+/// @{
+
 /// What the offset of VideoInput::seek() is counted from.
 enum VideoPosId : unsigned int {
     VP_BEGIN = 0,   ///< From the first frame.
@@ -39,6 +42,8 @@ public:
     /// Asks the source to start again at its end. Sources that cannot loop ignore it.
     virtual void setLoop(bool loop);
 };
+
+/// @}
 
 } // namespace Ko
 

@@ -9,6 +9,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoin
+/// @{
+
 /// Which fields of interlaced video a camera is asked for.
 enum FIELD_ORDER : unsigned int {
     FO_ANY = 0, ///< Whatever the device prefers.
@@ -41,6 +44,8 @@ public:
     /// Wishes the fields of interlaced video; takes effect at the next init().
     virtual void setFieldOrder(FIELD_ORDER order) = 0;
 };
+
+/// @}
 
 } // namespace Ko
 

@@ -12,6 +12,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoin
+/// @{
+
 /// A camera, or another video capture device, behind Linux's Video4Linux2 interface ("/dev/video0", ...).
 ///
 /// The device has to offer planar 4:2:0 ("YU12", preferred) or packed 4:2:2 ("YUYV"). Its buffers are mapped, and the
@@ -98,6 +101,8 @@ private:
     struct Impl;
     std::unique_ptr<Impl> impl;
 };
+
+/// @}
 
 } // namespace Ko
 

@@ -9,6 +9,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoin
+/// @{
+
 /// The stills of one directory, played as frames.
 ///
 /// Every regular file (or link to one) whose extension is .jpg, .jpeg, .png, .ppm or .pgm in any case is a frame; the
@@ -53,6 +56,8 @@ private:
     struct Impl;
     std::unique_ptr<Impl> impl;
 };
+
+/// @}
 
 } // namespace Ko
 

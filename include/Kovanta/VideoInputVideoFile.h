@@ -12,6 +12,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoin
+/// @{
+
 /// The first video stream of a file, in any container and codec that the installed libav reads, as long as it decodes
 /// to planar 4:2:0 or to full-range planar 4:2:2.
 ///
@@ -115,6 +118,8 @@ private:
     struct Impl;
     std::unique_ptr<Impl> impl;
 };
+
+/// @}
 
 } // namespace Ko
 

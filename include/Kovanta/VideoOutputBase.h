@@ -7,6 +7,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoout
+/// @{
+
 /// A sink of frames: a window, a video file. One thread at a time per object.
 class KOVANTA_API VideoOutput {
 public:
@@ -14,6 +17,8 @@ public:
     /// Hands one frame to the sink, which copies what it needs. @return true on success
     virtual bool write(const Image<>& image) = 0;
 };
+
+/// @}
 
 } // namespace Ko
 

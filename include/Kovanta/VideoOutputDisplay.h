@@ -8,10 +8,18 @@
 #include <memory>
 #include <string>
 
+/// @addtogroup videoout
+/// @{
+
 /// The title that a new window gets, "VideoOutputDisplay". May be pointed at another text before a window is opened.
 extern KOVANTA_API char* DEFAULT_CAPTION;
 
+/// @}
+
 namespace Ko {
+
+/// @addtogroup videoout
+/// @{
 
 /// A window that shows frames and turns key presses into flags that the application polls.
 ///
@@ -90,6 +98,8 @@ private:
     struct Impl;
     std::unique_ptr<Impl> impl;
 };
+
+/// @}
 
 } // namespace Ko
 

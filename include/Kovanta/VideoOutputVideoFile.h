@@ -12,6 +12,9 @@
 
 namespace Ko {
 
+/// @addtogroup videoout
+/// @{
+
 /// Encodes frames into a video file on a thread of its own.
 ///
 /// The container follows from the file name's extension; the encoder is the container's default one or one chosen by
@@ -100,6 +103,8 @@ private:
     struct Impl;
     std::unique_ptr<Impl> impl;
 };
+
+/// @}
 
 } // namespace Ko
 

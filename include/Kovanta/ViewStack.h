@@ -9,6 +9,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 /// The views of an array, the current one last: a container in the manner of std::vector, from and to which it
 /// converts.
 ///
@@ -110,6 +113,8 @@ private:
     std::vector<View> several; // the entries of a deeper one
     std::size_t count = 1;
 };
+
+/// @}
 
 } // namespace Ko
 

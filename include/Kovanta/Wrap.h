@@ -10,6 +10,9 @@
 
 namespace Ko {
 
+/// @addtogroup images
+/// @{
+
 /// Where the samples of a plane lie: the first byte of its top row, and how many bytes further each next row begins.
 /// A negative stride is a picture stored bottom up: `first` is then in the row that lies last in memory.
 struct PlaneMemory {
@@ -71,9 +74,12 @@ KOVANTA_API void rewrapMemory(Image<>& im, unsigned int w, unsigned int h, const
 ///         image's planes hold
 /// @throws std::logic_error "[wrapRectangle]: The corner splits a pair of pixels.", std::bad_alloc
 KOVANTA_API Image<> wrapRectangle(Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h);
+/// @overload
 KOVANTA_API ConstImage wrapRectangle(const Image<>& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h);
 /// Not of an image that is about to go.
 ConstImage wrapRectangle(const Image<>&& im, unsigned int x, unsigned int y, unsigned int w, unsigned int h) = delete;
+
+/// @}
 
 } // namespace Ko
 
