@@ -4,9 +4,10 @@
 set -euo pipefail
 start=$PWD
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+scripts/setup.sh demo
 
-cmake --preset release -DKOVANTA_BUILD_TESTS=OFF -B build/demo >/dev/null
+echo "demo: building"
+cmake --preset release -DKOVANTA_BUILD_TESTS=OFF -DKOVANTA_BUILD_EXAMPLES=ON -B build/demo >/dev/null
 cmake --build build/demo -j "$(nproc)" --target track contact >/dev/null
 
 work=build/demo/out
@@ -30,6 +31,7 @@ if [ $# -gt 0 ]; then
 elif ! video=$(real_clip); then
   echo "The real clip (Debian package node-opencv) cannot be had here; a generated one stands in for it."
   video=$work/generated.mp4
+  scripts/setup.sh demo ffmpeg
   ffmpeg -v error -y -f lavfi -i "color=gray:size=568x320:rate=30:duration=8[bg];color=white:size=60x60:rate=30[box];
     [bg][box]overlay=x='254+200*sin(t*1.3)':y='130+100*cos(t*0.9)':shortest=1" -pix_fmt yuv420p "$video"
 fi

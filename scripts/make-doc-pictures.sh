@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 
-cmake --preset release -DKOVANTA_BUILD_TESTS=OFF -B build/pictures >/dev/null
+cmake --preset release -DKOVANTA_BUILD_TESTS=OFF -DKOVANTA_BUILD_EXAMPLES=ON -B build/pictures >/dev/null
 cmake --build build/pictures -j "$(nproc)" --target gallery play track >/dev/null
 examples=$PWD/build/pictures/examples
 images=$PWD/docs/images

@@ -1,21 +1,32 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-2-Clause
-# Installs the Debian packages that building and testing take, and those named: setup.sh [PACKAGE...]. Silent and quick
-# when all are there.
+# Installs Debian packages where they are missing: setup.sh [library|demo|test] [PACKAGE...]
+#   library  what the library is built with
+#   demo     and the examples
+#   test     and the tests (the default)
+# and the packages named. Silent and quick when all are there; needs root or sudo.
 set -euo pipefail
 
-packages=(
+library=(
   # tools
   ca-certificates cmake g++ ninja-build pkg-config
   # what the library is built on
-  libavcodec-dev libavformat-dev libavutil-dev libboost-date-time-dev libboost-filesystem-dev libboost-system-dev
-  libboost-thread-dev libfreetype-dev libjpeg62-turbo-dev libpng-dev libsdl1.2-dev libx11-dev
-  # examples and tests
-  ffmpeg imagemagick libcli11-dev libgmock-dev libgtest-dev libxtst-dev xauth xdotool xvfb
+  libavcodec-dev libavformat-dev libavutil-dev libboost-filesystem-dev libboost-thread-dev libfreetype-dev
+  libjpeg62-turbo-dev libpng-dev libsdl1.2-dev libx11-dev
+)
+demo=("${library[@]}" libcli11-dev)
+test=(
+  "${demo[@]}" ffmpeg imagemagick libgmock-dev libgtest-dev libxtst-dev xauth xdotool xvfb
   # the virtual machine that the camera is tested in, and what its modules are built with
   libelf1 make qemu-system-x86 xz-utils
-  "$@"
 )
+
+case ${1:-} in
+  library) shift && packages=("${library[@]}" "$@") ;;
+  demo) shift && packages=("${demo[@]}" "$@") ;;
+  test) shift && packages=("${test[@]}" "$@") ;;
+  *) packages=("${test[@]}" "$@") ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do
@@ -28,13 +39,24 @@ if [ "$(id -u)" -ne 0 ]; then
   command -v sudo >/dev/null || { echo "setup: not root and no sudo; install: ${missing[*]}" >&2; exit 1; }
   as_root=(sudo)
 fi
-export DEBIAN_FRONTEND=noninteractive
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-echo "setup: installing ${#missing[@]} packages" >&2
-if ! { "${as_root[@]}" apt-get update && "${as_root[@]}" apt-get install -y --no-install-recommends "${missing[@]}"; } \
-    >"$log" 2>&1; then
-  tail -n 20 "$log" >&2
-  echo "setup: apt-get failed" >&2
-  exit 1
-fi
+
+# What apt says is for the log; its progress, in the third field of status lines, shows now and then. The status goes
+# through a descriptor that is opened behind sudo, which closes those it is given.
+apt() {
+  # shellcheck disable=SC2016
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive LOG="$log" \
+    sh -c 'exec apt-get -o APT::Status-Fd=3 "$@" 3>&1 >"$LOG" 2>&1' apt-get "$@" |
+    awk -F: '
+      $1 == "dlstatus" || $1 == "pmstatus" {
+        step = ($1 == "dlstatus" ? "downloaded" : "installed") " " int($3 / 25) * 25 " %"
+        if (step != last && step !~ / 0 %/)
+          print "setup: " step
+        last = step
+      }' >&2 || { tail -n 20 "$log" >&2; echo "setup: apt-get $1 failed" >&2; exit 1; }
+}
+echo "setup: reading the lists of packages" >&2
+apt update
+echo "setup: installing ${#missing[@]} packages and what they need: ${missing[*]}" >&2
+apt install -y --no-install-recommends "${missing[@]}"

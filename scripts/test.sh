@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 
 jobs=$(nproc)
-options=(-DKOVANTA_BUILD_TESTS=ON)
+options=(-DKOVANTA_BUILD_TESTS=ON -DKOVANTA_BUILD_EXAMPLES=ON)
 [ "${CI:-}" = true ] && options+=(-DKOVANTA_WERROR=ON)
 
 # quiet COMMAND...: its output only when it fails.
