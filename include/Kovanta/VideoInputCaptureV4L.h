@@ -2,10 +2,12 @@
 #ifndef KOVANTA_VIDEOINPUTCAPTUREV4L_H
 #define KOVANTA_VIDEOINPUTCAPTUREV4L_H
 
+#include "Kovanta/Frac.h"
 #include "Kovanta/VideoInputCaptureABC.h"
 
 #include <linux/videodev2.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,7 +24,8 @@ namespace Ko {
 /// formats of the caller work as far as convertIm() has the pair.
 ///
 /// Every failed call to the system throws std::runtime_error with the reason of the system at its end. One thread at a
-/// time per object; read() waits in the driver and is ended by a frame or by the device going away.
+/// time per object, but for setTimeout(), which limits how long read() waits. Where a camera may fall silent, set that,
+/// or call waitForFrame() before read(); an interruption of the boost::thread ends the wait as well.
 class KOVANTA_API VideoInputCaptureV4L : public VideoInputCaptureABC {
 public:
     /// Opens nothing yet: two buffers, any field order.
@@ -34,11 +37,13 @@ public:
 
     /// Waits for the next frame and converts it into the format that @p frame has; gives it the negotiated size and
     /// memory of its own, and stamps its `sequenceNumber` with the number of frames delivered before it since init().
-    /// When a conversion is refused, the frame is lost and the stream goes on.
+    /// When a conversion is refused, the frame is lost and the stream goes on; when the wait is ended, none is.
     /// @return true
     /// @throws std::runtime_error "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: " (also before init())
     /// @throws std::runtime_error "[VideoInputCaptureV4L::read]: Ioctl VIDIOC_QBUF failed: "
     /// @throws std::runtime_error "[VideoInputCaptureV4L::read]: Driver returned an unknown buffer."
+    /// @throws std::runtime_error "[VideoInputCaptureV4L::read]: No frame within the timeout." after setTimeout()
+    /// @throws boost::thread_interrupted within a twentieth of a second of boost::thread::interrupt()
     /// @throws what Image::size() and convertIm() throw
     bool read(Image<>& frame) override;
     /// Does nothing. @return tell()
@@ -79,6 +84,33 @@ public:
     void setBufferCount(unsigned int count) override;
     /// @throws std::logic_error "[VideoInputCaptureV4L::setFieldOrder]: Unknown field order."
     void setFieldOrder(FIELD_ORDER order) override;
+
+    /// Limits how long read() waits. May be called by any thread, and by a signal handler, and then holds for a read()
+    /// that waits already: a handler that sets 1 ends the wait.
+    /// @param milliseconds 0, as at first, is no limit
+    void setTimeout(unsigned int milliseconds);
+    /// Waits until read() would not: for programs that do something else as long as no frame comes.
+    /// @param milliseconds at most; 0 only asks
+    /// @return true when read() finds a frame, or a reason to throw; false when the time is up or a signal handler ran
+    /// @throws boost::thread_interrupted as read()
+    bool waitForFrame(unsigned int milliseconds) const;
+
+    /// Wishes a number of frames per second; takes effect at the next init(). A driver takes the nearest that it has,
+    /// or keeps its own.
+    /// @param rate 0/1, as at first, leaves the device as it is
+    void setFrameRate(Frac<unsigned int> rate);
+    /// @return the frames per second that the initialised device says it is set to (a camera may deliver fewer in the
+    ///         dark), 0/1 when it does not say
+    Frac<unsigned int> getFrameRate() const;
+    /// @return when the driver took the frame read last, in microseconds of its clock (nearly always CLOCK_MONOTONIC);
+    ///         0 before the first one since init()
+    std::int64_t getTimeStamp() const;
+    /// @return the driver's number of the frame read last, which counts lost ones too; 0 before the first one since
+    ///         init(), and with a driver that does not count
+    std::uint32_t getDriverSequence() const;
+    /// @return how many of the driver's numbers were left out between the frames read since init(): frames that the
+    ///         driver dropped, as a rule because all buffers were full
+    std::uint64_t getLostFrames() const;
 
     /// Prints the inputs of the initialised device to standard output, one line each.
     void enumInputs() const;

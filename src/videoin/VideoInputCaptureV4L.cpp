@@ -3,6 +3,8 @@
 
 #include "Kovanta/ConvertIm.h"
 #include "util/Errors.h"
+#include "videoin/DriverCount.h"
+#include "videoin/FrameWait.h"
 #include "videoin/V4LBuffer.h"
 #include "videoin/V4LHandles.h"
 
@@ -38,8 +40,9 @@ constexpr std::uint32_t enumerationLimit = 4096;
 /// Numbers that listDevs() probes.
 constexpr unsigned int deviceNumbers = 64;
 
-/// The name of init(), for messages.
+/// The names of init() and read(), for messages.
 const char* const initName = "VideoInputCaptureV4L::init";
+const char* const readName = "VideoInputCaptureV4L::read";
 
 /// The message is made of the parts and the reason of the system.
 template <class... Parts>
@@ -67,8 +70,9 @@ std::string devicePath(unsigned int device) {
 
 /// Calls visit(record) for index 0, 1, ... until the driver refuses or visit returns false.
 template <class Record, class Visitor>
-void enumerate(const Descriptor& device, unsigned long code, Record record, Visitor visit) {
+void enumerate(const Descriptor& device, unsigned long code, const Record& preset, Visitor visit) {
     for (std::uint32_t index = 0; index < enumerationLimit; ++index) {
+        Record record = preset; // anew: the driver writes its answer into all fields
         record.index = index;
         if (device.ioctl(code, &record) == -1 || !visit(static_cast<const Record&>(record)))
             return;
@@ -119,11 +123,19 @@ private:
     bool queued = false;
 };
 
+v4l2_streamparm captureParameters() {
+    v4l2_streamparm record{};
+    record.type = captureType;
+    return record;
+}
+
 } // namespace
 
 struct KOVANTA_LOCAL VideoInputCaptureV4L::Impl {
     void openDevice(unsigned int number);
+    void selectInput() const;
     v4l2_format getFormat() const;
+    void wishFrameRate() const;
     void mapBuffers(const v4l2_pix_format& format);
 
     Descriptor device;
@@ -135,6 +147,9 @@ struct KOVANTA_LOCAL VideoInputCaptureV4L::Impl {
     std::uint32_t field = V4L2_FIELD_ANY;
     std::vector<V4LBuffer> buffers;
     PIXEL_FORMAT pixelFormat = PF_UNKNOWN;
+    Frac<unsigned int> wishedRate{0, 1};
+    DriverCount driverCount;
+    WaitLimit timeout{-1};
 };
 
 VideoInputCaptureV4L::VideoInputCaptureV4L()
@@ -156,6 +171,7 @@ void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigne
     if (impl->isInit)
         VideoInputCaptureV4L::close();
     impl->frameCount = 0;
+    impl->driverCount = {};
 
     /// Until the stream runs, whatever was set up is released again.
     struct Undo {
@@ -169,6 +185,7 @@ void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigne
     } const undo{*impl};
 
     impl->openDevice(device);
+    impl->selectInput();
     v4l2_format format = impl->getFormat();
     format.fmt.pix.width = width;
     format.fmt.pix.height = height;
@@ -177,6 +194,7 @@ void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigne
     format = impl->getFormat();
     int input = 0;
     impl->device.ioctl(VIDIOC_S_INPUT, &input);
+    impl->wishFrameRate();
     impl->mapBuffers(format.fmt.pix);
     int type = captureType;
     request(impl->device, VIDIOC_STREAMON, &type, initName, "VIDIOC_STREAMON");
@@ -203,6 +221,15 @@ void VideoInputCaptureV4L::Impl::openDevice(unsigned int number) {
                                     "V4L2_CAP_STREAMING.");
 }
 
+/// Selects input 0 where another one is: each may have formats of its own, so before they are asked for.
+void VideoInputCaptureV4L::Impl::selectInput() const {
+    int input = 0;
+    if (device.ioctl(VIDIOC_G_INPUT, &input) == -1 || input == 0)
+        return;
+    input = 0;
+    device.ioctl(VIDIOC_S_INPUT, &input);
+}
+
 v4l2_format VideoInputCaptureV4L::Impl::getFormat() const {
     v4l2_format format{};
     format.type = captureType;
@@ -214,6 +241,8 @@ void VideoInputCaptureV4L::setFormat(v4l2_format format) {
     // Many drivers do not refuse a format that they lack but answer with one that they have.
     const auto accepts = [&](const FormatPreference& preference) {
         format.fmt.pix.pixelformat = preference.fourcc;
+        // Of another size or format; a driver may take them for a wish for padding.
+        format.fmt.pix.bytesperline = format.fmt.pix.sizeimage = 0;
         return impl->device.ioctl(VIDIOC_TRY_FMT, &format) != -1 && format.fmt.pix.pixelformat == preference.fourcc;
     };
     const FormatPreference* preference = fmtPrefs;
@@ -224,6 +253,14 @@ void VideoInputCaptureV4L::setFormat(v4l2_format format) {
                           "Pixel format of camera is not supported. Uncle Brom wants YOU to implement it.");
     impl->pixelFormat = preference->format;
     request(impl->device, VIDIOC_S_FMT, &format, "VideoInputCaptureV4L::setFormat", "VIDIOC_S_FMT");
+}
+
+void VideoInputCaptureV4L::Impl::wishFrameRate() const {
+    if (wishedRate.num == 0 || wishedRate.den == 0)
+        return;
+    v4l2_streamparm record = captureParameters();
+    record.parm.capture.timeperframe = {wishedRate.den, wishedRate.num};
+    device.ioctl(VIDIOC_S_PARM, &record); // a wish: getFrameRate() tells what became of it
 }
 
 void VideoInputCaptureV4L::Impl::mapBuffers(const v4l2_pix_format& format) {
@@ -241,8 +278,14 @@ void VideoInputCaptureV4L::Impl::mapBuffers(const v4l2_pix_format& format) {
     }
 }
 
+bool VideoInputCaptureV4L::waitForFrame(unsigned int milliseconds) const {
+    return !impl->device.isOpen() || awaitFrame(impl->device, WaitLimit{milliseconds}, true);
+}
+
 bool VideoInputCaptureV4L::read(Image<>& frame) {
     frame.size(impl->width, impl->height, true);
+    if (impl->device.isOpen() && !awaitFrame(impl->device, impl->timeout, false))
+        throwRuntimeError(readName, "No frame within the timeout.");
     v4l2_buffer record = mappedBuffer(0);
     if (impl->device.ioctl(VIDIOC_DQBUF, &record) == -1) { // this one text has its brackets elsewhere
         const int error = errno;
@@ -250,11 +293,12 @@ bool VideoInputCaptureV4L::read(Image<>& frame) {
                                  std::strerror(error) + ".");
     }
     if (record.index >= impl->buffers.size())
-        throwRuntimeError("VideoInputCaptureV4L::read", "Driver returned an unknown buffer.");
+        throwRuntimeError(readName, "Driver returned an unknown buffer.");
     Dequeued dequeued(impl->device, record);
+    impl->driverCount.note(record);
     convertIm(frame, impl->buffers[record.index].image);
     if (dequeued.queue() == -1)
-        throwSystemError("VideoInputCaptureV4L::read", "Ioctl VIDIOC_QBUF failed");
+        throwSystemError(readName, "Ioctl VIDIOC_QBUF failed");
     frame.sequenceNumber = impl->frameCount++;
     return true;
 }
@@ -296,6 +340,35 @@ unsigned int VideoInputCaptureV4L::getHeight() const {
 
 long VideoInputCaptureV4L::getLength() const {
     return -1;
+}
+
+std::int64_t VideoInputCaptureV4L::getTimeStamp() const {
+    return impl->driverCount.timeStamp();
+}
+
+std::uint32_t VideoInputCaptureV4L::getDriverSequence() const {
+    return impl->driverCount.sequence();
+}
+
+std::uint64_t VideoInputCaptureV4L::getLostFrames() const {
+    return impl->driverCount.lost();
+}
+
+void VideoInputCaptureV4L::setTimeout(unsigned int milliseconds) {
+    impl->timeout = milliseconds == 0 ? -1 : std::int64_t{milliseconds};
+}
+
+void VideoInputCaptureV4L::setFrameRate(Frac<unsigned int> rate) {
+    impl->wishedRate = rate;
+}
+
+Frac<unsigned int> VideoInputCaptureV4L::getFrameRate() const {
+    v4l2_streamparm record = captureParameters();
+    const v4l2_captureparm& answer = record.parm.capture;
+    if (impl->device.ioctl(VIDIOC_G_PARM, &record) == -1 || (answer.capability & V4L2_CAP_TIMEPERFRAME) == 0 ||
+        answer.timeperframe.numerator == 0 || answer.timeperframe.denominator == 0)
+        return {0, 1};
+    return {answer.timeperframe.denominator, answer.timeperframe.numerator};
 }
 
 void VideoInputCaptureV4L::setBufferCount(unsigned int count) {

@@ -3,11 +3,16 @@
 #include "support/Resources.h"
 #include "videoin/FakeCamera.h"
 
+#include <boost/thread/thread.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/time.h>
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -69,8 +74,8 @@ TEST_F(CameraFake, StartsAndEndsInTheDocumentedOrder) {
         camera.close();
         camera.init(deviceNumber, 64, 16, 1);
         EXPECT_THAT(fake::calls,
-                    ElementsAre("open 3", "QUERYCAP", "G_FMT", "TRY_FMT", "S_FMT", "G_FMT", "S_INPUT 0", "REQBUFS 2",
-                                "QUERYBUF", "mmap", "QBUF", "QUERYBUF", "mmap", "QBUF", "STREAMON"));
+                    ElementsAre("open 3", "QUERYCAP", "G_INPUT", "G_FMT", "TRY_FMT", "S_FMT", "G_FMT", "S_INPUT 0",
+                                "REQBUFS 2", "QUERYBUF", "mmap", "QBUF", "QUERYBUF", "mmap", "QBUF", "STREAMON"));
         EXPECT_EQ(camera.getWidth(), 32u);
         EXPECT_EQ(camera.getHeight(), 16u);
         EXPECT_EQ(fake::lastFormat.fmt.pix.field, std::uint32_t{V4L2_FIELD_ANY});
@@ -86,9 +91,9 @@ TEST_F(CameraFake, StartsAndEndsInTheDocumentedOrder) {
         camera.setBufferCount(3);
         camera.setFieldOrder(Ko::FO_TOP);
         camera.init(deviceNumber, 16, 8, 0);
-        fake::calls.resize(11);
-        EXPECT_THAT(fake::calls, ElementsAre("munmap", "munmap", "close", "open 3", "QUERYCAP", "G_FMT", "TRY_FMT",
-                                             "S_FMT", "G_FMT", "S_INPUT 0", "REQBUFS 3"));
+        fake::calls.resize(12);
+        EXPECT_THAT(fake::calls, ElementsAre("munmap", "munmap", "close", "open 3", "QUERYCAP", "G_INPUT", "G_FMT",
+                                             "TRY_FMT", "S_FMT", "G_FMT", "S_INPUT 0", "REQBUFS 3"));
         EXPECT_EQ(fake::lastFormat.fmt.pix.field, std::uint32_t{V4L2_FIELD_TOP});
         expectFrame(camera, 0);
         fake::calls.clear();
@@ -196,6 +201,111 @@ TEST_F(CameraFake, InterruptedCallsAreRepeatedAndTheInputIsNotInsistedOn) {
     init(camera);
     expectFrame(camera, 0);
     EXPECT_EQ(fake::lastFormat.fmt.pix.pixelformat, std::uint32_t{V4L2_PIX_FMT_YUV420});
+}
+
+TEST_F(CameraFake, NothingStaleReachesTheDriver) {
+    device.input = 2;
+    device.staleStride = 4096;
+    Camera camera;
+    init(camera);
+    fake::calls.resize(5);
+    EXPECT_THAT(fake::calls, ElementsAre("open 3", "QUERYCAP", "G_INPUT", "S_INPUT 0", "G_FMT"));
+    EXPECT_EQ(fake::lastFormat.fmt.pix.bytesperline, 32u);
+    expectFrame(camera, 0);
+}
+
+TEST_F(CameraFake, AWishedFrameRateIsAskedForAndAnswered) {
+    using Rate = Ko::Frac<unsigned int>;
+    Camera camera;
+    for (const Rate none : {Rate{0, 1}, Rate{1, 0}}) {
+        camera.setFrameRate(none);
+        init(camera);
+        EXPECT_THAT(fake::calls, testing::Not(Contains("S_PARM")));
+    }
+    camera.setFrameRate({30000, 1001});
+    EXPECT_EQ(camera.getFrameRate(), (Rate{0, 1})) << "does not say";
+    device.rate.capability = V4L2_CAP_TIMEPERFRAME;
+    init(camera);
+    EXPECT_EQ(camera.getFrameRate(), (Rate{30000, 1001}));
+    fake::faults = {{"S_PARM", 2, EINVAL}, {"G_PARM", 3, ENOTTY}};
+    init(camera); // a wish is no condition
+    EXPECT_EQ(camera.getFrameRate(), (Rate{0, 1}));
+}
+
+TEST_F(CameraFake, TellsWhatTheDriverSaysOfItsFrames) {
+    constexpr std::uint32_t most = 0xFFFFFFFF;
+    const struct {
+        std::vector<std::uint32_t> numbers;
+        std::uint64_t lost;
+    } rows[] = {
+        {{0, 1, 2, 3}, 0}, {{7, 8, 10, 14}, 4}, {{most - 1, most, 1, 2}, 1}, {{0, 0, 0, 0}, 0}, {{9, 3, 4, 6}, 1}};
+    device.seconds = {5, 6, 7, std::numeric_limits<long>::max()};
+    for (const auto& row : rows) {
+        device.sequences = row.numbers;
+        Camera camera;
+        for (int twice = 0; twice < 2; ++twice) {
+            init(camera);
+            EXPECT_EQ(camera.getDriverSequence() + camera.getTimeStamp() + camera.getLostFrames(), 0u);
+            for (unsigned int i = 0; i < 4; ++i) {
+                expectFrame(camera, i);
+                EXPECT_EQ(camera.getDriverSequence(), row.numbers[i]);
+                EXPECT_TRUE(i == 3 || camera.getTimeStamp() == 5250000 + 1000000 * i);
+            }
+            EXPECT_EQ(camera.getLostFrames(), row.lost) << row.numbers[3];
+        }
+    }
+}
+
+Camera* waiting = nullptr;
+
+TEST_F(CameraFake, AWaitForASilentCameraCanBeEnded) {
+    Camera camera;
+    EXPECT_TRUE(camera.waitForFrame(0)); // read() has something to say at once
+    camera.setTimeout(1);
+    init(camera);
+    expectFrame(camera, 0); // limited or not, and in spite of signals
+    EXPECT_TRUE(camera.waitForFrame(0));
+    fake::calls.clear();
+    fake::faults = {{"poll", 1, EINTR}, {"poll", 3, ENOMEM}};
+    expectFrame(camera, 1);
+    expectFrame(camera, 2);
+    EXPECT_THAT(fake::calls, ElementsAre("poll", "poll", "DQBUF", "QBUF", "poll", "DQBUF", "QBUF"));
+
+    device.silent = true;
+    init(camera);
+    const std::string timedOut = "[VideoInputCaptureV4L::read]: No frame within the timeout.";
+    expectReadFails(camera, timedOut);
+    EXPECT_FALSE(camera.waitForFrame(60)); // more than a slice
+    camera.setTimeout(0);
+
+    // A handled signal ends one wait, and the other by setting its limit.
+    waiting = &camera;
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+        waiting->setTimeout(1);
+    };
+    ASSERT_EQ(sigaction(SIGALRM, &action, nullptr), 0);
+    const itimerval soon{{0, 5000}, {0, 5000}};
+    setitimer(ITIMER_REAL, &soon, nullptr);
+    expectReadFails(camera, timedOut);
+    EXPECT_FALSE(camera.waitForFrame(std::numeric_limits<unsigned int>::max()));
+    setitimer(ITIMER_REAL, std::array<itimerval, 1>().data(), nullptr);
+
+    camera.setTimeout(0);
+    std::vector<bool> interrupted(2);
+    boost::thread reader([&] {
+        for (const bool reads : {true, false})
+            try {
+                Ko::Image image(Ko::PF_YCC444P);
+                reads ? camera.read(image) : camera.waitForFrame(std::numeric_limits<unsigned int>::max());
+            } catch (const boost::thread_interrupted&) {
+                interrupted[reads] = true;
+            }
+    });
+    while (!reader.timed_join(boost::posix_time::milliseconds(5)))
+        reader.interrupt();
+    EXPECT_THAT(interrupted, ElementsAre(true, true));
+    EXPECT_EQ(camera.tell(), 0);
 }
 
 TEST_F(CameraFake, TellsCapableNodesFromOthers) {

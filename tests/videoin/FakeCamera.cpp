@@ -2,6 +2,7 @@
 #include "videoin/FakeCamera.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -26,7 +27,9 @@ std::uint32_t lastStride = 0;
 
 struct Device : Camera {
     explicit Device(const Camera& camera)
-        : Camera(camera) {}
+        : Camera(camera) {
+        format.bytesperline = staleStride;
+    }
     v4l2_pix_format format{};
     std::uint32_t bufferCount = 0, bufferLength = 0;
     std::deque<std::uint32_t> queue;
@@ -77,7 +80,7 @@ void setText(__u8 (&field)[N], const std::string& text) {
 std::uint32_t adjust(const Camera& camera, v4l2_pix_format& format) {
     const bool packed = format.pixelformat == V4L2_PIX_FMT_YUYV;
     format.width = std::min(format.width, camera.maxWidth);
-    const std::uint32_t stride = format.width * (packed ? 2 : 1) + camera.padding;
+    const std::uint32_t stride = std::max(format.width * (packed ? 2 : 1) + camera.padding, format.bytesperline);
     format.bytesperline = camera.tellsStride ? stride : 0;
     format.sizeimage = packed ? stride * format.height : stride * format.height * 3 / 2;
     return stride;
@@ -89,6 +92,8 @@ int dequeue(Device& device, int fd, v4l2_buffer& buffer) {
     const std::uint32_t index = device.queue.front();
     device.queue.pop_front();
     buffer.index = index + device.reportedIndex;
+    buffer.sequence = device.sequences[device.frames % device.sequences.size()];
+    buffer.timestamp = {device.seconds[device.frames % device.seconds.size()], 250000};
     const camera::Frame frame = frameNumber(device.frames++);
     const std::size_t length = std::min<std::size_t>(frame.bytes.size(), device.bufferLength);
     return ::pwrite(fd, frame.bytes.data(), length, off_t{device.offset(index)}) < 0 ? -1 : 0;
@@ -100,7 +105,8 @@ int control(int fd, Device& device, unsigned long request, void* argument) {
         {VIDIOC_S_FMT, "S_FMT"},       {VIDIOC_S_INPUT, "S_INPUT"}, {VIDIOC_REQBUFS, "REQBUFS"},
         {VIDIOC_QUERYBUF, "QUERYBUF"}, {VIDIOC_QBUF, "QBUF"},       {VIDIOC_DQBUF, "DQBUF"},
         {VIDIOC_STREAMON, "STREAMON"}, {VIDIOC_ENUMINPUT, "enum"},  {VIDIOC_ENUM_FMT, "enum"},
-        {VIDIOC_ENUMSTD, "enum"}};
+        {VIDIOC_ENUMSTD, "enum"},      {VIDIOC_G_INPUT, "G_INPUT"}, {VIDIOC_G_PARM, "G_PARM"},
+        {VIDIOC_S_PARM, "S_PARM"}};
     const auto name = names.find(request);
     if (fails(name == names.end() ? "unexpected request" : name->second))
         return -1;
@@ -134,8 +140,17 @@ int control(int fd, Device& device, unsigned long request, void* argument) {
         lastStride = adjust(device, format);
         device.format = format;
         return 0;
+    case VIDIOC_G_INPUT:
+        *static_cast<int*>(argument) = device.input;
+        return 0;
     case VIDIOC_S_INPUT:
         calls.back() += " " + std::to_string(*static_cast<int*>(argument));
+        return 0;
+    case VIDIOC_S_PARM:
+        device.rate.timeperframe = static_cast<v4l2_streamparm*>(argument)->parm.capture.timeperframe;
+        return 0;
+    case VIDIOC_G_PARM:
+        static_cast<v4l2_streamparm*>(argument)->parm.capture = device.rate;
         return 0;
     case VIDIOC_REQBUFS: {
         auto& wish = *static_cast<v4l2_requestbuffers*>(argument);
@@ -158,6 +173,7 @@ int control(int fd, Device& device, unsigned long request, void* argument) {
     case VIDIOC_ENUMINPUT: {
         auto& input = *static_cast<v4l2_input*>(argument);
         setText(input.name, input.type == V4L2_INPUT_TYPE_CAMERA ? "Camera " + std::to_string(input.index) : "?");
+        input.type = V4L2_INPUT_TYPE_TUNER;
         return enumerated(input.index, 2);
     }
     case VIDIOC_ENUM_FMT: {
@@ -234,6 +250,18 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
     return device ? fake::control(fd, *device, request, argument)
                   : static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
 }
+
+int fakePoll(pollfd* waiting, nfds_t count, int timeout) {
+    fake::Device* const device = count == 1 ? fake::deviceOf(waiting->fd) : nullptr;
+    if (device && fake::fails("poll"))
+        return -1;
+    if (device && device->silent) // the memory file would always be ready
+        return static_cast<int>(::syscall(SYS_poll, nullptr, 0, timeout));
+    return static_cast<int>(::syscall(SYS_poll, waiting, count, timeout));
+}
+
+// The header says that poll reads nothing there.
+int poll(pollfd* waiting, nfds_t count, int timeout) __attribute__((alias("fakePoll")));
 
 void* mmap(void* address, size_t length, int protection, int flags, int fd, off_t offset) noexcept {
     const bool ours = fake::deviceOf(fd) != nullptr;

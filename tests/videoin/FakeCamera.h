@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/// Cameras behind this program's own open, ioctl, mmap, munmap and close, which the library's calls reach too. A
+/// Cameras behind this program's own open, ioctl, mmap, munmap, poll and close, which the library's calls reach too. A
 /// memory file stands behind each opened device, so that descriptors and mappings are real and can be counted.
 namespace fake {
 
@@ -27,10 +27,17 @@ struct Camera {
     std::uint32_t maxBuffers = 32;   ///< 0 grants none.
     std::uint32_t reportedIndex = 0; ///< Added to the index of a dequeued buffer.
     bool endless = false;            ///< Enumerations never end.
+    int input = 0;                   ///< Selected when the device is opened.
+    std::uint32_t staleStride = 0;   ///< bytesperline then; smaller ones than wished for are not given.
+    bool silent = false;             ///< No frame ever comes: poll waits its time out.
+    /// Numbers and seconds of the frames; frames beyond have the first.
+    std::vector<std::uint32_t> sequences = {0};
+    std::vector<long> seconds = {0};
+    v4l2_captureparm rate{};
 };
 
 struct Fault {
-    const char* call; ///< "open", "QUERYCAP", ..., "mmap", "munmap", "close".
+    const char* call; ///< "open", "QUERYCAP", ..., "mmap", "munmap", "poll", "close".
     int nth;          ///< Which call of this name fails, from 1.
     int error;        ///< munmap and close take effect all the same, as the system's do.
 };
