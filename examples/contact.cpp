@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // contact VIDEO SHEET: frames from all over a video, small, side by side on one still.
 
+#include "support/Output.h"
+#include "support/Program.h"
+
 #include <Kovanta/ImageFile.h>
 #include <Kovanta/VideoInput.h>
-
-#include <CLI/CLI.hpp>
+#include <Kovanta/Wrap.h>
 
 #include <algorithm>
-#include <exception>
-#include <iostream>
+#include <optional>
+#include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -21,43 +25,99 @@ struct Options {
     unsigned int columns = 3;
     unsigned int rows = 4;
     unsigned int width = 320; // of one frame on the sheet, at the most
+    bool force = false;
 };
 
-/// Puts the frame onto the sheet, each pixel the mean of a square of `shrink` x `shrink`.
-void place(Ko::Image<>& sheet, unsigned int left, unsigned int top, const Ko::Image<>& frame, unsigned int shrink) {
+using Frames = std::vector<Ko::Image<>>;
+
+/// The frame at a fraction of its size, each pixel the mean of a square.
+Ko::Image<> reduced(const Ko::Image<>& frame, unsigned int greatestWidth) {
+    const unsigned int shrink = (frame.width + greatestWidth - 1) / greatestWidth;
+    Ko::Image small(Ko::PF_YCC444P);
+    small.size(std::max(frame.width / shrink, 1u), std::max(frame.height / shrink, 1u));
     for (int p = 0; p < 3; ++p)
-        for (unsigned int y = 0; y < frame.height / shrink; ++y)
-            for (unsigned int x = 0; x < frame.width / shrink; ++x) {
+        for (unsigned int y = 0; y < small.height; ++y)
+            for (unsigned int x = 0; x < small.width; ++x) {
                 unsigned int sum = 0;
-                for (unsigned int sy = y * shrink; sy < (y + 1) * shrink; ++sy)
-                    for (unsigned int sx = x * shrink; sx < (x + 1) * shrink; ++sx)
+                unsigned int count = 0;
+                for (unsigned int sy = y * shrink; sy < std::min((y + 1) * shrink, frame.height); ++sy)
+                    for (unsigned int sx = x * shrink; sx < (x + 1) * shrink; ++sx, ++count)
                         sum += frame.plane[p].view[sy][sx];
-                sheet.plane[p].view[top + y][left + x] = static_cast<unsigned char>(sum / (shrink * shrink));
+                small.plane[p].view[y][x] = static_cast<unsigned char>(sum / count);
             }
+    return small;
+}
+
+/// Seeks to evenly spaced positions. @return nothing where the length is not known or the stream cannot be sought
+std::optional<Frames> seekFrames(Ko::VideoInputVideoFile& source, std::size_t count, unsigned int width) {
+    if (source.getLength() <= 0)
+        return std::nullopt;
+    Frames frames;
+    Ko::Image frame(Ko::PF_YCC444P);
+    const long places = static_cast<long>(count);
+    try {
+        for (long i = 0; i < places; ++i) {
+            // Counted back from the end, since time stamps need not begin at 0.
+            source.seek(source.getLength() * (2 * (places - i) - 1) / (2 * places), Ko::VP_END);
+            if (source.read(frame))
+                frames.push_back(reduced(frame, width));
+        }
+    } catch (const std::runtime_error&) {
+        return std::nullopt;
+    }
+    return frames;
+}
+
+/// Reads all frames and keeps every n-th; whenever there are eight times as many as wanted, n doubles.
+Frames readFrames(Ko::VideoInputVideoFile& source, std::size_t count, unsigned int width) {
+    Frames kept;
+    Ko::Image frame(Ko::PF_YCC444P);
+    std::size_t step = 1;
+    for (std::size_t number = 0; source.read(frame); ++number) {
+        if (number % step != 0)
+            continue;
+        kept.push_back(reduced(frame, width));
+        if (kept.size() < 8 * count)
+            continue;
+        for (std::size_t i = 0; i < 4 * count; ++i)
+            std::swap(kept[i], kept[2 * i]);
+        kept.resize(4 * count, Ko::Image(Ko::PF_YCC444P));
+        step *= 2;
+    }
+    if (kept.size() <= count)
+        return kept;
+    Frames spread;
+    for (std::size_t i = 0; i < count; ++i)
+        spread.push_back(std::move(kept[(2 * i + 1) * kept.size() / (2 * count)]));
+    return spread;
 }
 
 void makeSheet(const Options& options) {
+    example::requireReplaceable(options.sheet, options.force);
+    const std::size_t count = std::size_t{options.columns} * options.rows;
     Ko::VideoInputVideoFile source(options.video);
-    const unsigned int shrink = (source.getWidth() + options.width - 1) / options.width;
-    const unsigned int width = source.getWidth() / shrink;
-    const unsigned int height = source.getHeight() / shrink;
+    std::optional<Frames> frames = seekFrames(source, count, options.width);
+    if (!frames) {
+        source.open(options.video); // from the beginning
+        frames = readFrames(source, count, options.width);
+    }
+    if (frames->empty())
+        throw std::runtime_error(options.video + " holds no frame.");
 
+    const unsigned int width = frames->front().width;
+    const unsigned int height = frames->front().height;
     Ko::Image sheet(Ko::PF_YCC444P);
     sheet.size(options.columns * (width + gap) - gap, options.rows * (height + gap) - gap);
     for (int p = 0; p < 3; ++p)
         for (unsigned int y = 0; y < sheet.height; ++y)
             std::fill_n(sheet.plane[p].view[y], sheet.width, static_cast<unsigned char>(p == 0 ? 16 : 128));
-
-    Ko::Image frame(Ko::PF_YCC444P);
-    const long count = static_cast<long>(options.columns) * options.rows;
-    for (long i = 0; i < count; ++i) {
-        // Counted back from the end, since time stamps need not begin at 0.
-        source.seek(source.getLength() * (2 * (count - i) - 1) / (2 * count), Ko::VP_END);
-        if (!source.read(frame) || frame.width != source.getWidth() || frame.height / shrink > height)
-            continue; // the place stays black
-        const unsigned int column = static_cast<unsigned int>(i) % options.columns;
-        const unsigned int row = static_cast<unsigned int>(i) / options.columns;
-        place(sheet, column * (width + gap), row * (height + gap), frame, shrink);
+    for (unsigned int i = 0; i < frames->size(); ++i) {
+        const Ko::Image<>& frame = (*frames)[i];
+        const unsigned int w = std::min(frame.width, width); // the size may change on the way
+        const unsigned int h = std::min(frame.height, height);
+        Ko::Image place =
+            Ko::wrapRectangle(sheet, i % options.columns * (width + gap), i / options.columns * (height + gap), w, h);
+        place = *Ko::wrapRectangle(frame, 0, 0, w, h);
     }
     Ko::writeImage(options.sheet, sheet);
 }
@@ -66,21 +126,20 @@ void makeSheet(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app{"Puts frames from all over a video onto one still."};
-    app.add_option("VIDEO", options.video, "Video file to read")->required();
-    app.add_option("SHEET", options.sheet, "Still to write; its extension chooses the format")->required();
-    app.add_option("--columns", options.columns, "Frames side by side")
-        ->check(CLI::Range(1, 50))
-        ->capture_default_str();
-    app.add_option("--rows", options.rows, "Rows of frames")->check(CLI::Range(1, 50))->capture_default_str();
-    app.add_option("--width", options.width, "Greatest width of a frame on the sheet, in pixels")
-        ->check(CLI::Range(16, 4000))
-        ->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
-    try {
-        makeSheet(options);
-    } catch (const std::exception& e) {
-        std::cerr << "contact: " << e.what() << "\n";
-        return 1;
-    }
+    example::Program program(argc, argv, "Puts frames from all over a video onto one still.");
+    program.add_option("VIDEO", options.video, "Video file to read")->required();
+    program.add_option("SHEET", options.sheet, "Still to write; its extension chooses the format")
+        ->required()
+        ->check(example::fileName());
+    const auto number = [&program](const char* name, unsigned int& value, const char* text, long low, long high) {
+        program.add_option(name, value, text)
+            ->type_name("N")
+            ->check(example::wholeNumber(low, high))
+            ->capture_default_str();
+    };
+    number("--columns", options.columns, "Frames side by side", 1, 50);
+    number("--rows", options.rows, "Rows of frames", 1, 50);
+    number("--width", options.width, "Greatest width of a frame on the sheet, in pixels", 16, 4000);
+    example::addForce(program, options.force);
+    return program.run([&] { makeSheet(options); });
 }

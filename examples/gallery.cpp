@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // gallery DIRECTORY: writes one picture of each thing that can be drawn, enlarged so that the pixels can be counted.
 
+#include "support/Output.h"
+#include "support/Program.h"
+
 #include <Kovanta/Draw.h>
 #include <Kovanta/Font.h>
 #include <Kovanta/ImageFile.h>
 
-#include <CLI/CLI.hpp>
-
-#include <algorithm>
-#include <exception>
 #include <filesystem>
-#include <iostream>
 #include <string>
 
 namespace {
@@ -88,25 +86,29 @@ Ko::Image<> paragraph() {
     return im;
 }
 
+void writePictures(const std::filesystem::path& directory, bool force) {
+    std::filesystem::create_directories(directory);
+    constexpr int scale = 10;
+    const auto write = [&](const char* name, const Ko::Image<>& picture) {
+        const std::string file = (directory / name).string();
+        example::requireReplaceable(file, force);
+        Ko::writeImage(file, picture);
+    };
+    write("lines.png", enlarged(lines(), scale));
+    write("boxes.png", enlarged(boxes(), scale));
+    write("vectors.png", enlarged(vectors(), scale));
+    write("glyphs.png", enlarged(glyphs(), scale));
+    write("text.png", paragraph());
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    std::string folder;
-    CLI::App app{"Makes the pictures of the documentation: each drawing primitive, enlarged, and text."};
-    app.add_option("DIRECTORY", folder, "Where to write the PNG files; made when missing")->required();
-    CLI11_PARSE(app, argc, argv);
-    try {
-        const std::filesystem::path directory(folder);
-        std::filesystem::create_directories(directory);
-        constexpr int scale = 10;
-        Ko::writeImage((directory / "lines.png").string(), enlarged(lines(), scale));
-        Ko::writeImage((directory / "boxes.png").string(), enlarged(boxes(), scale));
-        Ko::writeImage((directory / "vectors.png").string(), enlarged(vectors(), scale));
-        Ko::writeImage((directory / "glyphs.png").string(), enlarged(glyphs(), scale));
-        Ko::writeImage((directory / "text.png").string(), paragraph());
-    } catch (const std::exception& e) {
-        std::cerr << "gallery: " << e.what() << "\n";
-        return 1;
-    }
-    return 0;
+    std::string directory;
+    bool force = false;
+    example::Program program(argc, argv,
+                             "Makes the pictures of the documentation: each drawing primitive, enlarged, and text.");
+    program.add_option("DIRECTORY", directory, "Where to write the PNG files; made when missing")->required();
+    example::addForce(program, force);
+    return program.run([&] { writePictures(directory, force); });
 }

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // text INPUT OUTPUT: a still with a box, a vector and text drawn over it.
 
+#include "support/Output.h"
+#include "support/Program.h"
+
 #include <Kovanta/Colors.h>
 #include <Kovanta/Draw.h>
 #include <Kovanta/Font.h>
 #include <Kovanta/ImageFile.h>
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <exception>
-#include <iostream>
 #include <string>
 
 namespace {
@@ -22,9 +21,11 @@ struct Options {
     std::string output;
     std::string text = "Look here";
     std::string fontFile;
+    bool force = false;
 };
 
 void annotate(const Options& options) {
+    example::requireReplaceable(options.output, options.force);
     Ko::Image im(Ko::PF_YCC444P);
     Ko::readImage(im, options.input);
     const int w = static_cast<int>(im.width);
@@ -53,17 +54,17 @@ void annotate(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app{"Draws text, a box and a vector over a still."};
-    app.add_option("INPUT", options.input, "Still to read (.ppm, .pgm, .png, .jpg)")->required();
-    app.add_option("OUTPUT", options.output, "Still to write; its extension chooses the format")->required();
-    app.add_option("--text", options.text, "What to write; 7-bit characters")->capture_default_str();
-    app.add_option("--font", options.fontFile, "Font file; the built-in font when left out");
-    CLI11_PARSE(app, argc, argv);
-    try {
-        annotate(options);
-    } catch (const std::exception& e) {
-        std::cerr << "text: " << e.what() << "\n";
-        return 1;
-    }
-    return 0;
+    example::Program program(argc, argv, "Draws text, a box and a vector over a still.");
+    program.add_option("INPUT", options.input, "Still to read (.ppm, .pgm, .png, .jpg)")
+        ->required()
+        ->check(example::fileName());
+    program.add_option("OUTPUT", options.output, "Still to write; its extension chooses the format")
+        ->required()
+        ->check(example::fileName());
+    program.add_option("--text", options.text, "What to write; 7-bit characters")
+        ->type_name("TEXT")
+        ->capture_default_str();
+    program.add_option("--font", options.fontFile, "Font file; the built-in font when left out")->type_name("FILE");
+    example::addForce(program, options.force);
+    return program.run([&] { annotate(options); });
 }

@@ -4,18 +4,18 @@
 // The whole road of a vision program: frames come out of one video file, are looked at and drawn into, and go into
 // another.
 
+#include "support/Output.h"
+#include "support/Program.h"
+#include "support/Progress.h"
+#include "support/Stop.h"
+
 #include <Kovanta/Draw.h>
 #include <Kovanta/Font.h>
 #include <Kovanta/Timer.h>
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/VideoOutput.h>
 
-#include <CLI/CLI.hpp>
-
-#include <unistd.h>
-
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <deque>
 #include <exception>
@@ -154,12 +154,6 @@ private:
     int framesSinceFound = 0;
 };
 
-volatile std::sig_atomic_t interrupted = 0;
-
-void interrupt(int) {
-    interrupted = 1;
-}
-
 /// "frame 123   0:04.10" in the lower left corner.
 void drawCounter(Ko::Image<>& frame, const Ko::Font& font, unsigned long number, Ko::Frac<unsigned int> rate) {
     const unsigned long hundredths = number * 100 * rate.den / rate.num;
@@ -174,21 +168,18 @@ struct Options {
     std::string output;
     std::string encoder;
     unsigned int bitRate = 2000000;
+    bool force = false;
 };
 
 /// @param start the position behind the first frame: time stamps need not begin at 0
-void showProgress(unsigned long frames, const Ko::VideoInputVideoFile& source, long start) {
-    if (frames % 10 != 0 || !isatty(STDERR_FILENO))
-        return;
-    std::cerr << "\r" << frames << " frames";
+std::string progressText(unsigned long frames, const Ko::VideoInputVideoFile& source, long start) {
+    std::string text = std::to_string(frames) + " frames";
     if (source.getLength() > 0)
-        std::cerr << ", " << std::min(100L, 100 * (source.tell() - start) / source.getLength()) << " %";
-    std::cerr << "   " << std::flush;
+        text += ", " + std::to_string(std::min(100L, 100 * (source.tell() - start) / source.getLength())) + " %";
+    return text;
 }
 
 void printTotals(unsigned long frames, Ko::Timer& all, const std::vector<std::pair<const char*, Ko::Timer*>>& stages) {
-    if (isatty(STDERR_FILENO))
-        std::cerr << "\r";
     const double seconds = all.stop() / 1e6;
     std::cout << std::fixed << std::setprecision(2) << frames << " frames in " << seconds << " s, "
               << (seconds > 0 ? static_cast<double>(frames) / seconds : 0) << " frames/s\n";
@@ -201,7 +192,9 @@ void track(const Options& options) {
     std::error_code missing;
     if (std::filesystem::equivalent(options.input, options.output, missing))
         throw std::runtime_error("INPUT and OUTPUT are the same file.");
+    example::catchStops();
     Ko::VideoInputVideoFile source(options.input);
+    example::requireReplaceable(options.output, options.force);
     Ko::Frac<unsigned int> rate = source.getFrameRate();
     if (rate.num == 0 || rate.den == 0)
         rate = {25, 1}; // the file does not tell
@@ -217,9 +210,10 @@ void track(const Options& options) {
     font.init(nullptr, 0, fontSize); // the built-in one
     MotionFinder finder;
     Track path;
+    example::Progress progress;
     unsigned long frames = 0;
     long start = 0;
-    while (!interrupted) {
+    while (!example::stopAsked()) {
         reading.start();
         const bool delivered = source.read(frame);
         reading.stop();
@@ -237,8 +231,13 @@ void track(const Options& options) {
         writing.stop();
         if (frames == 0)
             start = source.tell();
-        showProgress(++frames, source, start);
+        ++frames;
+        if (progress.due())
+            progress.show(progressText(frames, source, start));
     }
+    progress.clear();
+    if (!source.getError().empty())
+        std::cerr << options.input << ": " << source.getError() << "\n";
     writing.start();
     sink.close(); // what is still queued is encoded here
     writing.stop();
@@ -249,19 +248,17 @@ void track(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app{"Finds what moves in a video and draws it into a copy."};
-    app.add_option("INPUT", options.input, "Video file to read")->required();
-    app.add_option("OUTPUT", options.output, "Video file to write; its extension chooses the container")->required();
-    app.add_option("--encoder", options.encoder, "Encoder by its libavcodec name, for example libx264");
-    app.add_option("--bitrate", options.bitRate, "Bits per second")->capture_default_str();
-    CLI11_PARSE(app, argc, argv);
-
-    std::signal(SIGINT, interrupt);
-    try {
-        track(options);
-    } catch (const std::exception& e) {
-        std::cerr << "track: " << e.what() << "\n";
-        return 1;
-    }
-    return interrupted ? 130 : 0;
+    example::Program program(argc, argv, "Finds what moves in a video and draws it into a copy.");
+    program.add_option("INPUT", options.input, "Video file to read")->required();
+    program.add_option("OUTPUT", options.output, "Video file to write; its extension chooses the container")
+        ->required()
+        ->check(example::fileName());
+    program.add_option("--encoder", options.encoder, "Encoder by its libavcodec name, libx264 for example")
+        ->type_name("NAME");
+    program.add_option("--bitrate", options.bitRate, "Bits per second")
+        ->type_name("N")
+        ->check(example::wholeNumber(1))
+        ->capture_default_str();
+    example::addForce(program, options.force);
+    return program.run([&] { track(options); });
 }

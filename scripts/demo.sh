@@ -36,8 +36,8 @@ elif ! video=$(real_clip); then
     [bg][box]overlay=x='254+200*sin(t*1.3)':y='130+100*cos(t*0.9)':shortest=1" -pix_fmt yuv420p "$video"
 fi
 
-build/demo/examples/track "$video" "$work/tracked.mp4"
-build/demo/examples/contact "$work/tracked.mp4" "$work/contact-sheet.png" --width 600
+build/demo/examples/track --force "$video" "$work/tracked.mp4"
+build/demo/examples/contact --force "$work/tracked.mp4" "$work/contact-sheet.png" --width 600
 
 echo "Annotated video: $(realpath "$work/tracked.mp4")"
 echo "Contact sheet:   $(realpath "$work/contact-sheet.png") (the green box holds what moves, the red arrow says where to, the yellow line where it was)"

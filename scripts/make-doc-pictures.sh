@@ -10,7 +10,7 @@ cmake --build build/pictures -j "$(nproc)" --target gallery play track >/dev/nul
 examples=$PWD/build/pictures/examples
 images=$PWD/docs/images
 mkdir -p "$images"
-"$examples/gallery" "$images"
+"$examples/gallery" --force "$images"
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -3,7 +3,8 @@
 # track and contact: as many frames out as in, something drawn into them, one line and exit code 1 for bad input, a proper file after
 # Ctrl-C.
 set -euo pipefail
-track=$1 contact=$2
+exec </dev/null # nobody answers questions
+track=$(realpath "$1") contact=$(realpath "$2")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -17,6 +18,7 @@ ffmpeg -v error -f lavfi -i "color=gray:size=160x120:rate=25:duration=2[bg];colo
 
 for output in out.mp4 out.avi out.mkv; do
   "$track" in.mp4 $output >run.log 2>err.log || fail "$output"
+  ! grep -q $'\r' err.log || fail "$output: a progress line in a file"
   grep -q '^50 frames in ' run.log || fail "$output: no totals"
   [ "$(frames $output)" = 50 ] || fail "$output: $(frames $output) frames"
   complaints=$(ffmpeg -v warning -i $output -f null - 2>&1)
@@ -30,11 +32,16 @@ green=$(ffmpeg -v error -i out.mp4 -vf "select='eq(n,30)',extractplanes=v" -fram
   awk '$1 < 80 { n++ } END { print n + 0 }')
 [ "$green" -gt 40 ] || fail "no box was drawn ($green samples)"
 
-# Three frames of two seconds, side by side: the white square moves from sheet to sheet.
-"$contact" in.mp4 sheet.png --columns 3 --rows 1 --width 160 2>err.log || fail "contact"
-[ "$(identify -format '%wx%h' sheet.png)" = 488x120 ] || fail "contact sheet is $(identify -format '%wx%h' sheet.png)"
-for spot in 45,45 "$((164 + 75)),60" "$((328 + 111)),75"; do
-  [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "nothing white at $spot of the sheet"
+# Three frames of two seconds, side by side: the white square moves from sheet to sheet. A stream that nothing tells the
+# length of, and one without time stamps, give the same.
+ffmpeg -v error -i in.mp4 -an -c copy -f matroska - | cat >piped.mkv
+ffmpeg -v error -i in.mp4 -an -c copy -bsf h264_mp4toannexb bare.h264
+for video in in.mp4 piped.mkv bare.h264; do
+  "$contact" $video sheet.png --force --columns 3 --rows 1 --width 160 2>err.log || fail "contact $video"
+  [ "$(identify -format '%wx%h' sheet.png)" = 488x120 ] || fail "contact sheet is $(identify -format '%wx%h' sheet.png)"
+  for spot in 45,45 "$((164 + 75)),60" "$((328 + 111)),75"; do
+    [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "$video: nothing white at $spot of the sheet"
+  done
 done
 "$contact" missing.mp4 sheet.png 2>err.log && fail "contact took a missing file"
 
@@ -47,29 +54,40 @@ expect_error() {
   [ "$(grep -vc '^Thread ' err.log)" -eq 1 ] || fail "not one line for: $*"
   grep -qF -- "$text" err.log || fail "no '$text' for: $*"
 }
-expect_error "Failed to open missing.mp4." missing.mp4 out.mp4
+expect_error "Failed to open missing.mp4." missing.mp4 new.mp4
 head -c 3000 /dev/urandom >garbage.mp4
-expect_error "track: [VideoInputVideoFile::VideoInputVideoFile]: " garbage.mp4 out.mp4
+expect_error "track: [VideoInputVideoFile::VideoInputVideoFile]: " garbage.mp4 new.mp4
 expect_error "guess_format failed." in.mp4 out.nonsense
 expect_error "url_fopen failed to open no/such/place.mp4." in.mp4 no/such/place.mp4
 expect_error "the same file." in.mp4 ./in.mp4
-expect_error "avcodec_find_encoder_by_name failed." in.mp4 out.mp4 --encoder nonsense
+expect_error "avcodec_find_encoder_by_name failed." in.mp4 new.mp4 --encoder nonsense
+expect_error "out.mp4 exists." in.mp4 out.mp4
 
 # A long file: a full disk ends it although the queue is full, and an interrupt leaves what was written readable.
 ffmpeg -v error -f lavfi -i "testsrc2=size=640x480:rate=25:duration=80" -c:v mpeg4 -q:v 8 long.avi
 ln -s /dev/full full.mkv
 expect_error "track: [VideoOutputVideoFile::frameWrite]: av_write_frame failed." long.avi full.mkv
-"$track" long.avi cut.mp4 >run.log 2>err.log &
-pid=$!
-# Frames in the file are the sign that it is well under way.
-until [ "$(stat -c %s cut.mp4 2>/dev/null || echo 0)" -gt 50000 ]; do
-  kill -0 $pid || fail "ended by itself"
-  sleep 0.05
-done
-kill -INT $pid
-code=0
-wait $pid || code=$?
-[ $code -eq 130 ] || fail "exit code $code after an interrupt"
-written=$(sed -n 's/ frames in .*//p' run.log)
-((written > 0 && written < 2000)) || fail "interrupted after '$written' frames"
-[ "$(frames cut.mp4)" = "$written" ] || fail "$(frames cut.mp4) of $written frames kept"
+stopped() { # SIGNAL NUMBER COMMAND...: what was written until the signal is a whole file
+  local signal=$1 number=$2 pid code=0 written
+  shift 2
+  rm -f cut.mp4
+  "$@" >run.log 2>err.log &
+  pid=$!
+  # Frames in the file are the sign that it is well under way.
+  until [ "$(stat -c %s cut.mp4 2>/dev/null || echo 0)" -gt 50000 ]; do
+    kill -0 $pid || fail "ended by itself"
+    sleep 0.05
+  done
+  kill "-$signal" "$(pgrep -x track -P $pid || echo $pid)"
+  wait $pid || code=$?
+  [ $code -eq $((128 + number)) ] || fail "exit code $code after $signal"
+  written=$(sed -n 's/^\([0-9]*\) frames in .*/\1/p' run.log)
+  ((written > 0 && written < 2000)) || fail "$signal after '$written' frames"
+  [ "$(frames cut.mp4)" = "$written" ] || fail "$signal: $(frames cut.mp4) of $written frames kept"
+}
+stopped INT 2 "$track" long.avi cut.mp4
+stopped TERM 15 "$track" long.avi cut.mp4
+# On a terminal: what the writer's thread says stands on a line of its own.
+stopped HUP 1 script -qec "'$track' long.avi cut.mp4" terminal.log
+grep -qP '\d+ frames, \d+ %\x1b\[K\r' terminal.log || fail "no progress line"
+tr '\r' '\n' <terminal.log | grep -qP '^(\x1b\[K)?Thread [0-9a-f]+: Interrupted\.' || fail "glued to the progress line"

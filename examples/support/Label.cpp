@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: BSD-2-Clause
+#include "Label.h"
+
+#include <Kovanta/Draw.h>
+
+#include <algorithm>
+
+namespace example {
+
+void Label::draw(Ko::Image<>& frame, const std::string& text) {
+    const unsigned int wanted = std::clamp(frame.height / 18, 9u, 48u);
+    if (wanted != size) {
+        font.init(wanted); // the built-in font
+        size = wanted;
+    }
+    const int unit = static_cast<int>(size);
+    const int bottom = static_cast<int>(frame.height) - unit / 2;
+    const int width = static_cast<int>(text.size()) * ((6 * unit + 5) / 10) + unit; // 0.6 of the size a letter
+    Ko::drawBbox(frame, {unit / 2, bottom - unit * 3 / 2, unit / 2 + width, bottom}, {40, 128, 128}, true);
+    font.drawText(frame, text, {unit, bottom - unit / 2}, {235, 128, 128});
+}
+
+} // namespace example

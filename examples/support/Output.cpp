@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: BSD-2-Clause
+#include "Output.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <system_error>
+
+namespace example {
+
+CLI::Validator fileName() {
+    const auto check = [](const std::string& name) -> std::string {
+        if (std::filesystem::path(name).has_extension())
+            return "";
+        return "'" + name + "' has no extension, which would choose the format.";
+    };
+    return {check, ""};
+}
+
+void addForce(CLI::App& program, bool& force) {
+    program.add_flag("--force", force, "Replace a file that exists without a question");
+}
+
+void requireReplaceable(const std::string& name, bool force) {
+    std::error_code missing;
+    // A device or a pipe loses nothing.
+    if (force || !std::filesystem::is_regular_file(name, missing))
+        return;
+    if (!isatty(STDIN_FILENO))
+        throw std::runtime_error(name + " exists. Say --force to replace it.");
+    std::cerr << name << " exists. Replace it? [y/N] " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    if (answer.empty() || (answer[0] != 'y' && answer[0] != 'Y'))
+        throw std::runtime_error(name + " stays as it is.");
+}
+
+} // namespace example

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: BSD-2-Clause
+#include "Stop.h"
+
+#include <csignal>
+#include <initializer_list>
+
+namespace example {
+
+namespace {
+
+volatile std::sig_atomic_t caught = 0;
+
+void remember(int number) {
+    caught = number;
+}
+
+} // namespace
+
+void catchStops() {
+    struct sigaction action {};
+    action.sa_handler = remember;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        sigaction(number, &action, &before);
+        if (number == SIGHUP && before.sa_handler == SIG_IGN) // nohup
+            sigaction(number, &before, nullptr);
+    }
+}
+
+bool stopAsked() {
+    return caught != 0;
+}
+
+int stopSignal() {
+    return caught;
+}
+
+} // namespace example
