@@ -1,75 +1,81 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // sequence DIR OUTPUT: makes a video file of the stills in a directory, in the order of their names.
 
-#include <Kovanta/VideoInput.h>
+#include "support/Output.h"
+#include "support/Program.h"
+#include "support/Progress.h"
+#include "support/Rate.h"
+#include "support/Stills.h"
+#include "support/Stop.h"
+
+#include <Kovanta/ImageFile.h>
 #include <Kovanta/VideoOutput.h>
 
-#include <CLI/CLI.hpp>
-
-#include <cstdlib>
-#include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
-/// One line that counts up, ended when this goes.
-class Progress {
-public:
-    explicit Progress(long count)
-        : total(count) {}
-    ~Progress() {
-        if (done > 0)
-            std::cerr << "\n";
-    }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-
-    void step() { std::cerr << "\r" << ++done << " of " << total << std::flush; }
-
-private:
-    long total;
-    long done = 0;
+struct Options {
+    std::string directory;
+    std::string output;
+    example::Rate rate{25, 1};
+    unsigned int bitRate = 4000000;
+    bool natural = false;
+    bool force = false;
 };
 
-void writeAll(Ko::VideoInputImageFile& input, Ko::VideoOutputVideoFile& output) {
-    // A directory of a single still is at its end from the start; this makes it readable.
-    input.seek(0, Ko::VP_BEGIN);
-    Progress progress(input.getLength());
+std::string sizeText(unsigned int width, unsigned int height) {
+    return std::to_string(width) + " x " + std::to_string(height);
+}
+
+void makeVideo(const Options& options) {
+    const std::vector<std::string> stills = example::listStills(options.directory, options.natural);
     Ko::Image frame(Ko::PF_YCC444P);
-    while (input.read(frame)) {
-        if (frame.width != input.getWidth() || frame.height != input.getHeight())
-            throw std::runtime_error("A still is " + std::to_string(frame.width) + " x " +
-                                     std::to_string(frame.height) + ", unlike the first.");
+    Ko::readImage(frame, stills.front());
+    const unsigned int width = frame.width;
+    const unsigned int height = frame.height;
+
+    example::requireReplaceable(options.output, options.force);
+    example::catchStops();
+    Ko::VideoOutputVideoFile output;
+    output.setThrowOnFailure(true);
+    output.open(width, height, options.output, options.rate, options.bitRate);
+    example::Progress progress;
+    std::size_t done = 0;
+    for (; done < stills.size() && !example::stopAsked(); ++done) {
+        if (done > 0)
+            Ko::readImage(frame, stills[done]);
+        if (frame.width != width || frame.height != height)
+            throw std::runtime_error(stills[done] + " is " + sizeText(frame.width, frame.height) +
+                                     ", unlike the stills before, which are " + sizeText(width, height) + ".");
         output.write(frame);
-        progress.step();
+        if (progress.due())
+            progress.show(std::to_string(done + 1) + " of " + std::to_string(stills.size()));
     }
-    output.close();
+    progress.clear();
+    output.close(); // what is still queued is encoded here
+    std::cout << done << " of " << stills.size() << " stills\n";
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("Makes a video file of a directory of stills.");
-    std::string directory;
-    std::string file;
-    unsigned int rate = 25;
-    unsigned int bitRate = 4000000;
-    app.add_option("DIR", directory, "directory of .jpg, .jpeg, .png, .ppm or .pgm files")->required();
-    app.add_option("OUTPUT", file, "video file; its extension says the container")->required();
-    app.add_option("--rate", rate, "frames per second")->capture_default_str();
-    app.add_option("--bitrate", bitRate, "bits per second")->capture_default_str();
-    CLI11_PARSE(app, argc, argv)
-
-    try {
-        Ko::VideoInputImageFile input(directory);
-        Ko::VideoOutputVideoFile output(input.getWidth(), input.getHeight(), file, {rate, 1}, bitRate);
-        output.setThrowOnFailure(true);
-        writeAll(input, output);
-        return EXIT_SUCCESS;
-    } catch (const std::exception& e) {
-        std::cerr << "sequence: " << e.what() << "\n";
-        return EXIT_FAILURE;
-    }
+    Options options;
+    example::Program program(argc, argv, "Makes a video file of a directory of stills.");
+    program.add_option("DIR", options.directory, "Directory of .jpg, .jpeg, .png, .ppm or .pgm files of one size")
+        ->required();
+    program.add_option("OUTPUT", options.output, "Video file to write; its extension chooses the container")
+        ->required()
+        ->check(example::fileName());
+    example::addRate(program, options.rate, "Frames per second: 25, 12.5 or 30000/1001 (25 by default)");
+    program.add_option("--bitrate", options.bitRate, "Bits per second")
+        ->type_name("N")
+        ->check(example::wholeNumber(1))
+        ->capture_default_str();
+    program.add_flag("--natural", options.natural, "Sort numbers in names by their value: 2 before 10");
+    example::addForce(program, options.force);
+    return program.run([&] { makeVideo(options); });
 }

@@ -31,17 +31,18 @@ bool parse(Rate& rate, std::string_view text) {
 
 } // namespace
 
-void addRate(CLI::App& program, Rate& rate, const std::string& description) {
-    const auto take = [&rate](const std::string& text) {
+void addRate(CLI::App& program, Rate& rate, const std::string& description, const char* name) {
+    const auto take = [&rate, name](const std::string& text) {
         Rate given{};
         if (!parse(given, text) || given.den == 0 || perSecond(given) < 0.01 || perSecond(given) > 1000)
-            throw CLI::ValidationError("--rate: Frames per second are a number from 0.01 to 1000 or a fraction as "
+            throw CLI::ValidationError(std::string(name) +
+                                       ": Frames per second are a number from 0.01 to 1000 or a fraction as "
                                        "30000/1001, unlike '" +
                                        text + "'.");
         const unsigned int divisor = std::gcd(given.num, given.den);
         rate = {given.num / divisor, given.den / divisor};
     };
-    program.add_option_function<std::string>("--rate", take, description)->type_name("RATE");
+    program.add_option_function<std::string>(name, take, description)->type_name("RATE");
 }
 
 double perSecond(const Rate& rate) {

@@ -12,8 +12,8 @@ namespace example {
 
 using Rate = Ko::Frac<unsigned int>; // frames per second
 
-/// Adds the option `--rate`, which takes "25", "12.5" and "30000/1001".
-void addRate(CLI::App& program, Rate& rate, const std::string& description);
+/// Adds an option that takes "25", "12.5" and "30000/1001".
+void addRate(CLI::App& program, Rate& rate, const std::string& description, const char* name = "--rate");
 
 /// 0 where the rate is not known.
 double perSecond(const Rate& rate);

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: BSD-2-Clause
 # The example programs that draw and show do so: gallery, text and play, given as arguments, in an X server.
 set -euo pipefail
+exec </dev/null # nobody answers questions
 gallery=$1 text=$2 play=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
