@@ -36,14 +36,22 @@ void ArrayCopy::readSamples() noexcept {
     unsigned char* next = storage.keep ? to.data : storage.data.get();
     if (to.alloc ? !next : !to.rows)
         return;
-    for (std::size_t y = 0; y < from.height; ++y) {
+    const auto follows = [width](unsigned char* const* rows, std::size_t y) {
+        return rows[y] && rows[y] == rows[y - 1] + width;
+    };
+    for (std::size_t y = 0, end = 0; y < from.height; y = end) {
+        end = y + 1;
         unsigned char* row = to.alloc ? next + y * width : to.rows[y] ? to.rows[y] - viewColumn(to) : nullptr;
         if (!row)
             continue;
-        if (from.rows && from.rows[y])
-            std::memmove(row, from.rows[y] - viewColumn(from), width);
-        else
+        if (!from.rows || !from.rows[y]) {
             std::memset(row, 0, width);
+            continue;
+        }
+        // Rows that follow one another on both sides are copied at once.
+        while (end < from.height && follows(from.rows, end) && (to.alloc || follows(to.rows, end)))
+            ++end;
+        std::memmove(row, from.rows[y] - viewColumn(from), width * (end - y));
     }
 }
 

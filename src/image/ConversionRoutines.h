@@ -10,13 +10,14 @@
 namespace Ko::routines {
 
 /// Where source and target share memory, only kernels that go one sample after the other give the same on every
-/// processor.
-const RowKernels& kernelsFor(const Sharing& sharing);
+/// processor. Where both together are more than the largest cache holds, the target is written past it: it would not
+/// stay there.
+const RowKernels& kernelsFor(const Image<>& dst, const Image<>& src, const Sharing& sharing);
 
 void RGB_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void BGR_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
-void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
+void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& cachedKernels);
 void YCC444P_2_RGB(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void JFIF_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void YCC444P_2_JFIF(Image<>& dst, const Image<>& src, const RowKernels& kernels);

@@ -144,7 +144,7 @@ void convertIm(Image<>& dst, const Image<>& src) {
     ImageLayout::resizeTarget(dst, src.width, src.height, "convertIm");
     if (!isWhole(src))
         blacken(dst);
-    routine(dst, src, routines::kernelsFor(sharing));
+    routine(dst, src, routines::kernelsFor(dst, src, sharing));
     completeLoneSamples(dst, src.format);
 }
 

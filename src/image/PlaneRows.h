@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 namespace Ko {
 
@@ -37,6 +38,16 @@ inline PlaneRows<const unsigned char*> sourceRows(const Image<>& im, int p) {
 
 inline PlaneRows<unsigned char*> targetRows(Image<>& im, int p) {
     return viewOf<unsigned char*>(im.plane[p]);
+}
+
+/// Whether each of the first rows begins where the one before it ends, after so many bytes: one long row then.
+template <class Pointer>
+bool followOneAnother(const PlaneRows<Pointer>& plane, std::size_t bytes, std::size_t rows) {
+    std::uintptr_t elsewhere = 0; // without a jump in the loop, which is many rows long and seldom ends early
+    for (std::size_t y = 1; y < rows; ++y)
+        elsewhere |=
+            reinterpret_cast<std::uintptr_t>(plane[y]) - reinterpret_cast<std::uintptr_t>(plane[y - 1]) - bytes;
+    return elsewhere == 0;
 }
 
 template <class... Sizes>

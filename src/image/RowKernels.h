@@ -33,8 +33,8 @@ struct RowKernels {
     // Means of 2x2 blocks of two rows, n blocks: rounded, and truncated.
     void (*meanOfBlocks)(Byte* dst, const Byte* row0, const Byte* row1, std::size_t n);
     void (*meanOfBlocksTruncated)(Byte* dst, const Byte* row0, const Byte* row1, std::size_t n);
-    // Each of n samples written twice.
-    void (*doubled)(Byte* dst, const Byte* src, std::size_t n);
+    // Each of n samples written twice in each of two rows.
+    void (*doubled)(Byte* row0, Byte* row1, const Byte* src, std::size_t n);
 
     // Packed 4:2:2, n pairs of pixels.
     void (*yuy2ToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* yuy2, std::size_t n);
@@ -61,6 +61,8 @@ constexpr bool isComplete(const RowKernels& k) {
 
 /// The kernels in use: the best that this processor runs.
 const RowKernels& rowKernels();
+/// The same, but where that is worth it they write past the cache, for pictures that it cannot hold.
+const RowKernels& streamingKernels();
 
 } // namespace Ko
 

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -23,6 +24,8 @@ using Ko::RowKernels;
 using Byte = unsigned char;
 
 constexpr std::size_t longest = 2200;
+constexpr KernelLevel fromTheSlowest[] = {KernelLevel::sse4, KernelLevel::avx2, KernelLevel::avxVnni,
+                                          KernelLevel::avx512};
 
 /// Memory between two pages that must not be touched.
 class FencedBytes {
@@ -47,10 +50,11 @@ private:
 };
 static_assert(4 * longest + 128 <= FencedBytes::size, "the widest row fits");
 
-class KernelLevels : public testing::TestWithParam<KernelLevel> {
+/// A level, and whether it writes past the cache.
+class KernelLevels : public testing::TestWithParam<std::tuple<KernelLevel, bool>> {
 protected:
     void SetUp() override {
-        if (!Ko::kernelsOf(GetParam()))
+        if (!Ko::kernelsOf(level()))
             GTEST_SKIP() << "this processor does not have the level";
         for (std::size_t n = 0; n <= 130; ++n)
             sizes.push_back(n);
@@ -61,7 +65,11 @@ protected:
                     b = r % 8 == 0 ? Byte{0} : r % 8 == 1 ? Byte{255} : static_cast<Byte>(r >> 8);
                 }
     }
-    const RowKernels& fast() const { return *Ko::kernelsOf(GetParam()); }
+    static KernelLevel level() { return std::get<0>(GetParam()); }
+    static const RowKernels& fast() {
+        const auto* both = Ko::kernelsOf(level());
+        return std::get<1>(GetParam()) ? both->streaming : both->cached;
+    }
 
     /// A kernel takes rows to write, then rows to read, then n.
     /// @param bytes what one of its n takes in each row
@@ -85,7 +93,7 @@ protected:
                     wanted[i] = wantedRows[i].begin() + at;
                     written[i] = gotRows[i].begin() + at;
                 }
-                run(Ko::portableKernels.*kernel, wanted, n, std::index_sequence_for<P...>());
+                run(Ko::portableKernels.cached.*kernel, wanted, n, std::index_sequence_for<P...>());
                 run(fast().*kernel, written, n, std::index_sequence_for<P...>());
                 for (std::size_t i = 0; i < targets; ++i)
                     ASSERT_TRUE(std::equal(wantedRows[i].begin(), wantedRows[i].end(), gotRows[i].begin()))
@@ -125,7 +133,7 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
     compare("chromaToStudioDoubled", &RowKernels::chromaToStudioDoubled, {2, 1});
     compare("meanOfBlocks", &RowKernels::meanOfBlocks, {1, 2, 2});
     compare("meanOfBlocksTruncated", &RowKernels::meanOfBlocksTruncated, {1, 2, 2});
-    compare("doubled", &RowKernels::doubled, {2, 1});
+    compare("doubled", &RowKernels::doubled, {2, 2, 1});
     compare("yuy2ToYcc", &RowKernels::yuy2ToYcc, {2, 2, 2, 4});
     compare("yccToYuy2", &RowKernels::yccToYuy2, {4, 2, 2, 2});
     compare("mirrorBytes", &RowKernels::mirrorBytes, {1, 1});
@@ -138,7 +146,7 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
 
 /// Every conversion, with source and target over the same bytes from another column on: one sample after the other.
 TEST_P(KernelLevels, ConvertWithinTheSameMemoryAsThePortableOnes) {
-    const KernelLevel levels[] = {KernelLevel::portable, GetParam()};
+    const KernelLevel levels[] = {KernelLevel::portable, level()};
     for (unsigned to = Ko::PF_YCC444P; to <= Ko::PF_YUY2; ++to)
         for (unsigned from = Ko::PF_YCC444P; from <= Ko::PF_YUY2; ++from)
             for (const std::ptrdiff_t shift : {0, 1, 5, -3, 70}) {
@@ -177,10 +185,10 @@ TEST_P(KernelLevels, ComputeBothMatricesForAllTriples) {
             for (std::size_t p = 0; p < 3; ++p)
                 planes[p * n + i] = packed[3 * i + p] = triple[p];
         }
-        Ko::portableKernels.rgbToYcc(&wanted[0], &wanted[n], &wanted[2 * n], packed.data(), n);
+        Ko::portableKernels.cached.rgbToYcc(&wanted[0], &wanted[n], &wanted[2 * n], packed.data(), n);
         fast().rgbToYcc(&written[0], &written[n], &written[2 * n], packed.data(), n);
         ASSERT_EQ(wanted, written) << "R " << v;
-        Ko::portableKernels.yccToRgb(wanted.data(), &planes[0], &planes[n], &planes[2 * n], n);
+        Ko::portableKernels.cached.yccToRgb(wanted.data(), &planes[0], &planes[n], &planes[2 * n], n);
         fast().yccToRgb(written.data(), &planes[0], &planes[n], &planes[2 * n], n);
         ASSERT_EQ(wanted, written) << "Y' " << v;
     }
@@ -188,16 +196,21 @@ TEST_P(KernelLevels, ComputeBothMatricesForAllTriples) {
 
 TEST_P(KernelLevels, CanBeForced) {
     const RowKernels* best = &Ko::rowKernels();
-    ASSERT_TRUE(Ko::useKernels(GetParam()));
-    EXPECT_EQ(&Ko::rowKernels(), &fast());
+    ASSERT_TRUE(Ko::useKernels(level()));
+    EXPECT_EQ(std::get<1>(GetParam()) ? &Ko::streamingKernels() : &Ko::rowKernels(), &fast());
     ASSERT_TRUE(Ko::useKernels(KernelLevel::portable));
-    EXPECT_EQ(&Ko::rowKernels(), &Ko::portableKernels);
-    for (const KernelLevel level : {KernelLevel::avx2, KernelLevel::avx512})
-        Ko::useKernels(level); // the last one that the processor has stays
+    EXPECT_EQ(&Ko::rowKernels(), &Ko::portableKernels.cached);
+    for (const KernelLevel each : fromTheSlowest)
+        Ko::useKernels(each); // the last one that the processor has stays
     EXPECT_EQ(&Ko::rowKernels(), best) << "the best level was not chosen";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, KernelLevels, testing::Values(KernelLevel::avx2, KernelLevel::avx512),
-                         [](const auto& test) { return test.param == KernelLevel::avx2 ? "avx2" : "avx512"; });
+constexpr const char* names[] = {"portable", "sse4", "avx2", "avxVnni", "avx512"};
+INSTANTIATE_TEST_SUITE_P(All, KernelLevels,
+                         testing::Combine(testing::ValuesIn(fromTheSlowest), testing::Values(false, true)),
+                         [](const auto& test) {
+                             return std::string(names[static_cast<int>(std::get<0>(test.param))]) +
+                                    (std::get<1>(test.param) ? "Streaming" : "");
+                         });
 
 } // namespace

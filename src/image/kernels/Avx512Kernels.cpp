@@ -22,7 +22,7 @@ constexpr RowKernels withShuffles(RowKernels k) {
 
 } // namespace
 
-constexpr RowKernels avx512Kernels = withShuffles(vectorKernels());
-static_assert(!__builtin_constant_p(isComplete(avx512Kernels)) || isComplete(avx512Kernels));
+constexpr LevelKernels avx512Kernels = bothStores(withShuffles(vectorKernels()));
+static_assert(!__builtin_constant_p(isComplete(avx512Kernels.cached)) || isComplete(avx512Kernels.cached));
 
 } // namespace Ko

@@ -9,13 +9,15 @@
 namespace Ko {
 namespace {
 
-/// The start of the block after the one at i, in n pixels that are no fewer than a block; n after the last. The last
-/// block overlaps its neighbour if need be, which does no harm: it computes the same again.
-inline std::size_t nextBlock(std::size_t i, std::size_t n, std::size_t block = vectorBytes) {
-    const std::size_t next = i + block;
-    if (__builtin_expect(next + block > n && next != n, 0)) // a jump: a selection would be in every block's way
-        return n - block;
-    return next;
+/// Calls f(i) for the start i of each block in n pixels that are no fewer than a block. The last one overlaps its
+/// neighbour if need be, which does no harm: it computes the same again.
+template <class Function>
+[[gnu::always_inline]] inline void forBlocks(std::size_t n, std::size_t block, Function f) {
+    std::size_t i = 0;
+    for (; i + block <= n; i += block)
+        f(i);
+    if (i != n)
+        f(n - block);
 }
 
 } // namespace

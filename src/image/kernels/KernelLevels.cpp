@@ -4,22 +4,45 @@
 #include <atomic>
 #include <initializer_list>
 
+#ifdef KOVANTA_X86_KERNELS
+#include <cpuid.h>
+#endif
+
 namespace Ko {
 
 namespace {
 
-std::atomic<const RowKernels*> inUse{nullptr};
+std::atomic<const LevelKernels*> inUse{nullptr};
 
-const RowKernels* best() {
-    for (const KernelLevel level : {KernelLevel::avx512, KernelLevel::avx2})
-        if (const RowKernels* kernels = kernelsOf(level))
+const LevelKernels* best() {
+    for (const KernelLevel level : {KernelLevel::avx512, KernelLevel::avxVnni, KernelLevel::avx2, KernelLevel::sse4})
+        if (const LevelKernels* kernels = kernelsOf(level))
             return kernels;
     return &portableKernels;
 }
 
+const LevelKernels& levelInUse() {
+    const LevelKernels* kernels = inUse.load(std::memory_order_relaxed);
+    if (!kernels) {
+        // Whoever comes first, every thread finds the same.
+        kernels = best();
+        inUse.store(kernels, std::memory_order_relaxed);
+    }
+    return *kernels;
+}
+
+#ifdef KOVANTA_X86_KERNELS
+/// Not every compiler knows the feature by name.
+bool hasAvxVnni() {
+    constexpr unsigned int bit = 1U << 4;
+    unsigned int eax = 0, ebx = 0, ecx = 0, edx = 0;
+    return __get_cpuid_count(7, 1, &eax, &ebx, &ecx, &edx) && (eax & bit) != 0;
+}
+#endif
+
 } // namespace
 
-const RowKernels* kernelsOf(KernelLevel level) {
+const LevelKernels* kernelsOf(KernelLevel level) {
     switch (level) {
 #ifdef KOVANTA_X86_KERNELS
     // What the sources of the levels are compiled for. These tests include the operating system's support.
@@ -30,8 +53,12 @@ const RowKernels* kernelsOf(KernelLevel level) {
                        __builtin_cpu_supports("avx512vnni") && __builtin_cpu_supports("bmi2")
                    ? &avx512Kernels
                    : nullptr;
+    case KernelLevel::avxVnni:
+        return kernelsOf(KernelLevel::avx2) && hasAvxVnni() ? &avxVnniKernels : nullptr;
     case KernelLevel::avx2:
         return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") ? &avx2Kernels : nullptr;
+    case KernelLevel::sse4:
+        return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("sse4.1") ? &sse4Kernels : nullptr;
 #endif
     case KernelLevel::portable:
         return &portableKernels;
@@ -41,20 +68,18 @@ const RowKernels* kernelsOf(KernelLevel level) {
 }
 
 bool useKernels(KernelLevel level) {
-    const RowKernels* kernels = kernelsOf(level);
+    const LevelKernels* kernels = kernelsOf(level);
     if (kernels)
         inUse.store(kernels, std::memory_order_relaxed);
     return kernels != nullptr;
 }
 
 const RowKernels& rowKernels() {
-    const RowKernels* kernels = inUse.load(std::memory_order_relaxed);
-    if (!kernels) {
-        // Whoever comes first, every thread finds the same.
-        kernels = best();
-        inUse.store(kernels, std::memory_order_relaxed);
-    }
-    return *kernels;
+    return levelInUse().cached;
+}
+
+const RowKernels& streamingKernels() {
+    return levelInUse().streaming;
 }
 
 } // namespace Ko

@@ -7,18 +7,26 @@
 namespace Ko {
 
 /// The sets of row kernels there are: the definition, and faster ones by the instructions they need.
-enum class KernelLevel { portable, avx2, avx512 };
+enum class KernelLevel { portable, sse4, avx2, avxVnni, avx512 };
+
+/// The kernels of a level by where they write.
+struct LevelKernels {
+    RowKernels cached;
+    RowKernels streaming; ///< Past the cache, where that is worth it.
+};
 
 /// The kernels of a level; null when this processor or this build has no such level.
-const RowKernels* kernelsOf(KernelLevel level);
+const LevelKernels* kernelsOf(KernelLevel level);
 
 /// Makes rowKernels() return the kernels of a level from now on, for tests and benchmarks.
 /// @return false, and nothing changes, when kernelsOf() has none
 bool useKernels(KernelLevel level);
 
-extern const RowKernels portableKernels;
-extern const RowKernels avx2Kernels;
-extern const RowKernels avx512Kernels;
+extern const LevelKernels portableKernels;
+extern const LevelKernels sse4Kernels;
+extern const LevelKernels avx2Kernels;
+extern const LevelKernels avxVnniKernels;
+extern const LevelKernels avx512Kernels;
 
 } // namespace Ko
 

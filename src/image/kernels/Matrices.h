@@ -11,6 +11,7 @@
 #include "image/kernels/Bt601.h"
 #include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
+#include "image/kernels/Stores.h"
 
 namespace Ko {
 namespace {
@@ -29,8 +30,14 @@ struct YccParts {
     Vec red;
 };
 
-/// RGB to Y'CbCr for a quarter of a block, with p = R - G and q = B - G, so that chroma needs no third factor. The
-/// sums keep their results in bits 23..30 and are never negative.
+// What the sums of a quarter of a block have to begin with: a half for rounding, the offset, and what greenPair lacks.
+// Levels that add it to words instead want the rest without the half to be whole there.
+constexpr int greenHigh = (bt601::lumaFromGrey + 256) / 512 * 2;
+constexpr int lumaBias = bt601::encodeRounding + (bt601::lumaOffset << bt601::encodeBits) + greenHigh * (128 * 256);
+constexpr int chromaBias = bt601::encodeRounding + (bt601::chromaZero << bt601::encodeBits);
+
+/// RGB to Y'CbCr for a quarter of a block, with p = R - G and q = B - G, so that chroma needs no third factor. With
+/// their bias the sums have their results in bits 23..30 and are never negative.
 template <int step, int r, int b>
 [[gnu::always_inline]] inline YccParts encodeQuarter(const Byte* src, int quarter) {
     using namespace bt601;
@@ -40,10 +47,6 @@ template <int step, int r, int b>
     const auto high = [](int p, int q) {
         return broadcastDwords(pairOf(p / 128, q / 128));
     };
-    const Vec lumaBias =
-        broadcastDwords(encodeRounding + (lumaOffset << encodeBits) + lumaFromGrey / 256 * (128 * 256));
-    const Vec chromaBias = broadcastDwords(encodeRounding + (chromaZero << encodeBits));
-
     const Vec pixels = loadPixels<step>(src, quarter);
     const Vec green = shuffleBytes(pixels, pixelIndex<step, 1, -1, 1, -1>());
     constexpr bool inPlace = step == 4 && r == 0 && b == 2;
@@ -53,28 +56,31 @@ template <int step, int r, int b>
     const Vec pq128 = shiftLeftWords<7>(pq);
     // (G, (G - 128) * 256): the difference is the flipped sign.
     const Vec greenPair = xorBits(shuffleBytes(pixels, pixelIndex<step, 1, -1, -1, 1>()), broadcastDwords(INT32_MIN));
-    const Vec fromGreen = addDotProducts(lumaBias, greenPair, broadcastDwords(split<256>(lumaFromGrey)));
-    return {
-        addDotProducts(addDotProducts(fromGreen, pq, low(lumaFromRed, lumaFromBlue)), pq128,
-                       high(lumaFromRed, lumaFromBlue)),
-        addDotProducts(addDotProducts(chromaBias, pq, low(cbFromRed, cbFromBlue)), pq128, high(cbFromRed, cbFromBlue)),
-        addDotProducts(addDotProducts(chromaBias, pq, low(crFromRed, crFromBlue)), pq128, high(crFromRed, crFromBlue))};
+    const Vec fromGreen =
+        firstDotProducts<lumaBias>(greenPair, broadcastDwords(pairOf(lumaFromGrey - greenHigh * 256, greenHigh)));
+    return {addDotProducts(addDotProducts(fromGreen, pq, low(lumaFromRed, lumaFromBlue)), pq128,
+                           high(lumaFromRed, lumaFromBlue)),
+            addDotProducts(firstDotProducts<chromaBias>(pq, low(cbFromRed, cbFromBlue)), pq128,
+                           high(cbFromRed, cbFromBlue)),
+            addDotProducts(firstDotProducts<chromaBias>(pq, low(crFromRed, crFromBlue)), pq128,
+                           high(crFromRed, crFromBlue))};
 }
 
 template <int step, int r, int b>
 [[gnu::always_inline]] inline YccParts encodeHalf(const Byte* src, int half) {
     const YccParts first = encodeQuarter<step, r, b>(src, 2 * half);
     const YccParts second = encodeQuarter<step, r, b>(src, 2 * half + 1);
-    return {resultsOf(first.luma, second.luma), resultsOf(first.blue, second.blue), resultsOf(first.red, second.red)};
+    return {resultsOf<lumaBias>(first.luma, second.luma), resultsOf<chromaBias>(first.blue, second.blue),
+            resultsOf<chromaBias>(first.red, second.red)};
 }
 
-template <int step, int r, int b>
+template <class Store, int step, int r, int b>
 [[gnu::always_inline]] inline void encodeBlock(Byte* y, Byte* cb, Byte* cr, const Byte* src) {
     const YccParts first = encodeHalf<step, r, b>(src, 0);
     const YccParts second = encodeHalf<step, r, b>(src, 1);
-    storeVector(y, packResults(first.luma, second.luma));
-    storeVector(cb, packResults(first.blue, second.blue));
-    storeVector(cr, packResults(first.red, second.red));
+    Store::store(y, packResults(first.luma, second.luma));
+    Store::store(cb, packResults(first.blue, second.blue));
+    Store::store(cr, packResults(first.red, second.red));
 }
 
 struct RgbWords {
@@ -105,6 +111,7 @@ struct RgbWords {
             descale(add(tLow, uLow, bu), add(tHigh, uHigh, bu))};
 }
 
+template <class Store>
 [[gnu::always_inline]] inline void decodeBlock(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr) {
     const Vec luma = loadVector(y);
     const Vec blue = xorBits(loadVector(cb), broadcastBytes(0x80));
@@ -113,7 +120,7 @@ struct RgbWords {
         decodeHalf(interleaveBytesLow(luma, zero()), interleaveBytesLow(zero(), blue), interleaveBytesLow(zero(), red));
     const RgbWords high = decodeHalf(interleaveBytesHigh(luma, zero()), interleaveBytesHigh(zero(), blue),
                                      interleaveBytesHigh(zero(), red));
-    storeTriples<placeAfterDescale>(rgb, packWords(low.r, high.r), packWords(low.g, high.g), packWords(low.b, high.b));
+    storeDescaled<Store>(rgb, low.r, low.g, low.b, high.r, high.g, high.b);
 }
 
 // Rows shorter than a block. The compiler vectorises these too.
@@ -139,27 +146,35 @@ void decodeFew(Byte* __restrict rgb, const Byte* __restrict y, const Byte* __res
     }
 }
 
-template <int step, int r, int b>
+template <class Store, int step, int r, int b>
 void packedToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, const Byte* __restrict src,
                  std::size_t n) {
     if (n < vectorBytes)
         return encodeFew<step, r, b>(y, cb, cr, src, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n))
-        encodeBlock<step, r, b>(y + i, cb + i, cr + i, src + step * i);
+    forBlocks(n, vectorBytes,
+              [=](std::size_t i) { encodeBlock<Store, step, r, b>(y + i, cb + i, cr + i, src + step * i); });
+    Store::finish();
 }
 
+/// In tiles, so that the pixels are still at hand when it comes to alpha.
+template <class Store>
 void rgbaToYcca(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, Byte* __restrict alpha,
                 const Byte* __restrict rgba, std::size_t n) {
-    packedToYcc<4, 0, 2>(y, cb, cr, rgba, n);
-    copyAlpha(alpha, rgba, n);
+    constexpr std::size_t tile = 2048;
+    for (std::size_t i = 0; i < n; i += tile) {
+        const std::size_t some = n - i < tile ? n - i : tile;
+        packedToYcc<Store, 4, 0, 2>(y + i, cb + i, cr + i, rgba + 4 * i, some);
+        copyAlpha(alpha + i, rgba + 4 * i, some);
+    }
 }
 
+template <class Store>
 void yccToRgb(Byte* __restrict rgb, const Byte* __restrict y, const Byte* __restrict cb, const Byte* __restrict cr,
               std::size_t n) {
     if (n < vectorBytes)
         return decodeFew(rgb, y, cb, cr, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n))
-        decodeBlock(rgb + 3 * i, y + i, cb + i, cr + i);
+    forBlocks(n, vectorBytes, [=](std::size_t i) { decodeBlock<Store>(rgb + 3 * i, y + i, cb + i, cr + i); });
+    Store::finish();
 }
 
 } // namespace

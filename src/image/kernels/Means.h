@@ -5,6 +5,7 @@
 #include "image/kernels/Blocks.h"
 #include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
+#include "image/kernels/Stores.h"
 
 namespace Ko {
 namespace {
@@ -13,18 +14,22 @@ namespace {
 template <Word rounding>
 inline Vec means(const Byte* row0, const Byte* row1) {
     const Vec sum = addWords(addBytePairs(loadVector(row0)), addBytePairs(loadVector(row1)));
-    return shiftRightWords<2>(rounding == 0 ? sum : addWords(sum, broadcastWords(rounding)));
+    static_assert(rounding == 0 || rounding == 2);
+    return rounding == 0 ? shiftRightWords<2>(sum) : shiftRightRounded<2>(sum);
 }
 
-template <Word rounding>
+template <class Store, Word rounding>
 void meanOfBlocks(Byte* __restrict dst, const Byte* __restrict row0, const Byte* __restrict row1, std::size_t n) {
-    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n)) {
+    const auto block = [=](std::size_t i) {
         const Vec low = means<rounding>(row0 + 2 * i, row1 + 2 * i);
         const Vec high = means<rounding>(row0 + 2 * i + vectorBytes, row1 + 2 * i + vectorBytes);
-        storeVector(dst + i, deinterleave(packWords(low, high)));
-    }
+        Store::store(dst + i, deinterleave(packWords(low, high)));
+    };
+    if (n >= vectorBytes)
+        forBlocks(n, vectorBytes, block);
     for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
         dst[i] = meanOf<rounding>(row0[2 * i], row0[2 * i + 1], row1[2 * i], row1[2 * i + 1]);
+    Store::finish();
 }
 
 } // namespace

@@ -38,9 +38,12 @@ void chromaToStudioDoubled(Byte* __restrict dst, const Byte* __restrict src, std
         store(dst + 2 * i, both((src[i] * 57569u >> 16) + 16));
 }
 
-void doubled(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i)
-        store(dst + 2 * i, both(src[i]));
+void doubled(Byte* __restrict row0, Byte* __restrict row1, const Byte* __restrict src, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const Word sample = both(src[i]);
+        store(row0 + 2 * i, sample);
+        store(row1 + 2 * i, sample);
+    }
 }
 
 void yuy2ToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, const Byte* __restrict yuy2,

@@ -65,9 +65,11 @@ void meanOfBlocks(Byte* dst, const Byte* row0, const Byte* row1, std::size_t n) 
         dst[i] = meanOf<rounding>(row0[2 * i], row0[2 * i + 1], row1[2 * i], row1[2 * i + 1]);
 }
 
-void doubled(Byte* dst, const Byte* src, std::size_t n) {
+void doubled(Byte* row0, Byte* row1, const Byte* src, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
-        dst[2 * i] = dst[2 * i + 1] = src[i];
+        row0[2 * i] = row0[2 * i + 1] = src[i];
+    for (std::size_t i = 0; i < 2 * n; ++i)
+        row1[i] = row0[i];
 }
 
 void yuy2ToYcc(Byte* y, Byte* cb, Byte* cr, const Byte* yuy2, std::size_t n) {
@@ -150,7 +152,7 @@ constexpr RowKernels definedKernels() {
 
 } // namespace
 
-constexpr RowKernels portableKernels = definedKernels();
-static_assert(!__builtin_constant_p(isComplete(portableKernels)) || isComplete(portableKernels));
+constexpr LevelKernels portableKernels{definedKernels(), definedKernels()};
+static_assert(!__builtin_constant_p(isComplete(portableKernels.cached)) || isComplete(portableKernels.cached));
 
 } // namespace Ko

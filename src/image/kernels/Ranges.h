@@ -8,6 +8,7 @@
 #include "image/kernels/Blocks.h"
 #include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
+#include "image/kernels/Stores.h"
 
 namespace Ko {
 namespace {
@@ -53,7 +54,7 @@ static_assert(isExact<LumaToStudio>(lumaToStudio) && isExact<ChromaToStudio>(chr
 static_assert(isExact<LumaToFull>(lumaToFull) && isExact<ChromaToFull>(chromaToFull));
 
 /// Also in place: the last block, which overlaps its neighbour, is computed before that is written.
-template <class Range>
+template <class Store, class Range>
 void mapRange(Byte* dst, const Byte* src, std::size_t n) {
     if (n < vectorBytes) {
         for (std::size_t i = 0; i < n; ++i)
@@ -62,8 +63,9 @@ void mapRange(Byte* dst, const Byte* src, std::size_t n) {
     }
     const Vec last = Range::vector(loadVector(src + n - vectorBytes));
     for (std::size_t i = 0; i + vectorBytes < n; i += vectorBytes)
-        storeVector(dst + i, Range::vector(loadVector(src + i)));
+        Store::store(dst + i, Range::vector(loadVector(src + i)));
     storeVector(dst + n - vectorBytes, last);
+    Store::finish();
 }
 
 } // namespace

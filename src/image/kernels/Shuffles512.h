@@ -36,13 +36,13 @@ void shuffleYuy2ToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict 
     constexpr std::size_t block = vectorBytes / 2;
     if (n < block)
         return yuy2ToYcc(y, cb, cr, yuy2, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n, block)) {
+    forBlocks(n, block, [=](std::size_t i) {
         const Vec low = loadVector(yuy2 + 4 * i);
         const Vec high = loadVector(yuy2 + 4 * i + vectorBytes);
         storeVector(y + 2 * i, permuteBytes<even>(low, high));
         storeVector(cb + 2 * i, permuteBytes<everyCb>(low, high));
         storeVector(cr + 2 * i, permuteBytes<everyCr>(low, high));
-    }
+    });
 }
 
 constexpr std::size_t inTurnLow(std::size_t i) {
@@ -57,14 +57,14 @@ void shuffleYccToYuy2(Byte* __restrict yuy2, const Byte* __restrict y, const Byt
     constexpr std::size_t block = vectorBytes / 2;
     if (n < block)
         return yccToYuy2(yuy2, y, cb, cr, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n, block)) {
+    forBlocks(n, block, [=](std::size_t i) {
         const Vec luma = loadVector(y + 2 * i);
         const Vec blue = shiftRightWords<1>(addBytePairs(loadVector(cb + 2 * i)));
         const Vec red = shiftRightWords<1>(addBytePairs(loadVector(cr + 2 * i)));
         const Vec chroma = xorBits(blue, shiftLeftWords<8>(red)); // no bit is in both
         storeVector(yuy2 + 4 * i, permuteBytes<inTurnLow>(luma, chroma));
         storeVector(yuy2 + 4 * i + vectorBytes, permuteBytes<inTurnHigh>(luma, chroma));
-    }
+    });
 }
 
 constexpr std::size_t twiceLow(std::size_t i) {
@@ -74,23 +74,28 @@ constexpr std::size_t twiceHigh(std::size_t i) {
     return (vectorBytes + i) / 2;
 }
 
-inline void storeDoubled(Byte* dst, Vec v) {
-    storeVector(dst, permuteBytes<twiceLow>(v, v));
-    storeVector(dst + vectorBytes, permuteBytes<twiceHigh>(v, v));
-}
-
-void shuffleDoubled(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
+void shuffleDoubled(Byte* __restrict row0, Byte* __restrict row1, const Byte* __restrict src, std::size_t n) {
     if (n < vectorBytes)
-        return doubled(dst, src, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n))
-        storeDoubled(dst + 2 * i, loadVector(src + i));
+        return doubled(row0, row1, src, n);
+    forBlocks(n, vectorBytes, [=](std::size_t i) {
+        const Vec v = loadVector(src + i);
+        const Vec low = permuteBytes<twiceLow>(v, v);
+        const Vec high = permuteBytes<twiceHigh>(v, v);
+        storeVector(row0 + 2 * i, low);
+        storeVector(row0 + 2 * i + vectorBytes, high);
+        storeVector(row1 + 2 * i, low);
+        storeVector(row1 + 2 * i + vectorBytes, high);
+    });
 }
 
 void shuffleChromaToStudioDoubled(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
     if (n < vectorBytes)
         return chromaToStudioDoubled(dst, src, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n))
-        storeDoubled(dst + 2 * i, ChromaToStudio::vector(loadVector(src + i)));
+    forBlocks(n, vectorBytes, [=](std::size_t i) {
+        const Vec v = ChromaToStudio::vector(loadVector(src + i));
+        storeVector(dst + 2 * i, permuteBytes<twiceLow>(v, v));
+        storeVector(dst + 2 * i + vectorBytes, permuteBytes<twiceHigh>(v, v));
+    });
 }
 
 constexpr std::size_t backwards(std::size_t i) {
@@ -100,10 +105,10 @@ constexpr std::size_t backwards(std::size_t i) {
 void shuffleMirrorBytes(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
     if (n < vectorBytes)
         return mirrorBytes(dst, src, n);
-    for (std::size_t i = 0; i != n; i = nextBlock(i, n)) {
+    forBlocks(n, vectorBytes, [=](std::size_t i) {
         const Vec v = loadVector(src + (n - i - vectorBytes));
         storeVector(dst + i, permuteBytes<backwards>(v, v));
-    }
+    });
 }
 
 } // namespace

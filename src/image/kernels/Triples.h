@@ -12,30 +12,41 @@
 namespace Ko {
 namespace {
 
+template <class Store>
 void jfifToYcc(Byte* __restrict y, Byte* __restrict cb, Byte* __restrict cr, const Byte* __restrict jfif,
                std::size_t n) {
-    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n)) {
-        storeVector(y + i, LumaToStudio::vector(loadComponent<0>(jfif + 3 * i)));
-        storeVector(cb + i, ChromaToStudio::vector(loadComponent<1>(jfif + 3 * i)));
-        storeVector(cr + i, ChromaToStudio::vector(loadComponent<2>(jfif + 3 * i)));
-    }
+    if (n >= vectorBytes)
+        forBlocks(n, vectorBytes, [=](std::size_t i) {
+            const Vec l = LumaToStudio::vector(loadComponent<0>(jfif + 3 * i));
+            const Vec b = ChromaToStudio::vector(loadComponent<1>(jfif + 3 * i));
+            const Vec r = ChromaToStudio::vector(loadComponent<2>(jfif + 3 * i));
+            Store::store(y + i, l);
+            Store::store(cb + i, b);
+            Store::store(cr + i, r);
+        });
     for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
         y[i] = LumaToStudio::sample(jfif[3 * i]);
         cb[i] = ChromaToStudio::sample(jfif[3 * i + 1]);
         cr[i] = ChromaToStudio::sample(jfif[3 * i + 2]);
     }
+    Store::finish();
 }
 
+template <class Store>
 void yccToJfif(Byte* __restrict jfif, const Byte* __restrict y, const Byte* __restrict cb, const Byte* __restrict cr,
                std::size_t n) {
-    for (std::size_t i = 0; n >= vectorBytes && i != n; i = nextBlock(i, n))
-        storeTriples<inOrder>(jfif + 3 * i, LumaToFull::vector(loadVector(y + i)),
-                              ChromaToFull::vector(loadVector(cb + i)), ChromaToFull::vector(loadVector(cr + i)));
+    if (n >= vectorBytes)
+        forBlocks(n, vectorBytes, [=](std::size_t i) {
+            storeTriples<Store, inOrder>(jfif + 3 * i, LumaToFull::vector(loadVector(y + i)),
+                                         ChromaToFull::vector(loadVector(cb + i)),
+                                         ChromaToFull::vector(loadVector(cr + i)));
+        });
     for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
         jfif[3 * i] = LumaToFull::sample(y[i]);
         jfif[3 * i + 1] = ChromaToFull::sample(cb[i]);
         jfif[3 * i + 2] = ChromaToFull::sample(cr[i]);
     }
+    Store::finish();
 }
 
 /// The first pixel goes alone and the last ones too, so that the byte too many never leaves the row.

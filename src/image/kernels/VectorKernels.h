@@ -5,6 +5,7 @@
 // The kernels that every level with vectors has, in the vectors of the including source.
 
 #include "image/RowKernels.h"
+#include "image/kernels/KernelLevels.h"
 #include "image/kernels/Matrices.h"
 #include "image/kernels/Means.h"
 #include "image/kernels/PlainLoops.h"
@@ -14,20 +15,26 @@
 namespace Ko {
 namespace {
 
+/// @p k with the kernels that write through the vectors' own stores.
+template <class Store>
+constexpr RowKernels withStores(RowKernels k) {
+    k.rgbToYcc = packedToYcc<Store, 3, 0, 2>;
+    k.bgrToYcc = packedToYcc<Store, 3, 2, 0>;
+    k.rgbxToYcc = packedToYcc<Store, 4, 0, 2>;
+    k.rgbaToYcca = rgbaToYcca<Store>;
+    k.yccToRgb = yccToRgb<Store>;
+    k.lumaToStudio = mapRange<Store, LumaToStudio>;
+    k.lumaToFull = mapRange<Store, LumaToFull>;
+    k.jfifToYcc = jfifToYcc<Store>;
+    k.yccToJfif = yccToJfif<Store>;
+    k.meanOfBlocks = meanOfBlocks<Store, 2>;
+    k.meanOfBlocksTruncated = meanOfBlocks<Store, 0>;
+    return k;
+}
+
 constexpr RowKernels vectorKernels() {
-    RowKernels k{};
-    k.rgbToYcc = packedToYcc<3, 0, 2>;
-    k.bgrToYcc = packedToYcc<3, 2, 0>;
-    k.rgbxToYcc = packedToYcc<4, 0, 2>;
-    k.rgbaToYcca = rgbaToYcca;
-    k.yccToRgb = yccToRgb;
-    k.lumaToStudio = mapRange<LumaToStudio>;
-    k.lumaToFull = mapRange<LumaToFull>;
-    k.jfifToYcc = jfifToYcc;
-    k.yccToJfif = yccToJfif;
+    RowKernels k = withStores<Cached>({});
     k.chromaToStudioDoubled = chromaToStudioDoubled;
-    k.meanOfBlocks = meanOfBlocks<2>;
-    k.meanOfBlocksTruncated = meanOfBlocks<0>;
     k.doubled = doubled;
     k.yuy2ToYcc = yuy2ToYcc;
     k.yccToYuy2 = yccToYuy2;
@@ -37,6 +44,11 @@ constexpr RowKernels vectorKernels() {
     k.mirrorTriplesInPlace = mirrorTriplesInPlace;
     k.swapRows = swapRows;
     return k;
+}
+
+/// A level made of its kernels.
+constexpr LevelKernels bothStores(const RowKernels& k) {
+    return {k, withStores<Streaming>(k)};
 }
 
 } // namespace

@@ -2,12 +2,12 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_VECTORS256_H
 #define KOVANTA_SRC_IMAGE_KERNELS_VECTORS256_H
 
-// The vector operations of Vectors512.h for AVX2. Shuffles stay within the 128-bit halves here, so a block is laid out
-// as two runs of 16 pixels, one in each half.
+// The vector operations of Vectors512.h for AVX2, as far as they are one instruction or two; Lanes.h makes the others
+// of them. Shuffles stay within the 128-bit halves here, so a block is laid out as two runs of 16 pixels, one in each
+// half.
 
 #include <immintrin.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -22,6 +22,10 @@ inline Vec loadVector(const void* p) {
 }
 inline void storeVector(void* p, Vec v) {
     _mm256_storeu_si256(static_cast<__m256i*>(p), v);
+}
+/// Past the cache, to where a vector may lie.
+inline void streamVector(void* p, Vec v) {
+    _mm256_stream_si256(static_cast<__m256i*>(p), v);
 }
 inline Vec broadcastWords(int v) {
     return _mm256_set1_epi16(static_cast<short>(v));
@@ -38,6 +42,9 @@ inline Vec zero() {
 inline Vec andBits(Vec a, Vec b) {
     return _mm256_and_si256(a, b);
 }
+inline Vec orBits(Vec a, Vec b) {
+    return _mm256_or_si256(a, b);
+}
 inline Vec xorBits(Vec a, Vec b) {
     return _mm256_xor_si256(a, b);
 }
@@ -48,14 +55,19 @@ template <int bits>
 inline Vec shiftLeftWords(Vec v) {
     return _mm256_slli_epi16(v, bits);
 }
-/// Multiplications, because processors shift where they shuffle, and there is enough to shuffle.
+/// A multiplication, because processors shift where they shuffle, and where this is used there is enough to shuffle.
 template <int bits>
 inline Vec shiftRightSignedWords(Vec v) {
     return _mm256_mulhi_epi16(v, broadcastWords(1 << (16 - bits)));
 }
 template <int bits>
 inline Vec shiftRightWords(Vec v) {
-    return _mm256_mulhi_epu16(v, broadcastWords(1 << (16 - bits)));
+    return _mm256_srli_epi16(v, bits);
+}
+/// To the nearest, signed.
+template <int bits>
+inline Vec shiftRightRounded(Vec v) {
+    return _mm256_mulhrs_epi16(v, broadcastWords(1 << (15 - bits)));
 }
 inline Vec addBytes(Vec a, Vec b) {
     return _mm256_add_epi8(a, b);
@@ -81,6 +93,9 @@ inline Vec addBytePairs(Vec v) {
 inline Vec packWords(Vec low, Vec high) {
     return _mm256_packus_epi16(low, high);
 }
+inline Vec packSignedWords(Vec low, Vec high) {
+    return _mm256_packs_epi16(low, high);
+}
 /// What packWords() made of two vectors' words, in the order of the words.
 inline Vec deinterleave(Vec packed) {
     return _mm256_permute4x64_epi64(packed, 0xD8);
@@ -97,28 +112,23 @@ inline Vec interleaveWordsLow(Vec a, Vec b) {
 inline Vec interleaveWordsHigh(Vec a, Vec b) {
     return _mm256_unpackhi_epi16(a, b);
 }
-inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
-    return _mm256_add_epi32(sum, _mm256_madd_epi16(a, b));
+/// Sums of two products of signed words.
+inline Vec multiplyPairs(Vec a, Vec b) {
+    return _mm256_madd_epi16(a, b);
 }
+#ifdef __AVXVNNI__
+constexpr bool dotProductsAdd = true; // in one instruction
+inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
+    return _mm256_dpwssd_avx_epi32(sum, a, b);
+}
+#else
+constexpr bool dotProductsAdd = false;
+inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
+    return _mm256_add_epi32(sum, multiplyPairs(a, b));
+}
+#endif
 inline Vec shuffleBytes(Vec v, Vec index) {
     return _mm256_shuffle_epi8(v, index);
-}
-
-template <class Function>
-constexpr std::array<unsigned char, vectorBytes> table(Function f) {
-    std::array<unsigned char, vectorBytes> t{};
-    for (std::size_t i = 0; i < vectorBytes; ++i)
-        t[i] = static_cast<unsigned char>(f(i));
-    return t;
-}
-
-template <int step, int b0, int b1, int b2, int b3>
-inline Vec pixelIndex() {
-    static constexpr auto index = table([](std::size_t i) {
-        constexpr int offsets[4] = {b0, b1, b2, b3};
-        return offsets[i % 4] < 0 ? 0x80 : step * (static_cast<int>(i) / 4 % 4) + offsets[i % 4];
-    });
-    return loadVector(index.data());
 }
 
 /// Four packed pixels of quarter q in each half.
@@ -133,81 +143,45 @@ inline Vec loadPixels(const unsigned char* src, int q) {
     return _mm256_set_m128i(last ? _mm_srli_si128(load(high - 4), 4) : load(high), load(low));
 }
 
-inline Vec resultsOf(Vec first, Vec second) {
-    return _mm256_packus_epi32(_mm256_srli_epi32(first, 23), _mm256_srli_epi32(second, 23));
+/// 32-bit lanes to words, as they are.
+inline Vec packDwords(Vec low, Vec high) {
+    return _mm256_packus_epi32(low, high);
 }
-inline Vec packResults(Vec first, Vec second) {
-    return _mm256_packus_epi16(first, second);
+template <int bits>
+inline Vec shiftRightDwords(Vec v) {
+    return _mm256_srli_epi32(v, bits);
 }
-
-inline Vec descale(Vec lower, Vec upper) {
-    return shiftRightSignedWords<5>(_mm256_blend_epi16(_mm256_srli_epi32(lower, 16), upper, 0xAA));
+/// The even words of a and the odd ones of b.
+inline Vec wordsInTurn(Vec a, Vec b) {
+    return _mm256_blend_epi16(a, b, 0xAA);
 }
-constexpr std::size_t placeAfterDescale(std::size_t i) {
-    return i / 8 * 8 + i % 4 * 2 + i / 4 % 2;
-}
-constexpr std::size_t inOrder(std::size_t i) {
-    return i;
-}
-
-// The triples of a run of 16 pixels are three parts of 16 bytes. Byte j of part p belongs to component (p + j) % 3, so
-// in each byte the three parts hold one component each, and a part is chosen from them by a blend.
-
-template <std::size_t remainder>
-inline Vec everyThird() {
-    static constexpr auto mask = table([](std::size_t i) { return i % 16 % 3 == remainder ? 0xFF : 0; });
-    return loadVector(mask.data());
-}
-/// Byte j from the one of three vectors with number (shift - j) mod 3.
-template <std::size_t shift>
-inline Vec blendInTurn(Vec v0, Vec v1, Vec v2) {
-    return _mm256_blendv_epi8(_mm256_blendv_epi8(v0, v1, everyThird<(shift + 2) % 3>()), v2,
-                              everyThird<(shift + 1) % 3>());
+/// Bytes of b where the mask's are set, of a elsewhere.
+inline Vec select(Vec a, Vec b, Vec mask) {
+    return _mm256_blendv_epi8(a, b, mask);
 }
 
-/// The samples of a component, pixel i of a run at place(i), where the parts of the triples have them.
-template <std::size_t component, std::size_t (*place)(std::size_t)>
-inline Vec distribute(Vec v) {
-    static constexpr auto index = table([](std::size_t i) {
-        const std::size_t j = i % 16;
-        const std::size_t part = (component + 15 - j) % 3;
-        return place((16 * part + j) / 3);
-    });
-    return shuffleBytes(v, loadVector(index.data()));
+/// What interleaveBytesLow() and interleaveBytesHigh() gave, in order.
+inline void storeInterleaved(unsigned char* dst, Vec low, Vec high) {
+    storeVector(dst, _mm256_permute2x128_si256(low, high, 0x20));
+    storeVector(dst + 32, _mm256_permute2x128_si256(low, high, 0x31));
 }
 
-/// Interleaves three vectors; pixel i of a run lies at place(i) in its half.
-template <std::size_t (*place)(std::size_t)>
-inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
-    const Vec a3 = distribute<0, place>(a);
-    const Vec b3 = distribute<1, place>(b);
-    const Vec c3 = distribute<2, place>(c);
-    const Vec part0 = blendInTurn<0>(a3, c3, b3);
-    const Vec part1 = blendInTurn<2>(a3, c3, b3);
-    const Vec part2 = blendInTurn<1>(a3, c3, b3);
-    storeVector(dst, _mm256_permute2x128_si256(part0, part1, 0x20));
-    storeVector(dst + 32, _mm256_blend_epi32(part2, part0, 0xF0));
-    storeVector(dst + 64, _mm256_permute2x128_si256(part1, part2, 0x31));
-}
-
-/// One component of a block of triples.
-template <std::size_t component>
-inline Vec loadComponent(const unsigned char* src) {
+/// The triples of each run of 16 pixels as three parts of 16 bytes.
+struct Parts {
+    Vec part[3];
+};
+inline Parts loadParts(const unsigned char* src) {
     const Vec v0 = loadVector(src);
     const Vec v1 = loadVector(src + 32);
     const Vec v2 = loadVector(src + 64);
-    static constexpr auto index = table([](std::size_t i) { return (i % 16 * 3 + component) % 16; });
-    const Vec together = blendInTurn<component>(
-        _mm256_blend_epi32(v0, v1, 0xF0), _mm256_permute2x128_si256(v0, v2, 0x21), _mm256_blend_epi32(v1, v2, 0xF0));
-    return shuffleBytes(together, loadVector(index.data()));
+    return {
+        {_mm256_blend_epi32(v0, v1, 0xF0), _mm256_permute2x128_si256(v0, v2, 0x21), _mm256_blend_epi32(v1, v2, 0xF0)}};
 }
-
-/// Five triples in reverse; one byte after them is read, and one after the target overwritten.
-constexpr std::size_t mirroredAtOnce = 5;
-inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
-    const __m128i order = _mm_setr_epi8(12, 13, 14, 9, 10, 11, 6, 7, 8, 3, 4, 5, 0, 1, 2, 15);
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm_shuffle_epi8(v, order));
+template <class Store>
+inline void storeParts(unsigned char* dst, Vec part0, Vec part1, Vec part2) {
+    Store::store(dst, _mm256_permute2x128_si256(part0, part1, 0x20));
+    Store::store(dst + 32, _mm256_blend_epi32(part2, part0, 0xF0));
+    Store::store(dst + 64, _mm256_permute2x128_si256(part1, part2, 0x31));
 }
 
 } // namespace

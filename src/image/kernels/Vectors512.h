@@ -2,8 +2,8 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_VECTORS512_H
 #define KOVANTA_SRC_IMAGE_KERNELS_VECTORS512_H
 
-// The vector operations that the kernels are written in, for AVX-512 with VBMI and VNNI. Vectors256.h has the same for
-// AVX2; where the two keep pixels in different orders inside, what goes in and out of memory is in pixel order.
+// The vector operations that the kernels are written in, for AVX-512 with VBMI and VNNI. Lanes.h has the same for
+// shorter vectors; where they keep pixels in different orders inside, what goes in and out of memory is in pixel order.
 
 #include <immintrin.h>
 
@@ -22,6 +22,10 @@ inline Vec loadVector(const void* p) {
 }
 inline void storeVector(void* p, Vec v) {
     _mm512_storeu_si512(p, v);
+}
+/// Past the cache, to where a vector may lie.
+inline void streamVector(void* p, Vec v) {
+    _mm512_stream_si512(static_cast<__m512i*>(p), v);
 }
 inline Vec broadcastWords(int v) {
     return _mm512_set1_epi16(static_cast<short>(v));
@@ -55,6 +59,11 @@ inline Vec shiftRightSignedWords(Vec v) {
 template <int bits>
 inline Vec shiftRightWords(Vec v) {
     return _mm512_srli_epi16(v, bits);
+}
+/// To the nearest, signed.
+template <int bits>
+inline Vec shiftRightRounded(Vec v) {
+    return _mm512_mulhrs_epi16(v, broadcastWords(1 << (15 - bits)));
 }
 inline Vec addBytes(Vec a, Vec b) {
     return _mm512_add_epi8(a, b);
@@ -102,6 +111,12 @@ inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm512_dpwssd_epi32(sum, a, b);
 }
 
+/// The first products of a sum, which begins with its bias.
+template <int bias>
+inline Vec firstDotProducts(Vec a, Vec b) {
+    return addDotProducts(broadcastDwords(bias), a, b);
+}
+
 /// Bytes of v chosen by index; zero where the index is 0x80.
 inline Vec shuffleBytes(Vec v, Vec index) {
     return _mm512_maskz_permutexvar_epi8(~_mm512_movepi8_mask(index), index, v);
@@ -141,7 +156,9 @@ inline Vec highWords(Vec a, Vec b) {
     return _mm512_mask_shuffle_epi8(b, 0x3333333333333333, a, loadVector(up.data()));
 }
 
-/// Bits 23..30 of the sums of two quarters, as words, and the words of two halves as bytes in pixel order.
+/// Bits 23..30 of the sums of two quarters, which are as far as firstDotProducts() left them from their bias, as words,
+/// and the words of two halves as bytes in pixel order.
+template <int /*bias*/>
 inline Vec resultsOf(Vec first, Vec second) {
     return shiftRightWords<7>(highWords(first, second));
 }
@@ -173,11 +190,17 @@ inline Vec triples(Vec a, Vec b, Vec c) {
     return _mm512_mask_permutexvar_epi8(ab, isC, loadVector(fromC.data()), c);
 }
 
-template <std::size_t (*place)(std::size_t)>
+template <class Store, std::size_t (*place)(std::size_t)>
 inline void storeTriples(unsigned char* dst, Vec a, Vec b, Vec c) {
-    storeVector(dst, triples<0, place>(a, b, c));
-    storeVector(dst + 64, triples<64, place>(a, b, c));
-    storeVector(dst + 128, triples<128, place>(a, b, c));
+    Store::store(dst, triples<0, place>(a, b, c));
+    Store::store(dst + 64, triples<64, place>(a, b, c));
+    Store::store(dst + 128, triples<128, place>(a, b, c));
+}
+
+/// RGB from the words that descale() gave for the lower and the upper pixels.
+template <class Store>
+inline void storeDescaled(unsigned char* dst, Vec lowR, Vec lowG, Vec lowB, Vec highR, Vec highG, Vec highB) {
+    storeTriples<Store, placeAfterDescale>(dst, packWords(lowR, highR), packWords(lowG, highG), packWords(lowB, highB));
 }
 
 /// One component of a block of triples.
