@@ -2,6 +2,8 @@
 #ifndef KOVANTA_BENCH_FRAMES_H
 #define KOVANTA_BENCH_FRAMES_H
 
+#include "image/kernels/KernelLevels.h"
+
 #include <cstddef>
 #include <new>
 #include <random>
@@ -65,6 +67,12 @@ struct Peer {
 std::vector<Peer> libyuvPeers();
 std::vector<Peer> swscalePeers();
 std::vector<Peer> opencvPeers();
+
+// Hold a peer to the instructions that a level of ours has.
+void limitLibyuv(Ko::KernelLevel level);
+void limitSwscale(Ko::KernelLevel level);
+/// OpenCV asks the environment once, before main(): the value for OPENCV_CPU_DISABLE.
+const char* opencvFeaturesBeyond(Ko::KernelLevel level);
 
 } // namespace bench
 

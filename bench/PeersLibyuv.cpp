@@ -119,6 +119,17 @@ void turnPlane(Frames& f) {
 
 } // namespace
 
+void limitLibyuv(Ko::KernelLevel level) {
+    using namespace libyuv;
+    using Ko::KernelLevel;
+    int allowed = kCpuInitialized | kCpuHasX86 | kCpuHasSSE2;
+    if (level >= KernelLevel::sse4)
+        allowed |= kCpuHasSSSE3 | kCpuHasSSE41 | kCpuHasERMS;
+    if (level >= KernelLevel::avx2)
+        allowed |= kCpuHasSSE42 | kCpuHasAVX | kCpuHasAVX2 | kCpuHasFMA3 | kCpuHasF16C;
+    MaskCpuFlags(level == KernelLevel::avx512 ? -1 : allowed);
+}
+
 std::vector<Peer> libyuvPeers() {
     return {
         {"RGB to 4:4:4", "libyuv", rgbTo444},

@@ -58,6 +58,21 @@ void flipPlane(Frames& f) {
 
 } // namespace
 
+const char* opencvFeaturesBeyond(Ko::KernelLevel level) {
+    switch (level) {
+    case Ko::KernelLevel::portable:
+        return "SSE3,SSSE3,SSE4.1,SSE4.2,POPCNT,AVX,FP16,FMA3,AVX2,AVX512F,AVX512-SKX";
+    case Ko::KernelLevel::sse4:
+        return "SSE4.2,POPCNT,AVX,FP16,FMA3,AVX2,AVX512F,AVX512-SKX";
+    case Ko::KernelLevel::avx2:
+    case Ko::KernelLevel::avxVnni:
+        return "AVX512F,AVX512-SKX";
+    case Ko::KernelLevel::avx512:
+        return "";
+    }
+    return "";
+}
+
 std::vector<Peer> opencvPeers() {
     cv::setNumThreads(1);
     return {

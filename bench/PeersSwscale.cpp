@@ -2,6 +2,7 @@
 #include "Frames.h"
 
 extern "C" {
+#include <libavutil/cpu.h>
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
 }
@@ -53,6 +54,18 @@ void scale(Frames& f) {
 }
 
 } // namespace
+
+void limitSwscale(Ko::KernelLevel level) {
+    using Ko::KernelLevel;
+    int allowed = AV_CPU_FLAG_MMX | AV_CPU_FLAG_MMXEXT | AV_CPU_FLAG_CMOV | AV_CPU_FLAG_SSE | AV_CPU_FLAG_SSE2;
+    if (level >= KernelLevel::sse4)
+        allowed |= AV_CPU_FLAG_SSE3 | AV_CPU_FLAG_SSSE3 | AV_CPU_FLAG_SSE4;
+    if (level >= KernelLevel::avx2)
+        allowed |= AV_CPU_FLAG_SSE42 | AV_CPU_FLAG_AVX | AV_CPU_FLAG_AVX2 | AV_CPU_FLAG_FMA3 | AV_CPU_FLAG_BMI1 |
+                   AV_CPU_FLAG_BMI2;
+    if (level != KernelLevel::avx512)
+        av_force_cpu_flags(av_get_cpu_flags() & allowed);
+}
 
 std::vector<Peer> swscalePeers() {
     return {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 // Conversions and flips: our kernels level by level, convertIm as an application calls it, and what others make of
-// the same job. Arguments are those of Google Benchmark, and --table=FILE.
+// the same job. Arguments are those of Google Benchmark, --table=FILE, and --level=NAME, which holds us and the others
+// to the instructions of one level.
 #include "Contest.h"
 #include "Frames.h"
 
@@ -8,10 +9,15 @@
 #include "Kovanta/Flip.h"
 #include "image/kernels/KernelLevels.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -72,10 +78,14 @@ struct Level {
     const char* name;
     Ko::KernelLevel level;
 };
-constexpr Level levels[] = {
-    {"portable", Ko::KernelLevel::portable}, {"AVX2", Ko::KernelLevel::avx2}, {"AVX-512", Ko::KernelLevel::avx512}};
+constexpr Level levels[] = {{"portable", Ko::KernelLevel::portable},
+                            {"SSE4.1", Ko::KernelLevel::sse4},
+                            {"AVX2", Ko::KernelLevel::avx2},
+                            {"AVX-VNNI", Ko::KernelLevel::avxVnni},
+                            {"AVX-512", Ko::KernelLevel::avx512}};
 
-Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const std::vector<Peer>& peers) {
+Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const std::vector<Peer>& peers,
+                  std::optional<Ko::KernelLevel> only) {
     const auto w = static_cast<unsigned>(frames->w);
     const auto h = static_cast<unsigned>(frames->h);
     Contest contest{job.name + (", " + std::to_string(w) + "x" + std::to_string(h)), double(w) * h, {}};
@@ -87,7 +97,7 @@ Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const s
     fill(*dst, *frames);
     Ko::KernelLevel best = Ko::KernelLevel::portable;
     for (const Level& level : levels) {
-        if (!Ko::kernelsOf(level.level))
+        if (!Ko::kernelsOf(level.level) || (only && level.level != *only))
             continue;
         best = level.level;
         contest.contenders.push_back({level.name, Side::ours, [=, routine = job.routine, forced = level.level] {
@@ -119,20 +129,54 @@ Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const s
     return contest;
 }
 
+/// What --level= names, taken out of the arguments. OpenCV is told by starting anew.
+std::optional<Ko::KernelLevel> takeLevel(int& argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument.compare(0, 8, "--level=") != 0)
+            continue;
+        const Level* found = nullptr;
+        for (const Level& level : levels)
+            if (argument.substr(8) == level.name && Ko::kernelsOf(level.level))
+                found = &level;
+        if (!found) {
+            std::cerr << "This processor has no " << argument.substr(8) << ".\n";
+            std::exit(2);
+        }
+#ifdef BENCH_OPENCV
+        if (!std::getenv("OPENCV_CPU_DISABLE")) {
+            setenv("OPENCV_CPU_DISABLE", opencvFeaturesBeyond(found->level), 1);
+            execv("/proc/self/exe", argv);
+            std::perror("execv");
+            std::exit(1);
+        }
+#endif
+        std::copy(argv + i + 1, argv + argc + 1, argv + i);
+        --argc;
+        return found->level;
+    }
+    return {};
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    const std::optional<Ko::KernelLevel> only = takeLevel(argc, argv);
     std::vector<Peer> peers;
     const auto add = [&](std::vector<Peer> more) {
         peers.insert(peers.end(), more.begin(), more.end());
     };
 #ifdef BENCH_LIBYUV
+    if (only)
+        limitLibyuv(*only);
     add(libyuvPeers());
 #endif
 #ifdef BENCH_OPENCV
     add(opencvPeers());
 #endif
 #ifdef BENCH_SWSCALE
+    if (only)
+        limitSwscale(*only);
     add(swscalePeers());
 #endif
     if (peers.empty())
@@ -142,7 +186,7 @@ int main(int argc, char** argv) {
     for (const auto& [w, h] : sizes) {
         const auto frames = std::make_shared<Frames>(w, h);
         for (const Job& job : jobs)
-            contests.push_back(contestOf(job, frames, peers));
+            contests.push_back(contestOf(job, frames, peers, only));
     }
     return runContests(argc, argv, contests, {"million pixels a second", 1e6, true});
 }

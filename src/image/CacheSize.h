@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 #ifndef KOVANTA_SRC_IMAGE_CACHESIZE_H
 #define KOVANTA_SRC_IMAGE_CACHESIZE_H
 

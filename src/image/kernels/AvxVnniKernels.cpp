@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Compiled for AVX2 with AVX-VNNI, whose vectors differ from AVX2's in addDotProducts() alone; the flags are in
 // CMakeLists.txt.
 #include "image/kernels/KernelLevels.h"

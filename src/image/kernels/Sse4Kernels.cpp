@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-2-Clause
 // Compiled for SSE4.1 with SSSE3; the flags are in CMakeLists.txt.
 // The vectors come first: the other headers are written in them.
 #include "image/kernels/Vectors128.h"
