@@ -61,6 +61,8 @@ public:
     ///         "SDL_CreateYUVOverlay failed: ..."; after all but the first SDL stays initialised
     VideoOutputDisplay(unsigned int windowWidth, unsigned int windowHeight, unsigned int width, unsigned int height,
                        bool fullscreen);
+    /// Opens a window as wide as the frames, or as the screen has room for: setFitScreen() is on. Otherwise as above.
+    VideoOutputDisplay(unsigned int width, unsigned int height, bool fullscreen);
     VideoOutputDisplay(const VideoOutputDisplay&) = delete;
     VideoOutputDisplay& operator=(const VideoOutputDisplay&) = delete;
     /// Closes the window and ends SDL.
@@ -75,6 +77,24 @@ public:
     /// @throws std::runtime_error, std::bad_alloc
     bool write(const Image<>& image) override;
 
+    /// Changes the size of the frames. Full screen, pausing, keys that wait and the window's width stay; its height
+    /// follows from the new aspect ratio. The next frame written is the first one shown again.
+    /// @param width, height in pixels, even
+    /// @throws std::logic_error "[VideoOutputDisplay::setFrameSize]: Width and height of must both be even!",
+    ///         "[VideoOutputDisplay::setFrameSize]: Width and height must not be zero."
+    /// @throws std::runtime_error "[VideoOutputDisplay::setFrameSize]: " followed by "SDL_CreateYUVOverlay failed: ..."
+    ///         or "SDL_SetVideoMode failed: Window too large.", which change nothing, or by another reason why
+    ///         SDL_SetVideoMode failed
+    void setFrameSize(unsigned int width, unsigned int height);
+    /// Keeps the window within the screen, less a sixteenth for what the desktop puts around it: one that would be
+    /// larger, as wished for, by a new frame size or by the user, is made smaller in both directions. It returns to the
+    /// width wished for when that fits again. Off unless the constructor without a window's size was called.
+    /// @throws std::runtime_error "[VideoOutputDisplay::setFitScreen]: SDL_SetVideoMode failed: ..."
+    void setFitScreen(bool on);
+    /// Chooses what full screen does with frames of another aspect ratio: black borders when on; stretched when off, as
+    /// at first.
+    void setKeepAspect(bool on);
+
     /// Opens the window or the full screen anew, whichever is on.
     /// @throws std::runtime_error "[VideoOutputDisplay::setMode]: SDL_SetVideoMode failed: ..."
     void setMode();
@@ -84,6 +104,8 @@ public:
     /// Turns full screen on or off; what is on already is opened anew.
     /// @throws std::runtime_error as setMode()
     void toggleFullscreen(bool on);
+    /// Whether full screen is on, by toggleFullscreen() or the key.
+    bool getFullscreen() const;
     /// Sets the title of the window and of its icon.
     void setCaption(const std::string& caption);
 
@@ -91,7 +113,9 @@ public:
     bool getQuit() const;
     /// Whether the application should hold.
     bool getPaused() const;
-    /// Sets or clears that flag; whether frames pass one at a time is not changed.
+    /// Whether frames pass one at a time, each setting getPaused() again.
+    bool getStepMode() const;
+    /// Sets or clears getPaused(); whether frames pass one at a time is not changed.
     void setPaused(bool on);
 
 private:

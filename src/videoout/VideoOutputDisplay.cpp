@@ -5,6 +5,7 @@
 #include "Kovanta/Wrap.h"
 #include "util/Errors.h"
 #include "videoout/SdlDriver.h"
+#include "videoout/Size.h"
 #include "videoout/XErrors.h"
 
 #include <SDL.h>
@@ -33,11 +34,25 @@ constexpr char constructorName[] = "VideoOutputDisplay::VideoOutputDisplay";
 constexpr char writeName[] = "VideoOutputDisplay::write";
 constexpr char setModeName[] = "VideoOutputDisplay::setMode";
 constexpr char pollName[] = "VideoOutputDisplay::videoPollEvents";
+constexpr char setModeCall[] = "SDL_SetVideoMode";
+constexpr char setFrameSizeName[] = "VideoOutputDisplay::setFrameSize";
 constexpr std::uint32_t largestWindow = 32767; // coordinates of X and SDL have 16 bits
 constexpr std::uint32_t largestPitch = 65535;  // of an overlay; SDL cuts larger ones off without a word
 
 [[noreturn]] void throwFailed(const char* function, const char* call, const std::string& reason) {
     throwRuntimeError(function, std::string(call) + " failed: " + reason + ".");
+}
+
+void requireFrameSize(const char* function, const Size& frames) {
+    if (frames.width == 0 || frames.height == 0)
+        throwLogicError(function, "Width and height must not be zero.");
+    if (frames.width % 2 != 0 || frames.height % 2 != 0)
+        throwLogicError(function, "Width and height of must both be even!");
+}
+
+void requireWindowSize(const char* function, const Size& size) {
+    if (size.width > largestWindow || size.height > largestWindow)
+        throwFailed(function, setModeCall, "Window too large");
 }
 
 /// Runs one step of tearing down; what the X server's end makes of it is printed.
@@ -73,21 +88,28 @@ struct OverlayDeleter {
     }
 };
 
+using Overlay = std::unique_ptr<SDL_Overlay, OverlayDeleter>;
+
 } // namespace
 
 struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
-    Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full);
+    Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full, bool fit);
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
     ~Impl();
 
     void initVideo();
-    void createOverlay();
-    void openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function);
+    Overlay makeOverlay(const Size& frames, const char* function) const;
+    void openScreen(const Size& size, std::uint32_t flags, const char* function);
     void openFullscreen(const char* function);
     void applyMode(const char* function);
-    void setWindowWidth(std::uint32_t w);
-    void setDisplayRect(std::uint32_t w, std::uint32_t h);
+    Size windowFor(const Size& frames) const;
+    void setWindowWidth(std::uint32_t wished);
+    void updateWindow(const char* function);
+    void setFrameSize(const Size& frames);
+    void placePicture(const Size& size, const Size& room);
+    void placeOnFullscreen();
+    void requireScreen(const char* function) const;
     void blacken();
     void lockOverlay();
     void show();
@@ -96,17 +118,16 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
 
     const OnlyDisplay only;
     SDL_Surface* screen = nullptr; // SDL's own
-    std::unique_ptr<SDL_Overlay, OverlayDeleter> overlay;
-    SDL_Rect displayRect{}; // at 0, 0 for ever
-    std::uint32_t windowWidth = 1;
-    std::uint32_t windowHeight = 1;
-    std::uint32_t width;
-    std::uint32_t height;
-    std::uint32_t desktopWidth = 0;
-    std::uint32_t desktopHeight = 0;
-    std::uint32_t fullscreenWidth = 0;
-    std::uint32_t fullscreenHeight = 0;
+    Overlay overlay;
+    SDL_Rect displayRect{};        // at 0, 0 unless borders are wished
+    std::uint32_t wishedWidth = 1; // of the window, which may be fitted to the screen
+    Size window{1, 1};
+    Size frame;
+    Size desktop{0, 0};
+    Size fullscreenMode{0, 0};
     bool fullscreen;
+    bool fitScreen;
+    bool keepAspect = false;
     bool quit = false;
     bool stepMode = false;
     bool paused = false;
@@ -115,26 +136,23 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     bool shown = false;  // a frame was shown
 };
 
-VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full)
-    : width(w)
-    , height(h)
-    , fullscreen(full) {
-    if (width == 0 || height == 0)
-        throwLogicError(constructorName, "Width and height must not be zero.");
-    setWindowWidth(windowW);
-    if (width % 2 != 0 || height % 2 != 0)
-        throwLogicError(constructorName, "Width and height of must both be even!");
+VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full, bool fit)
+    : frame{w, h}
+    , fullscreen(full)
+    , fitScreen(fit) {
+    requireFrameSize(constructorName, frame);
 
     if (XErrors::takeLoss())
         SDL_Quit(); // of a display whose construction ended so
     const XErrors::Operation operation(constructorName);
     initVideo();
+    setWindowWidth(windowW);
     if (fullscreen)
-        openScreen(1, 1, windowFlags, constructorName);
+        openScreen({1, 1}, windowFlags, constructorName);
     SDL_Delay(100);
     applyMode(constructorName);
     SDL_WM_SetCaption(DEFAULT_CAPTION, DEFAULT_CAPTION);
-    createOverlay();
+    overlay = makeOverlay(frame, constructorName);
     SDL_EnableKeyRepeat(500, 30);
     operation.check();
 }
@@ -160,82 +178,143 @@ void VideoOutputDisplay::Impl::initVideo() {
         }
     }
     // Before a first mode is set, this is the desktop's size; it holds where any mode will do.
-    if (const SDL_VideoInfo* const desktop = SDL_GetVideoInfo()) {
-        fullscreenWidth = desktopWidth = static_cast<std::uint32_t>(std::max(1, desktop->current_w));
-        fullscreenHeight = desktopHeight = static_cast<std::uint32_t>(std::max(1, desktop->current_h));
+    if (const SDL_VideoInfo* const info = SDL_GetVideoInfo()) {
+        desktop = {static_cast<std::uint32_t>(std::max(1, info->current_w)),
+                   static_cast<std::uint32_t>(std::max(1, info->current_h))};
+        fullscreenMode = desktop;
     }
     SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
     const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
     if (!modes || (modes != anyMode && !modes[0]))
         throwRuntimeError(constructorName, "No modes available.");
-    if (modes != anyMode) {
-        fullscreenWidth = modes[0]->w;
-        fullscreenHeight = modes[0]->h;
-    }
+    if (modes != anyMode)
+        fullscreenMode = {modes[0]->w, modes[0]->h};
 }
 
-void VideoOutputDisplay::Impl::createOverlay() {
+Overlay VideoOutputDisplay::Impl::makeOverlay(const Size& frames, const char* function) const {
     const char* const call = "SDL_CreateYUVOverlay";
     // Four bytes a pixel at most, counted in int by SDL.
-    if (width > largestPitch || height > 0x7fffffffu / 4 / width)
-        throwFailed(constructorName, call, "Frames too large");
-    overlay.reset(SDL_CreateYUVOverlay(static_cast<int>(width), static_cast<int>(height), SDL_YV12_OVERLAY, screen));
-    if (!overlay)
-        throwFailed(constructorName, call, SDL_GetError());
-    if (overlay->pitches[0] < width || overlay->pitches[1] < width / 2 || overlay->pitches[2] < width / 2)
-        throwFailed(constructorName, call, "Unusable layout");
+    if (frames.width > largestPitch || frames.height > 0x7fffffffu / 4 / frames.width)
+        throwFailed(function, call, "Frames too large");
+    Overlay made(SDL_CreateYUVOverlay(static_cast<int>(frames.width), static_cast<int>(frames.height), SDL_YV12_OVERLAY,
+                                      screen));
+    if (!made)
+        throwFailed(function, call, SDL_GetError());
+    if (made->pitches[0] < frames.width || made->pitches[1] < frames.width / 2 || made->pitches[2] < frames.width / 2)
+        throwFailed(function, call, "Unusable layout");
+    return made;
 }
 
-void VideoOutputDisplay::Impl::openScreen(std::uint32_t w, std::uint32_t h, std::uint32_t flags, const char* function) {
-    const char* const call = "SDL_SetVideoMode";
+void VideoOutputDisplay::Impl::openScreen(const Size& size, std::uint32_t flags, const char* function) {
+    if (screen)
+        SDL_PumpEvents(); // into SDL's queue: a change of mode drops what waits at the X server
     screen = nullptr;
-    if (w > largestWindow || h > largestWindow)
-        throwFailed(function, call, "Window too large");
-    screen = SDL_SetVideoMode(static_cast<int>(w), static_cast<int>(h), 0, flags);
+    requireWindowSize(function, size);
+    screen = SDL_SetVideoMode(static_cast<int>(size.width), static_cast<int>(size.height), 0, flags);
     if (!screen)
-        throwFailed(function, call, SDL_GetError());
+        throwFailed(function, setModeCall, SDL_GetError());
 }
 
 void VideoOutputDisplay::Impl::openFullscreen(const char* function) {
     const Uint32 flags = windowFlags | static_cast<Uint32>(SDL_FULLSCREEN);
     const bool earlierError = XErrors::arrived();
-    openScreen(fullscreenWidth, fullscreenHeight, flags, function);
+    openScreen(fullscreenMode, flags, function);
     if (earlierError || !XErrors::arrived())
         return;
     // The server lists a mode that it does not switch to. The desktop's own takes no switch.
     XErrors::dismiss();
-    fullscreenWidth = desktopWidth;
-    fullscreenHeight = desktopHeight;
-    openScreen(fullscreenWidth, fullscreenHeight, flags, function);
+    fullscreenMode = desktop;
+    openScreen(fullscreenMode, flags, function);
 }
 
 void VideoOutputDisplay::Impl::applyMode(const char* function) {
     if (fullscreen) {
         SDL_ShowCursor(SDL_DISABLE);
         openFullscreen(function);
-        setDisplayRect(fullscreenWidth, fullscreenHeight);
+        placeOnFullscreen();
     } else {
         SDL_ShowCursor(SDL_ENABLE);
-        setDisplayRect(windowWidth, windowHeight);
-        openScreen(windowWidth, windowHeight, windowFlags, function);
+        placePicture(window, window);
+        openScreen(window, windowFlags, function);
     }
     showAgain();
 }
 
-void VideoOutputDisplay::Impl::setWindowWidth(std::uint32_t w) {
-    windowWidth = std::max<std::uint32_t>(1, w);
-    windowHeight = std::max<std::uint32_t>(1, height * windowWidth / width);
+/// The window for frames of a size and the width that was last asked for.
+Size VideoOutputDisplay::Impl::windowFor(const Size& frames) const {
+    Size size{wishedWidth, std::max<std::uint32_t>(1, frames.height * wishedWidth / frames.width)};
+    if (!fitScreen || desktop.width == 0)
+        return size;
+    // The desktop may span several monitors, or be smaller than its largest mode. A sixteenth is for the window's frame
+    // and for panels.
+    const auto room = [](std::uint32_t a, std::uint32_t b) {
+        return std::min(a, b) - std::min(a, b) / 16;
+    };
+    const std::uint32_t widest =
+        frames.fittedInto({room(desktop.width, fullscreenMode.width), room(desktop.height, fullscreenMode.height)})
+            .width;
+    if (wishedWidth > widest)
+        size = {widest, std::max<std::uint32_t>(1, frames.height * widest / frames.width)};
+    return size;
 }
 
-void VideoOutputDisplay::Impl::setDisplayRect(std::uint32_t w, std::uint32_t h) {
-    displayRect.w = static_cast<Uint16>(w);
-    displayRect.h = static_cast<Uint16>(h);
+void VideoOutputDisplay::Impl::setWindowWidth(std::uint32_t wished) {
+    wishedWidth = std::max<std::uint32_t>(1, wished);
+    window = windowFor(frame);
+}
+
+/// Gives the window the size that it should have by now.
+void VideoOutputDisplay::Impl::updateWindow(const char* function) {
+    const Size size = windowFor(frame);
+    if (size == window)
+        return;
+    window = size;
+    if (!fullscreen)
+        applyMode(function);
+}
+
+void VideoOutputDisplay::Impl::setFrameSize(const Size& frames) {
+    requireFrameSize(setFrameSizeName, frames);
+    if (frames == frame)
+        return;
+    requireScreen(setFrameSizeName);
+    if (!fullscreen)
+        requireWindowSize(setFrameSizeName, windowFor(frames));
+    overlay = makeOverlay(frames, setFrameSizeName);
+    frame = frames;
+    locked = shown = false;
+    blank = true;
+    updateWindow(setFrameSizeName);
+    if (fullscreen)
+        placeOnFullscreen();
+}
+
+/// The picture's place: as much of the room as its size takes, in the middle.
+void VideoOutputDisplay::Impl::placePicture(const Size& size, const Size& room) {
+    displayRect.x = static_cast<Sint16>((room.width - size.width) / 2);
+    displayRect.y = static_cast<Sint16>((room.height - size.height) / 2);
+    displayRect.w = static_cast<Uint16>(size.width);
+    displayRect.h = static_cast<Uint16>(size.height);
+}
+
+void VideoOutputDisplay::Impl::placeOnFullscreen() {
+    placePicture(keepAspect ? frame.fittedInto(fullscreenMode) : fullscreenMode, fullscreenMode);
+    if (!keepAspect)
+        return;
+    // What an earlier picture covered and this one does not.
+    SDL_FillRect(screen, nullptr, 0);
+    SDL_UpdateRect(screen, 0, 0, 0, 0);
+}
+
+void VideoOutputDisplay::Impl::requireScreen(const char* function) const {
+    if (!screen)
+        throwFailed(function, setModeCall, "No window");
 }
 
 void VideoOutputDisplay::Impl::blacken() {
     for (int p = 0; p < 3; ++p)
         std::memset(overlay->pixels[p], p == 0 ? 16 : 128,
-                    std::size_t{overlay->pitches[p]} * (p == 0 ? height : height / 2));
+                    std::size_t{overlay->pitches[p]} * (p == 0 ? frame.height : frame.height / 2));
     blank = false;
 }
 
@@ -266,8 +345,8 @@ void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
         quit = true;
     } else if (event.type == SDL_VIDEORESIZE) {
         setWindowWidth(static_cast<std::uint32_t>(std::max(1, event.resize.w)));
-        setDisplayRect(windowWidth, windowHeight);
-        openScreen(windowWidth, windowHeight, windowFlags, pollName);
+        placePicture(window, window);
+        openScreen(window, windowFlags, pollName);
         showAgain();
     } else if (event.type == SDL_VIDEOEXPOSE) {
         showAgain();
@@ -297,7 +376,10 @@ void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
 
 VideoOutputDisplay::VideoOutputDisplay(unsigned int windowWidth, unsigned int, unsigned int width, unsigned int height,
                                        bool fullscreen)
-    : impl(std::make_unique<Impl>(windowWidth, width, height, fullscreen)) {}
+    : impl(std::make_unique<Impl>(windowWidth, width, height, fullscreen, false)) {}
+
+VideoOutputDisplay::VideoOutputDisplay(unsigned int width, unsigned int height, bool fullscreen)
+    : impl(std::make_unique<Impl>(width, width, height, fullscreen, true)) {}
 
 VideoOutputDisplay::~VideoOutputDisplay() = default;
 
@@ -310,6 +392,34 @@ void VideoOutputDisplay::setMode() {
 void VideoOutputDisplay::toggleFullscreen(bool on) {
     impl->fullscreen = on;
     setMode();
+}
+
+bool VideoOutputDisplay::getFullscreen() const {
+    return impl->fullscreen;
+}
+
+void VideoOutputDisplay::setFrameSize(unsigned int width, unsigned int height) {
+    const XErrors::Operation operation(setFrameSizeName);
+    impl->setFrameSize({width, height});
+    operation.check();
+}
+
+void VideoOutputDisplay::setFitScreen(bool on) {
+    constexpr char name[] = "VideoOutputDisplay::setFitScreen";
+    const XErrors::Operation operation(name);
+    impl->fitScreen = on;
+    impl->updateWindow(name);
+    operation.check();
+}
+
+void VideoOutputDisplay::setKeepAspect(bool on) {
+    const XErrors::Operation operation("VideoOutputDisplay::setKeepAspect");
+    impl->keepAspect = on;
+    if (impl->fullscreen && impl->screen) {
+        impl->placeOnFullscreen();
+        impl->showAgain();
+    }
+    operation.check();
 }
 
 void VideoOutputDisplay::setCaption(const std::string& caption) {
@@ -326,17 +436,21 @@ bool VideoOutputDisplay::getPaused() const {
     return impl->paused;
 }
 
+bool VideoOutputDisplay::getStepMode() const {
+    return impl->stepMode;
+}
+
 void VideoOutputDisplay::setPaused(bool on) {
     impl->paused = on;
 }
 
 bool VideoOutputDisplay::write(const Image<>& image) {
     const XErrors::Operation operation(writeName);
-    if (image.width > impl->width || image.height > impl->height ||
-        (image.width != impl->width && image.height != impl->height))
+    const Size& frame = impl->frame;
+    if (image.width > frame.width || image.height > frame.height ||
+        (image.width != frame.width && image.height != frame.height))
         throwLogicError(writeName, "Frame does not fit the display.");
-    if (!impl->screen)
-        throwFailed(writeName, "SDL_SetVideoMode", "No window");
+    impl->requireScreen(writeName);
 
     impl->lockOverlay();
     if (impl->blank) // a frame which does not cover everything must not have chance memory beside it

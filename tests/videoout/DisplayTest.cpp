@@ -290,6 +290,73 @@ TEST(DisplayTest, FullScreenAndBackWithTheSameFrame) {
     refusedMode = {};
 }
 
+TEST(DisplayTest, AnotherFrameSizeKeepsWindowModeKeysAndSteps) {
+    Shown display(192);
+    display.write(frame(PF_YCC444P));
+    const struct {
+        unsigned int w, h;
+        std::string reason;
+    } rows[] = {{63, 48, "Width and height of must both be even!"},
+                {64, 0, "Width and height must not be zero."},
+                {2, 400, "SDL_SetVideoMode failed: Window too large."},
+                {70000, 2, "SDL_CreateYUVOverlay failed: Frames too large."}};
+    for (const auto& row : rows)
+        EXPECT_THAT([&] { display.setFrameSize(row.w, row.h); },
+                    ThrowsMessage<std::exception>("[VideoOutputDisplay::setFrameSize]: " + row.reason));
+    display.write(frame(PF_YCC444P));
+    user::key("p");
+    EXPECT_TRUE(reaches(display, [&] { return display.getStepMode(); }));
+    user::key("q");
+    display.setFrameSize(64, 96);
+    EXPECT_TRUE(display.getStepMode() && display.getPaused() && !display.getQuit());
+    EXPECT_TRUE(reaches(display, [&] { return display.getQuit() && user::geometry().height == 288; }));
+    display.write(frame(PF_YCC444P, 64, 96));
+    expectOnScreen(user::geometry());
+
+    display.toggleFullscreen(true);
+    display.setFrameSize(frameWidth, frameHeight);
+    EXPECT_TRUE(display.getFullscreen());
+    display.write(frame(PF_YCC444P));
+    expectOnScreen(wholeScreen);
+    user::key("f");
+    EXPECT_TRUE(covers(display, false));
+    EXPECT_FALSE(display.getFullscreen());
+}
+
+TEST(DisplayTest, AWindowIsFittedToTheScreenOnRequest) {
+    Display display(2000, 1600, false);
+    user::takeWindow();
+    const auto isOf = [&](unsigned int w, unsigned int h) {
+        return reaches(display, [&] { return user::geometry().width == w && user::geometry().height == h; });
+    };
+    EXPECT_TRUE(isOf(900, 720)); // 15 of 16 parts of the screen
+    display.setFrameSize(2000, 100);
+    EXPECT_TRUE(isOf(960, 48));
+    display.setFitScreen(false);
+    EXPECT_TRUE(isOf(2000, 100));
+    user::resize(1000, 50);
+    EXPECT_TRUE(isOf(1000, 50));
+    display.setFitScreen(true);
+    user::resize(300, 20);
+    EXPECT_TRUE(isOf(300, 15));
+}
+
+TEST(DisplayTest, FullScreenKeepsTheAspectRatioOnRequest) {
+    Display display(64, 96, true);
+    const Image im = frame(PF_YCC444P, 64, 96);
+    display.write(im);
+    display.setKeepAspect(true);
+    for (const bool anew : {false, true}) {
+        if (anew)
+            display.setFrameSize(frameWidth, frameHeight), display.setFrameSize(64, 96), display.write(im);
+        expectOnScreen({256, 0, 512, 768});
+        for (const int x : {0, 768})
+            EXPECT_THAT(user::screen({x, 0, 256, 768}), testing::Each(user::Rgb{0, 0, 0}));
+    }
+    display.setKeepAspect(false);
+    expectOnScreen(wholeScreen);
+}
+
 TEST(DisplayTest, StartsInFullScreen) {
     Display display(192, 1, frameWidth, frameHeight, true);
     display.write(frame(PF_YCC420P));
