@@ -21,7 +21,7 @@ public:
     Destination(Choices& choices, const std::optional<Announced>& announced)
         : format(formats[choices.below(std::size(formats))])
         , wraps(choices.flip())
-        , fits(choices.flip() && announced && !announced->tooLarge())
+        , fits(choices.flip() && announced && announced->holdable())
         , width(fits ? static_cast<unsigned>(announced->width) : 2)
         , height(fits ? static_cast<unsigned>(announced->height) : 3)
         , wrapped(format, wraps ? width : 0, wraps ? height : 0)
@@ -51,6 +51,10 @@ bool patient = false;
 bool Announced::tooLarge() const {
     constexpr std::uint64_t most = 0xFFFFFFFFu;
     return height > std::uint64_t{1} << 28 || width * bytesPerPixel > most || width * bytesPerPixel * height > most;
+}
+
+bool Announced::holdable() const {
+    return !tooLarge() && width * height <= std::uint64_t{1} << 24;
 }
 
 void readStill(const StillReader& reader, const std::string& bytes, Choices choices) {

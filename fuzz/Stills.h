@@ -19,6 +19,8 @@ struct Announced {
 
     /// Whether a reader has to refuse it as too large.
     bool tooLarge() const;
+    /// Whether an image of that size is worth having in any format.
+    bool holdable() const;
     /// Whether it fits but only costs time.
     bool tedious() const { return !tooLarge() && (width + 64) * height > std::uint64_t{1} << 18; }
 };
