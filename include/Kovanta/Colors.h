@@ -9,6 +9,9 @@ namespace Ko {
 /// @addtogroup drawing
 /// @{
 
+/// The colour that convertIm() makes of an RGB pixel (ITU-R BT.601, studio range), each component 0 to 255.
+KOVANTA_API YCCColor fromRgb(unsigned char r, unsigned char g, unsigned char b) noexcept;
+
 /// Named colours for drawing: what convertIm() makes of the RGB values beside them (ITU-R BT.601, studio range).
 namespace colors {
 

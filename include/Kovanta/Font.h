@@ -94,6 +94,13 @@ public:
     /// @param color of a pixel that a glyph covers wholly
     void drawText(Image<>& im, const std::string& text, Point<int> pen, YCCColor color) const;
 
+    /// The box of all that drawText() touches with the same text and pen, when no edge of an image is in the way:
+    /// `drawBbox(im, font.getExtent(text, pen), color, true)` is a ground for a label. As drawBbox() has it, the row
+    /// `bottom` is the first one below the text. Text that touches nothing has a box that fills nothing, at the pen.
+    /// @param text in 7-bit characters
+    /// @param pen left end of the baseline, in pixels
+    Bbox<int> getExtent(const std::string& text, Point<int> pen) const;
+
 private:
     struct Impl;
     std::unique_ptr<Impl> impl; // null until the first init() or renderChar()

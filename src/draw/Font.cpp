@@ -25,6 +25,11 @@ std::int64_t rounded(FT_Pos advance) {
     return (std::int64_t{advance} + 32768) >> 16;
 }
 
+int saturated(std::int64_t coordinate) {
+    return static_cast<int>(
+        std::clamp<std::int64_t>(coordinate, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
 /// The first sample of the glyph that shows, and the pixels it covers from there on.
 struct Extent {
     std::int64_t skipped;
@@ -59,6 +64,27 @@ struct Font::Impl {
     unsigned int pixelSize = 0;
 
     void renderChar(FT_Face face, unsigned char code) { glyphs.push_back(renderGlyph(face, code)); }
+
+    /// Calls @p visit(glyph, x, y) with the pen of each character that has a glyph.
+    template <class Visit>
+    void place(const std::string& text, Point<int> pen, Visit visit) const {
+        std::int64_t x = pen.x;
+        std::int64_t y = pen.y;
+        for (const char character : text) {
+            if (character == '\n') {
+                x = pen.x;
+                y += pixelSize;
+                continue;
+            }
+            const auto code = static_cast<unsigned char>(character);
+            if (code >= characters || code >= glyphs.size())
+                continue;
+            const FT_Glyph glyph = glyphs[code].get();
+            visit(*reinterpret_cast<FT_BitmapGlyph>(glyph), x, y);
+            x += rounded(glyph->advance.x);
+            y += rounded(glyph->advance.y);
+        }
+    }
 };
 
 Font::Font() = default;
@@ -123,22 +149,28 @@ void Font::drawText(Image<>& im, const std::string& text, Point<int> pen, YCCCol
     if (!impl)
         return;
     const Canvas canvas(im);
-    std::int64_t x = pen.x;
-    std::int64_t y = pen.y;
-    for (const char character : text) {
-        if (character == '\n') {
-            x = pen.x;
-            y += impl->pixelSize;
-            continue;
-        }
-        const auto code = static_cast<unsigned char>(character);
-        if (code >= characters || code >= impl->glyphs.size())
-            continue;
-        const FT_Glyph glyph = impl->glyphs[code].get();
-        drawGlyph(canvas, *reinterpret_cast<FT_BitmapGlyph>(glyph), x, y, color);
-        x += rounded(glyph->advance.x);
-        y += rounded(glyph->advance.y);
-    }
+    impl->place(text, pen, [&](const FT_BitmapGlyphRec_& glyph, std::int64_t x, std::int64_t y) {
+        drawGlyph(canvas, glyph, x, y, color);
+    });
+}
+
+Bbox<int> Font::getExtent(const std::string& text, Point<int> pen) const {
+    std::optional<Bbox<std::int64_t>> box; // right and bottom excluded
+    if (impl)
+        impl->place(text, pen, [&](const FT_BitmapGlyphRec_& glyph, std::int64_t x, std::int64_t y) {
+            const std::int64_t left = x + glyph.left;
+            const std::int64_t top = y - glyph.top;
+            const Bbox<std::int64_t> own{left, top, left + glyph.bitmap.width, top + glyph.bitmap.rows};
+            if (own.left == own.right || own.top == own.bottom)
+                return;
+            if (!box)
+                box = own;
+            *box = {std::min(box->left, own.left), std::min(box->top, own.top), std::max(box->right, own.right),
+                    std::max(box->bottom, own.bottom)};
+        });
+    if (!box)
+        return {pen.x, pen.y, pen.x, pen.y};
+    return {saturated(box->left), saturated(box->top), saturated(box->right - 1), saturated(box->bottom)};
 }
 
 } // namespace Ko

@@ -2,12 +2,12 @@
 #include "Kovanta/Colors.h"
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Frac.h"
+#include "Kovanta/Wrap.h"
 
 #include "support/TestImages.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -278,25 +278,29 @@ static_assert(differ<Ko::YCCColor>({{200, 90, 160}, {201, 90, 160}, {200, 91, 16
 
 TEST(Colors, AreWhatTheirRgbValuesConvertTo) {
     using namespace Ko::colors;
-    const struct {
-        Ko::YCCColor color;
-        unsigned char rgb[3];
-    } named[] = {{black, {0, 0, 0}},           {darkGrey, {64, 64, 64}}, {grey, {128, 128, 128}},
-                 {lightGrey, {192, 192, 192}}, {white, {255, 255, 255}}, {red, {255, 0, 0}},
-                 {orange, {255, 165, 0}},      {yellow, {255, 255, 0}},  {green, {0, 255, 0}},
-                 {cyan, {0, 255, 255}},        {blue, {0, 0, 255}},      {magenta, {255, 0, 255}}};
-    for (const auto& [color, rgb] : named) {
-        Ko::Image pixel(Ko::PF_RGB);
-        pixel.size(1, 1);
-        std::copy_n(rgb, 3, pixel.plane[0].data);
+    const auto expectColor = [](unsigned r, unsigned g, unsigned b, Ko::YCCColor color) {
+        unsigned char rgb[] = {static_cast<unsigned char>(r), static_cast<unsigned char>(g),
+                               static_cast<unsigned char>(b)};
         Ko::Image converted(Ko::PF_YCC444P);
-        Ko::convertIm(converted, pixel);
+        Ko::convertIm(converted, Ko::wrapMemory(Ko::PF_RGB, 1, 1, {{rgb, 3}}));
         const auto at = [&](int p) {
             return *converted.plane[p].data;
         };
-        EXPECT_TRUE((color == Ko::YCCColor{at(0), at(1), at(2)}))
-            << int{rgb[0]} << "," << int{rgb[1]} << "," << int{rgb[2]};
-    }
+        EXPECT_TRUE((color == Ko::YCCColor{at(0), at(1), at(2)})) << r << "," << g << "," << b;
+        EXPECT_TRUE(color == Ko::fromRgb(rgb[0], rgb[1], rgb[2])) << r << "," << g << "," << b;
+    };
+    expectColor(0, 0, 0, black);
+    expectColor(64, 64, 64, darkGrey);
+    expectColor(128, 128, 128, grey);
+    expectColor(192, 192, 192, lightGrey);
+    expectColor(255, 255, 255, white);
+    expectColor(255, 0, 0, red);
+    expectColor(255, 165, 0, orange);
+    expectColor(255, 255, 0, yellow);
+    expectColor(0, 255, 0, green);
+    expectColor(0, 255, 255, cyan);
+    expectColor(0, 0, 255, blue);
+    expectColor(255, 0, 255, magenta);
 }
 
 } // namespace

@@ -229,6 +229,33 @@ TEST(Font, ClipsAtEveryEdge) {
             EXPECT_TRUE(same(drawn(font, text + "\n" + text, x, y), blank)) << x << "," << y;
 }
 
+/// The least box that covers every pixel which black text changes on white; letters at the edges of a text are dense.
+TEST(Font, ExtentIsWhatTheTextTouches) {
+    const Ko::Font font = sized(24);
+    for (const char* const text : {"g", "Wg|", "  A\nlonger\ng", " \n "}) {
+        Image im(Ko::PF_YCC444P);
+        im.size(200, 120);
+        test::fill(im, 255);
+        const Ko::Bbox<int> box = font.getExtent(text, {20, 30});
+        font.drawText(im, text, {20, 30}, {0, 0, 0});
+        Image covered = im;
+        Ko::drawBbox(covered, box, {255, 255, 255}, true);
+        Image white = covered;
+        test::fill(white, 255);
+        EXPECT_TRUE(same(covered, white)) << text;
+        for (const Ko::Bbox<int>& smaller : {Ko::Bbox<int>{box.left + 1, box.top, box.right, box.bottom},
+                                             {box.left, box.top + 1, box.right, box.bottom},
+                                             {box.left, box.top, box.right - 1, box.bottom},
+                                             {box.left, box.top, box.right, box.bottom - 1}}) {
+            covered = im;
+            Ko::drawBbox(covered, smaller, {255, 255, 255}, true);
+            EXPECT_EQ(same(covered, white), box.top == box.bottom) << text;
+        }
+    }
+    EXPECT_EQ(Ko::Font().getExtent("A", {3, 4}), (Ko::Bbox<int>{3, 4, 3, 4}));
+    EXPECT_EQ(font.getExtent("A", {INT_MAX, INT_MAX}).right, INT_MAX);
+}
+
 TEST(Font, BeforeInitAndAfterAMoveNothingIsDrawn) {
     static_assert(!std::is_copy_constructible_v<Ko::Font> && !std::is_copy_assignable_v<Ko::Font>, "");
     static_assert(std::is_nothrow_move_constructible_v<Ko::Font> && std::is_nothrow_move_assignable_v<Ko::Font>, "");
