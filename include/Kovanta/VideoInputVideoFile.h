@@ -67,6 +67,22 @@ public:
     /// The frame rate in frames per second, reduced; {1, 0} when the file does not tell.
     Frac<unsigned int> getFrameRate() const;
 
+    /// One tick of positions and lengths, in seconds, reduced; {1, 0} for a file that has none.
+    Frac<unsigned int> getTimeBase() const;
+
+    /// The time of a position in seconds since the first picture, which is at 0; what lies before it is 0 as well. The
+    /// picture that was delivered last is shown at `seconds(tell() - 1)`.
+    double seconds(long position) const;
+
+    /// The position of a time, counted as by seconds(): what seek() takes by VP_BEGIN to go there. Times before the
+    /// first picture give its position, and ones that no position holds (NaN too) the nearest that there is.
+    long position(double seconds) const;
+
+    /// How many pictures lead from the beginning to the one that was delivered last, which counts as well; 0 at the
+    /// beginning. After a seek the container's count is taken where the rate is constant and it tells so (AVI, Ogg, mp4
+    /// and mov); otherwise it is -1 until the next rewind. Seeking that begins at the first picture counts on.
+    long getFrameNumber() const;
+
     /// Delivers the next picture in display order, converted by convertIm() into the format that @p frame has: the one
     /// copy that is made of it. Damaged packets are skipped, and a failure to read ends the file: getError() tells.
     /// A picture that differs in size from the one before is

@@ -280,6 +280,21 @@ Frac<unsigned int> VideoFileDecoder::frameRate() const {
     return {static_cast<unsigned int>(rate.num / divisor), static_cast<unsigned int>(rate.den / divisor)};
 }
 
+std::int64_t VideoFileDecoder::pictureNumber() const {
+    // The frame period in ticks, when it is a whole number of them.
+    const std::int64_t ticks = std::int64_t{rate.den} * stream->time_base.den;
+    const std::int64_t divisor = std::int64_t{rate.num} * stream->time_base.num;
+    if (!knowsTime() || divisor <= 0 || ticks < divisor || ticks % divisor != 0)
+        return -1;
+    const std::int64_t frame = ticks / divisor;
+    std::int64_t all = 0;
+    const bool constant = stream->nb_frames > 0
+                              ? !__builtin_mul_overflow(stream->nb_frames, frame, &all) && all == stream->duration
+                              : frame == 1;
+    const std::int64_t since = subtractTicks(timeStamp(), start());
+    return constant && since >= 0 && since % frame == 0 ? addTicks(since / frame, 1) : -1;
+}
+
 std::int64_t VideoFileDecoder::start() const {
     if (known(stream->start_time))
         return stream->start_time;

@@ -43,6 +43,10 @@ public:
     const AVCodecContext& description() const { return *codec; }
     const std::string& filename() const { return name; }
     Frac<unsigned int> frameRate() const;
+    /// One tick in seconds.
+    AVRational timeBase() const { return stream->time_base; }
+    /// Which picture next() gave, counted from 1, as the container's constant rate has it; -1 where it tells of none.
+    std::int64_t pictureNumber() const;
     /// Time stamp of the first picture, in stream ticks; 0 where the file does not tell.
     std::int64_t start() const;
     /// Length in stream ticks, of the stream or else of the whole file.

@@ -13,9 +13,11 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <iostream>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <stdexcept>
 
@@ -55,6 +57,7 @@ struct KOVANTA_LOCAL VideoInputVideoFile::Impl {
     const AVInputFormat* forcedFormat = nullptr;
     Image<> wrapper{PF_YCC444P}; ///< Its rows point into the decoder's current picture.
     Time position = 0;
+    Time delivered = 0; ///< Pictures since the beginning; -1 where a seek has lost count.
     bool looping = false;
     bool ready = false;               ///< Whether an open went through.
     bool endMet = false;              ///< The packets ran out since the last seek.
@@ -72,6 +75,7 @@ VideoFileDecoder& VideoInputVideoFile::Impl::opened(const char* operation) const
 void VideoInputVideoFile::Impl::release() noexcept {
     decoder.reset();
     position = 0;
+    delivered = 0;
     ready = false;
     endMet = false;
     deliveredSinceStart = false;
@@ -85,6 +89,7 @@ long VideoInputVideoFile::Impl::rewind() {
     if (!decoder->rewind())
         failToSeek();
     position = 0;
+    delivered = 0;
     endMet = false;
     deliveredSinceStart = false;
     return 0;
@@ -164,6 +169,7 @@ bool VideoInputVideoFile::read(Image<>& frame) {
         return false;
     }
     impl->position = addTicks(source.timeStamp(), 1);
+    impl->delivered = impl->delivered >= 0 ? impl->delivered + 1 : source.pictureNumber();
     impl->deliveredSinceStart = true;
     wrapPicture(impl->wrapper, *picture);
     convertIm(frame, impl->wrapper);
@@ -204,6 +210,7 @@ long VideoInputVideoFile::seek(long offset, VideoPosId origin) {
         if (!(fromStart ? source.rewind() : source.seek(aim)))
             impl->failToSeek();
         impl->position = 0;
+        impl->delivered = fromStart ? 0 : -1;
         impl->endMet = false;
         if (impl->decodeForward(*this, target) || fromStart)
             return impl->position;
@@ -237,6 +244,34 @@ long VideoInputVideoFile::getLength() const {
 
 Frac<unsigned int> VideoInputVideoFile::getFrameRate() const {
     return impl->opened("getFrameRate").frameRate();
+}
+
+Frac<unsigned int> VideoInputVideoFile::getTimeBase() const {
+    const AVRational base = impl->opened("getTimeBase").timeBase();
+    if (base.num <= 0 || base.den <= 0)
+        return {1, 0};
+    const int divisor = std::gcd(base.num, base.den);
+    return {static_cast<unsigned int>(base.num / divisor), static_cast<unsigned int>(base.den / divisor)};
+}
+
+double VideoInputVideoFile::seconds(long position) const {
+    const VideoFileDecoder& source = impl->opened("seconds");
+    const Time ticks = std::max<Time>(0, subtractTicks(position, source.start()));
+    return static_cast<double>(ticks) * av_q2d(source.timeBase());
+}
+
+long VideoInputVideoFile::position(double seconds) const {
+    const VideoFileDecoder& source = impl->opened("position");
+    const double ticks = std::round(seconds / av_q2d(source.timeBase()));
+    constexpr double all = 9.2e18; // fits, and is 292 years of nanoseconds
+    if (!(ticks > 0))
+        return source.start();
+    return addTicks(source.start(), ticks < all ? static_cast<Time>(ticks) : std::numeric_limits<Time>::max());
+}
+
+long VideoInputVideoFile::getFrameNumber() const {
+    impl->opened("getFrameNumber");
+    return impl->delivered;
 }
 
 std::string VideoInputVideoFile::getError() const {

@@ -71,11 +71,12 @@ int nextIndex(Ko::VideoInput& in) {
 }
 
 /// The position after each frame, which must all come, in order.
-std::vector<long> positions(Ko::VideoInput& in, const std::vector<int>& expected) {
+std::vector<long> positions(VideoInputVideoFile& in, const std::vector<int>& expected) {
     std::vector<long> after;
     for (const int index : expected) {
         EXPECT_FALSE(in.eof());
         EXPECT_EQ(nextIndex(in), index);
+        EXPECT_EQ(in.getFrameNumber(), index - expected.front() + 1);
         EXPECT_TRUE(after.empty() || in.tell() > after.back()) << in.tell() << " after frame " << index;
         after.push_back(in.tell());
     }
@@ -103,7 +104,8 @@ std::vector<long> checkReading(VideoInputVideoFile& in, const std::vector<int>& 
 }
 
 /// After a seek the next frame is the one that tell() names, from every place and by every origin.
-void checkSeeking(VideoInputVideoFile& in, const std::vector<int>& expected, const std::vector<long>& after) {
+void checkSeeking(VideoInputVideoFile& in, const std::vector<int>& expected, const std::vector<long>& after,
+                  bool counted = false) {
     const long length = in.getLength();
     const long start = after.front() - 1;
     auto check = [&](long offset, Ko::VideoPosId origin, bool beginning, long target) {
@@ -116,6 +118,8 @@ void checkSeeking(VideoInputVideoFile& in, const std::vector<int>& expected, con
             beginning ? 0 : std::upper_bound(after.begin(), after.end(), named) - after.begin());
         EXPECT_EQ(nextIndex(in), next < expected.size() ? expected[next] : -2);
         EXPECT_EQ(in.tell(), next < expected.size() ? after[next] : named);
+        const auto number = static_cast<long>(std::min(next + 1, expected.size()));
+        EXPECT_TRUE(in.getFrameNumber() == number || (in.getFrameNumber() == -1 && !counted)) << in.getFrameNumber();
     };
     // Forward and backward, at, before and behind every position.
     std::vector<long> targets = after;
@@ -161,7 +165,14 @@ TEST_P(VideoFileOf, IsReadInOrderAndSought) {
         EXPECT_EQ(after[static_cast<std::size_t>(i)], i + 1);
     EXPECT_TRUE(!GetParam().ticksAreFrames || in.getLength() == frameCount);
     VideoInputVideoFile sought(file);
-    checkSeeking(sought, test::indices(frameCount), after);
+    checkSeeking(sought, test::indices(frameCount), after, GetParam().ticksAreFrames);
+    // The rate is constant, but that not every container's ticks are as fine.
+    const Ko::Frac<unsigned int> tick = in.getTimeBase();
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        const double time = in.seconds(after[i] - 1);
+        EXPECT_NEAR(time, double(i) * rate.den / rate.num, 1.0 * tick.num / tick.den);
+        EXPECT_EQ(in.position(time), after[i] - 1);
+    }
     EXPECT_EQ(in.getError() + sought.getError(), "");
 }
 
