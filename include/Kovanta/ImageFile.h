@@ -5,14 +5,23 @@
 #include "Kovanta/Export.h"
 #include "Kovanta/Image.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace Ko {
 
 /// @addtogroup stills
 /// @{
+
+/// How many pixels of a JPEG file share a chroma sample.
+enum ChromaSampling {
+    CS_420, ///< Two by two.
+    CS_422, ///< Two across.
+    CS_444  ///< None: each has its own.
+};
 
 /// @name Still-image files
 ///
@@ -58,6 +67,18 @@ KOVANTA_API void readImage(Image<>& im, const std::string& name);
 ///         without a dot; otherwise as the writer of the format
 KOVANTA_API void writeImage(const std::string& name, const Image<>& im);
 
+/// Reads a still from memory, which may come from a queue or a network: what the bytes say that it is, a PPM, PGM, PNG
+/// or JPEG file. The bytes are needed during the call only.
+/// @param data the first byte of a file; may be null when @p size is 0
+/// @param size in bytes
+/// @throws std::runtime_error "[readImage]: No known still."; otherwise as the reader of the format
+KOVANTA_API void readImage(Image<>& im, const void* data, std::size_t size);
+/// Writes a still into memory: the bytes that the writer of the format would put into a file.
+/// @param bytes replaced when all went well, else left as they were
+/// @param extension ".ppm", ".pgm", ".png", ".jpg" or ".jpeg", in any case
+/// @throws std::logic_error "[writeImage]: Cannot write EXTENSION: extension not recognized."; otherwise as the writer
+KOVANTA_API void writeImage(std::vector<unsigned char>& bytes, const Image<>& im, const std::string& extension);
+
 /// Reads a binary PPM ("P6", maximum value 255). Samples that a short file does not hold become 0.
 /// @throws as parseHeader()
 KOVANTA_API void readPpmImage(Image<>& im, const std::string& name);
@@ -79,6 +100,12 @@ KOVANTA_API void readJpegImage(Image<>& im, const std::string& name);
 /// Writes a colour JPEG of quality 100 with libjpeg's default chroma sampling (4:2:0).
 /// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)", for a size that JPEG has not
 KOVANTA_API void writeJpegImage(const std::string& name, const Image<>& im);
+/// The same with other settings.
+/// @param quality 1 (least) to 100; 75 to 95 are usual
+/// @param sampling of the chroma
+/// @throws std::logic_error "[writeJpegImage]: Quality must be 1 to 100."; otherwise as the first
+KOVANTA_API void writeJpegImage(const std::string& name, const Image<>& im, unsigned int quality,
+                                ChromaSampling sampling = CS_420);
 
 /// Reads a PNG file of any kind: 16-bit samples lose their low byte, palettes and 1, 2 and 4-bit greys are expanded,
 /// transparency of a palette is dropped. Alpha beside grey is dropped with a line on standard output. Texts, profiles
@@ -92,6 +119,10 @@ KOVANTA_API void readPngImage(Image<>& im, const std::string& name);
 ///         "[writePngImage]: Error creating PNG write structure.",
 ///         "[writePngImage]: Error creating PNG info structure."
 KOVANTA_API void writePngImage(const std::string& name, const Image<>& im);
+/// The same at another effort; the pixels are the same at all.
+/// @param level 0 (not compressed, fast) to 9 (smallest, slow); 6 is what the first one takes
+/// @throws std::logic_error "[writePngImage]: Level must be 0 to 9."; otherwise as the first
+KOVANTA_API void writePngImage(const std::string& name, const Image<>& im, unsigned int level);
 /// @}
 
 /// @}

@@ -5,17 +5,21 @@
 #include "util/Errors.h"
 
 #include <locale>
+#include <utility>
 
 namespace Ko {
 
 namespace {
 
-/// The format that the name's last dot announces, or null. Without a dot, substr() throws what callers get to see.
-const StillFormat* formatOf(const std::string& name) {
-    std::string extension = name.substr(name.rfind('.'));
+const StillFormat* formatOfExtension(std::string extension) {
     for (char& c : extension)
         c = std::tolower(c, std::locale::classic());
     return findStillFormat(extension);
+}
+
+/// The format that the name's last dot announces, or null. Without a dot, substr() throws what callers get to see.
+const StillFormat* formatOf(const std::string& name) {
+    return formatOfExtension(name.substr(name.rfind('.')));
 }
 
 } // namespace
@@ -32,6 +36,23 @@ void writeImage(const std::string& name, const Image<>& im) {
     if (!format)
         throwLogicError("writeImage", "Cannot write " + name + ": extension not recognized.");
     format->write(name, im);
+}
+
+void readImage(Image<>& im, const void* data, std::size_t size) {
+    const StillFormat* format = findStillFormat(data, size);
+    if (!format)
+        throwRuntimeError("readImage", "No known still.");
+    format->decode(im, openMemory(data, size).get());
+}
+
+void writeImage(std::vector<unsigned char>& bytes, const Image<>& im, const std::string& extension) {
+    const StillFormat* format = formatOfExtension(extension);
+    if (!format)
+        throwLogicError("writeImage", "Cannot write " + extension + ": extension not recognized.");
+    std::vector<unsigned char> made;
+    OutputFile file("writeImage", made);
+    format->encode(file, im);
+    bytes.swap(made);
 }
 
 } // namespace Ko

@@ -5,6 +5,7 @@
 #include "imagefile/File.h"
 #include "imagefile/JpegObjects.h"
 #include "imagefile/PictureLimit.h"
+#include "imagefile/StillFormats.h"
 #include "imagefile/StoredPicture.h"
 #include "util/Errors.h"
 
@@ -12,9 +13,30 @@
 
 namespace Ko {
 
-void writeJpegImage(const std::string& name, const Image<>& im) {
-    constexpr const char* function = "writeJpegImage";
-    OutputFile file(function, name);
+namespace {
+
+constexpr const char* reading = "readJpegImage";
+constexpr const char* writing = "writeJpegImage";
+
+/// Luma samples a chroma sample, across and down.
+struct ChromaBlock {
+    int width;
+    int height;
+};
+
+ChromaBlock blockOf(ChromaSampling sampling) {
+    switch (sampling) {
+    case CS_420:
+        return {2, 2};
+    case CS_422:
+        return {2, 1};
+    case CS_444:
+        return {1, 1};
+    }
+    throwLogicError(writing, "Unknown chroma sampling.");
+}
+
+void encode(OutputFile& file, const Image<>& im, int quality, ChromaBlock block) {
     const StoredPicture picture(im, PF_JFIF);
 
     JpegDestination destination(file);
@@ -22,7 +44,7 @@ void writeJpegImage(const std::string& name, const Image<>& im) {
     const JDIMENSION width = im.width;
     const JDIMENSION height = im.height;
     JSAMPARRAY const rows = picture.rows();
-    JpegCompressor jpeg(function);
+    JpegCompressor jpeg(writing);
     jpeg.run([=](j_compress_ptr info) {
         jpeg_create_compress(info);
         info->dest = manager;
@@ -31,7 +53,9 @@ void writeJpegImage(const std::string& name, const Image<>& im) {
         info->input_components = 3;
         info->in_color_space = JCS_YCbCr;
         jpeg_set_defaults(info);
-        jpeg_set_quality(info, 100, TRUE);
+        jpeg_set_quality(info, quality, TRUE);
+        info->comp_info[0].h_samp_factor = block.width;
+        info->comp_info[0].v_samp_factor = block.height;
         jpeg_start_compress(info, TRUE);
     });
     // Everything that can be refused has been; what the name held may go.
@@ -43,11 +67,31 @@ void writeJpegImage(const std::string& name, const Image<>& im) {
     file.close();
 }
 
-void readJpegImage(Image<>& im, const std::string& name) {
-    constexpr const char* function = "readJpegImage";
-    const FilePtr owner = openFile(function, name);
+} // namespace
 
-    std::FILE* const file = owner.get();
+void encodeJpeg(OutputFile& file, const Image<>& im) {
+    encode(file, im, 100, blockOf(CS_420));
+}
+
+void writeJpegImage(const std::string& name, const Image<>& im) {
+    OutputFile file(writing, name);
+    encodeJpeg(file, im);
+}
+
+void writeJpegImage(const std::string& name, const Image<>& im, unsigned int quality, ChromaSampling sampling) {
+    if (quality < 1 || quality > 100)
+        throwLogicError(writing, "Quality must be 1 to 100.");
+    const ChromaBlock block = blockOf(sampling);
+    OutputFile file(writing, name);
+    encode(file, im, static_cast<int>(quality), block);
+}
+
+void readJpegImage(Image<>& im, const std::string& name) {
+    decodeJpeg(im, openFile(reading, name).get());
+}
+
+void decodeJpeg(Image<>& im, std::FILE* file) {
+    constexpr const char* function = reading;
     JpegScanLimit limit{};
     jpeg_progress_mgr* const monitor = limit.install();
     JpegDecompressor jpeg(function);

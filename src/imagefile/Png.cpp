@@ -5,10 +5,12 @@
 #include "imagefile/File.h"
 #include "imagefile/PictureLimit.h"
 #include "imagefile/PngObjects.h"
+#include "imagefile/StillFormats.h"
 #include "imagefile/StoredPicture.h"
 #include "util/Errors.h"
 
 #include <iostream>
+#include <optional>
 #include <utility>
 
 namespace Ko {
@@ -67,16 +69,16 @@ void flushBytes(png_structp png) {
     static_cast<OutputFile*>(png_get_io_ptr(png))->flush();
 }
 
-} // namespace
-
-void writePngImage(const std::string& name, const Image<>& im) {
-    OutputFile file(pngWriting.function, name);
+/// @param level of compression; without one, libpng's own
+void encode(OutputFile& file, const Image<>& im, std::optional<int> level) {
     OutputFile* const target = &file;
     const png_uint_32 width = im.width;
     const png_uint_32 height = im.height;
     PngObject writer(pngWriting);
     writer.run([=](png_structp png, png_infop info) {
         png_set_write_fn(png, target, writeBytes, flushBytes);
+        if (level)
+            png_set_compression_level(png, *level);
         png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
                      PNG_FILTER_TYPE_BASE);
     });
@@ -92,10 +94,30 @@ void writePngImage(const std::string& name, const Image<>& im) {
     file.close();
 }
 
+} // namespace
+
+void encodePng(OutputFile& file, const Image<>& im) {
+    encode(file, im, std::nullopt);
+}
+
+void writePngImage(const std::string& name, const Image<>& im) {
+    OutputFile file(pngWriting.function, name);
+    encodePng(file, im);
+}
+
+void writePngImage(const std::string& name, const Image<>& im, unsigned int level) {
+    if (level > 9)
+        throwLogicError(pngWriting.function, "Level must be 0 to 9.");
+    OutputFile file(pngWriting.function, name);
+    encode(file, im, static_cast<int>(level));
+}
+
 void readPngImage(Image<>& im, const std::string& name) {
+    decodePng(im, openFile(pngReading.function, name).get());
+}
+
+void decodePng(Image<>& im, std::FILE* file) {
     const char* const function = pngReading.function;
-    const FilePtr owner = openFile(function, name);
-    std::FILE* const file = owner.get();
     PngObject reader(pngReading);
     PngHeader header{};
     reader.run([file, &header](png_structp png, png_infop info) {

@@ -5,10 +5,11 @@
 #include "image/ImageLayout.h"
 #include "imagefile/File.h"
 #include "imagefile/PictureLimit.h"
+#include "imagefile/StillFormats.h"
 #include "imagefile/StoredPicture.h"
 #include "imagefile/ZeroFill.h"
 
-#include <ext/stdio_filebuf.h>
+#include <ext/stdio_sync_filebuf.h>
 
 #include <algorithm>
 #include <istream>
@@ -87,10 +88,8 @@ void convertInto(Image<>& im, const Image<>& picture) {
     }
 }
 
-void readPixmap(Image<>& im, const std::string& name, const PixmapKind& kind) {
-    Descriptor file = openForReading(kind.reader, name);
-    __gnu_cxx::stdio_filebuf<char> buffer(file.number(), std::ios::in);
-    file.release(); // the buffer closes it
+void decodePixmap(Image<>& im, std::FILE* file, const PixmapKind& kind) {
+    __gnu_cxx::stdio_sync_filebuf<char> buffer(file);
     std::istream stream(&buffer);
     stream.imbue(std::locale::classic()); // for the pixels too: a locale may convert bytes
 
@@ -113,8 +112,7 @@ void readPixmap(Image<>& im, const std::string& name, const PixmapKind& kind) {
     convertInto(im, picture);
 }
 
-void writePixmap(const std::string& name, const Image<>& im, const PixmapKind& kind) {
-    OutputFile file(kind.writer, name);
+void encodePixmap(OutputFile& file, const Image<>& im, const PixmapKind& kind) {
     file.truncate();
     const std::string header =
         std::string{'P', kind.digit, ' '} + std::to_string(im.width) + " " + std::to_string(im.height) + " 255\n";
@@ -129,20 +127,38 @@ void writePixmap(const std::string& name, const Image<>& im, const PixmapKind& k
 
 } // namespace
 
+void decodePpm(Image<>& im, std::FILE* file) {
+    decodePixmap(im, file, ppm);
+}
+
+void decodePgm(Image<>& im, std::FILE* file) {
+    decodePixmap(im, file, pgm);
+}
+
+void encodePpm(OutputFile& file, const Image<>& im) {
+    encodePixmap(file, im, ppm);
+}
+
+void encodePgm(OutputFile& file, const Image<>& im) {
+    encodePixmap(file, im, pgm);
+}
+
 void readPpmImage(Image<>& im, const std::string& name) {
-    readPixmap(im, name, ppm);
+    decodePpm(im, openFile(ppm.reader, name).get());
 }
 
 void readPgmImage(Image<>& im, const std::string& name) {
-    readPixmap(im, name, pgm);
+    decodePgm(im, openFile(pgm.reader, name).get());
 }
 
 void writePpmImage(const std::string& name, const Image<>& im) {
-    writePixmap(name, im, ppm);
+    OutputFile file(ppm.writer, name);
+    encodePpm(file, im);
 }
 
 void writePgmImage(const std::string& name, const Image<>& im) {
-    writePixmap(name, im, pgm);
+    OutputFile file(pgm.writer, name);
+    encodePgm(file, im);
 }
 
 } // namespace Ko

@@ -256,6 +256,9 @@ TEST(Image, SizesBeyond32BitsAreRefusedBeforeAnythingChanges) {
                   "[Image<T>::size]: Image too large.");
         EXPECT_EQ(difference(im, before), "");
     }
+    Image most(Ko::PF_Y); // just fits
+    most.size(65537, 65535, false);
+    EXPECT_EQ(most.plane[0].height, 65535u);
     // Fits, although the product on the way to its row length does not: the row is what 32 bits make of it.
     Image wide(Ko::PF_YUY2);
     wide.size(0x40000001, 1);

@@ -47,9 +47,11 @@ TEST(Dispatch, NamesWithoutAKnownExtensionAreRefused) {
         EXPECT_THAT(
             [&] { Ko::readImage(im, name); },
             ThrowsMessage<std::logic_error>("[readImage]: Cannot read " + name + ": extension not recognized."));
-        EXPECT_THAT(
-            [&] { Ko::writeImage(name, im); },
-            ThrowsMessage<std::logic_error>("[writeImage]: Cannot write " + name + ": extension not recognized."));
+        const auto unknown =
+            ThrowsMessage<std::logic_error>("[writeImage]: Cannot write " + name + ": extension not recognized.");
+        EXPECT_THAT([&] { Ko::writeImage(name, im); }, unknown);
+        std::vector<unsigned char> bytes;
+        EXPECT_THAT([&] { Ko::writeImage(bytes, im, name); }, unknown);
     }
     for (const std::string name : {"", "picture", "dir/picture"}) {
         const auto noDot = ThrowsMessage<std::out_of_range>(testing::StartsWith("basic_string::substr"));
@@ -59,6 +61,7 @@ TEST(Dispatch, NamesWithoutAKnownExtensionAreRefused) {
 }
 
 struct Format : test::Row {
+    const char* extension;
     void (*read)(Image&, const std::string&);
     void (*write)(const std::string&, const Image&);
     Ko::PIXEL_FORMAT exchanged; ///< What is written without a conversion.
@@ -82,9 +85,12 @@ protected:
 INSTANTIATE_TEST_SUITE_P(
     All, StillFormats,
     testing::Values(
-        Format{{"Ppm"}, Ko::readPpmImage, Ko::writePpmImage, Ko::PF_RGB, Ko::PF_Y, "P6 3 1 255\n", "P6 0 0 255\n"},
-        Format{{"Pgm"}, Ko::readPgmImage, Ko::writePgmImage, Ko::PF_Y, Ko::PF_RGB, "P5 3 1 255\n", "P5 0 0 255\n"},
+        Format{
+            {"Ppm"}, ".ppm", Ko::readPpmImage, Ko::writePpmImage, Ko::PF_RGB, Ko::PF_Y, "P6 3 1 255\n", "P6 0 0 255\n"},
+        Format{
+            {"Pgm"}, ".PGM", Ko::readPgmImage, Ko::writePgmImage, Ko::PF_Y, Ko::PF_RGB, "P5 3 1 255\n", "P5 0 0 255\n"},
         Format{{"Png"},
+               ".png",
                Ko::readPngImage,
                Ko::writePngImage,
                Ko::PF_RGB,
@@ -92,6 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                "something older",
                "writePngImage: png_error called."},
         Format{{"Jpeg"},
+               ".jpg",
                Ko::readJpegImage,
                Ko::writeJpegImage,
                Ko::PF_JFIF,
@@ -174,6 +181,33 @@ TEST_P(StillFormats, AViewIsWrittenFromWhereItBegins) {
     GetParam().write(directory.file("view"), seen);
     GetParam().write(directory.file("whole"), expected);
     EXPECT_TRUE(fileBytes(directory.file("view")) == fileBytes(directory.file("whole")));
+}
+
+TEST_P(StillFormats, MemoryHoldsWhatAFileWould) {
+    const std::string path = directory.file("a");
+    const Image im = randomImage(GetParam().exchanged, 300, 200);
+    GetParam().write(path, im);
+    const std::string file = fileBytes(path);
+    std::vector<unsigned char> bytes(3, 'x');
+    EXPECT_THROW(Ko::writeImage(bytes, randomImage(GetParam().refused, 3, 1), GetParam().extension), std::logic_error);
+    EXPECT_EQ(bytes.size(), 3u);
+    Ko::writeImage(bytes, im, GetParam().extension);
+    EXPECT_TRUE(std::string(bytes.begin(), bytes.end()) == file);
+    Image fromFile(GetParam().exchanged), fromMemory(GetParam().exchanged);
+    GetParam().read(fromFile, path);
+    Ko::readImage(fromMemory, bytes.data(), bytes.size());
+    EXPECT_EQ(difference(fromMemory, fromFile), "");
+    // Every shorter one ends as the shorter file does, though the messages of libraries go to standard error.
+    testing::internal::CaptureStderr();
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{3}, std::size_t{9}, bytes.size() / 2}) {
+        directory.write("a", file.substr(0, size));
+        const std::string told = thrownText<std::runtime_error>([&] { GetParam().read(fromFile, path); });
+        const std::string inMemory =
+            thrownText<std::runtime_error>([&] { Ko::readImage(fromMemory, bytes.data(), size); });
+        EXPECT_TRUE(inMemory == told || (size < 9 && inMemory == "[readImage]: No known still.")) << size << inMemory;
+        EXPECT_EQ(difference(fromMemory, fromFile), "") << size;
+    }
+    testing::internal::GetCapturedStderr();
 }
 
 TEST_P(StillFormats, TheApplicationsLimitComesBeforeAnyMemory) {

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <tuple>
 
 namespace {
 
@@ -58,6 +59,43 @@ TEST(Jpeg, WritesOneKindOfFile) {
         bench::writeBareJpeg(directory.file("bare.jpg"), picture);
         EXPECT_EQ(fileBytes(path), fileBytes(directory.file("bare.jpg"))) << fmt2string(format);
     }
+}
+
+/// The settings, as files tell them: the first factor of the quantisation and the luma's sampling.
+TEST(Jpeg, TakesQualityAndSampling) {
+    const TempDirectory directory;
+    const std::string path = directory.file("a.jpg");
+    const Image im = randomImage(Ko::PF_JFIF, 37, 19);
+    for (const auto& [quality, sampling, factor, block] : {std::tuple{100u, Ko::CS_420, '\1', '\x22'},
+                                                           {75u, Ko::CS_422, '\x8', '\x21'},
+                                                           {50u, Ko::CS_444, '\x10', '\x11'}}) {
+        Ko::writeJpegImage(path, im, quality, sampling);
+        const std::string bytes = fileBytes(path);
+        EXPECT_EQ(bytes[bytes.find("\xff\xdb") + 5], factor) << quality;
+        EXPECT_EQ(bytes[bytes.find("\xff\xc0") + 11], block) << quality;
+    }
+    for (const unsigned quality : {0u, 101u})
+        EXPECT_THAT([&] { Ko::writeJpegImage(directory.file("none.jpg"), im, quality); },
+                    ThrowsMessage<std::logic_error>("[writeJpegImage]: Quality must be 1 to 100."));
+    EXPECT_THROW(Ko::writeJpegImage(path, im, 90, static_cast<Ko::ChromaSampling>(3)), std::logic_error);
+}
+
+TEST(Png, TakesALevelOfCompression) {
+    const TempDirectory directory;
+    Image im = randomImage(Ko::PF_RGB, 100, 100);
+    fill(im, 7);
+    std::uintmax_t before = 1u << 20;
+    for (const unsigned level : {0u, 1u, 9u}) {
+        const std::string path = directory.file("a.png");
+        Ko::writePngImage(path, im, level);
+        Image back(Ko::PF_RGB);
+        Ko::readImage(back, path);
+        EXPECT_EQ(difference(back, im), "");
+        EXPECT_LT(fileBytes(path).size(), before);
+        before = fileBytes(path).size();
+    }
+    EXPECT_THAT([&] { Ko::writePngImage(directory.file("none.png"), im, 10); },
+                ThrowsMessage<std::logic_error>("[writePngImage]: Level must be 0 to 9."));
 }
 
 TEST(Jpeg, SizesThatJpegHasNotAreRefused) {
