@@ -50,7 +50,10 @@ struct Operation : Row {
     }; ///< Whether what was done without a refusal is right.
 };
 
-template <auto write, auto read, Ko::PIXEL_FORMAT exchanged, Ko::PIXEL_FORMAT wanted = exchanged>
+using Read = void (*)(Image&, const std::string&);
+using Write = void (*)(const std::string&, const Image&);
+
+template <Write write, Read read, Ko::PIXEL_FORMAT exchanged, Ko::PIXEL_FORMAT wanted = exchanged>
 Operation reading(const char* name) {
     const auto prepare = [] {
         write(directory() / "still", randomImage(exchanged, 40, 30));
@@ -68,7 +71,7 @@ Operation reading(const char* name) {
             }};
 }
 
-template <auto write, Ko::PIXEL_FORMAT format>
+template <Write write, Ko::PIXEL_FORMAT format>
 Operation writing(const char* name) {
     const auto prepare = [] {
         write(directory() / "expected", randomImage(format, 40, 30));

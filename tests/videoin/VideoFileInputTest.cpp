@@ -263,6 +263,15 @@ TEST_F(VideoFile, AFormatThatCannotBeConvertedIntoCostsThePicture) {
     EXPECT_EQ(nextIndex(in), 1);
 }
 
+TEST_F(VideoFile, PicturesOfAnotherFormatMidway) {
+    const std::string options = "-c:v libx264 -qp 0 -bf 0 -pix_fmt ";
+    const std::string bytes = test::fileBytes(media("a.ts", options + "yuv420p"));
+    VideoInputVideoFile in(directory.write("ab.ts", bytes + test::fileBytes(media("b.ts", options + "yuvj422p"))));
+    for (int i = 0; i < 2 * frameCount; ++i)
+        EXPECT_EQ(nextIndex(in), i % frameCount);
+    EXPECT_EQ(nextIndex(in), -2);
+}
+
 TEST_F(VideoFile, PicturesOfAnotherSizeOrFormatMidway) {
     // The decoder drops what it holds back when the size changes; here it holds back nothing.
     const std::string options = "-c:v mpeg2video -q:v 2 -flags +low_delay";
