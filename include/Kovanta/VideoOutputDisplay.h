@@ -44,7 +44,7 @@ namespace Ko {
 /// destructor ends SDL for the process, and a second constructor throws. A broken connection to the X server, or a
 /// window that another program destroyed, ends in a std::runtime_error from the operation that notices and from those
 /// after it: "[VideoOutputDisplay::...]: Lost the connection to the X server." or "...: X error: ....": destroy the
-/// display then.
+/// display then. Xlib keeps some 0.7 MB of each connection that was lost.
 class KOVANTA_API VideoOutputDisplay : public VideoOutput {
 public:
     /// Opens the window. Takes a tenth of a second.

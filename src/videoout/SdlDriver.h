@@ -3,6 +3,7 @@
 #define KOVANTA_SRC_VIDEOOUT_SDLDRIVER_H
 
 #include <cstdlib>
+#include <cstring>
 
 namespace Ko {
 
@@ -21,6 +22,9 @@ public:
         if (chosen)
             unsetenv(variable);
     }
+
+    /// Whether it is the X11 driver that SDL will use.
+    static bool isX11() { return isUnset() || std::strcmp(std::getenv(variable), "x11") == 0; }
 
 private:
     static constexpr char variable[] = "SDL_VIDEODRIVER";

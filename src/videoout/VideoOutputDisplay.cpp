@@ -4,7 +4,9 @@
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Wrap.h"
 #include "util/Errors.h"
+#include "videoout/SdlConnections.h"
 #include "videoout/SdlDriver.h"
+#include "videoout/ServerHold.h"
 #include "videoout/Size.h"
 #include "videoout/XErrors.h"
 
@@ -117,7 +119,9 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     void handle(const SDL_Event& event);
 
     const OnlyDisplay only;
+    SdlConnections connections;
     SDL_Surface* screen = nullptr; // SDL's own
+    void* pixels = nullptr;        // the screen's, which SDL forgets with a lost server
     Overlay overlay;
     SDL_Rect displayRect{};        // at 0, 0 unless borders are wished
     std::uint32_t wishedWidth = 1; // of the window, which may be fitted to the screen
@@ -145,7 +149,9 @@ VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint
     if (XErrors::takeLoss())
         SDL_Quit(); // of a display whose construction ended so
     const XErrors::Operation operation(constructorName);
+    const ServerHold hold(SdlDriver::isX11());
     initVideo();
+    connections.note();
     setWindowWidth(windowW);
     if (fullscreen)
         openScreen({1, 1}, windowFlags, constructorName);
@@ -158,12 +164,15 @@ VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint
 }
 
 VideoOutputDisplay::Impl::~Impl() {
-    XErrors::takeLoss();
+    bool lost = XErrors::takeLoss();
     const XErrors::Operation operation("VideoOutputDisplay::~VideoOutputDisplay");
+    lost = lost || !survives([&] { connections.require(); });
     overlay.reset();
     // Losing the server on the way leaves SDL half closed; it knows by then and finishes without the server.
     if (!survives([] { SDL_Quit(); }))
         survives([] { SDL_Quit(); });
+    if (lost)
+        connections.release(pixels);
     survives([&] { operation.check(); });
     XErrors::remove();
 }
@@ -213,6 +222,7 @@ void VideoOutputDisplay::Impl::openScreen(const Size& size, std::uint32_t flags,
     screen = SDL_SetVideoMode(static_cast<int>(size.width), static_cast<int>(size.height), 0, flags);
     if (!screen)
         throwFailed(function, setModeCall, SDL_GetError());
+    pixels = screen->pixels;
 }
 
 void VideoOutputDisplay::Impl::openFullscreen(const char* function) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoOutputDisplay.h"
 
+#include "support/Resources.h"
 #include "support/TestImages.h"
 #include "videoout/KnownLeaks.h"
 #include "videoout/XClient.h"
@@ -310,6 +311,7 @@ TEST(DisplayTest, AnotherFrameSizeKeepsWindowModeKeysAndSteps) {
     display.setFrameSize(64, 96);
     EXPECT_TRUE(display.getStepMode() && display.getPaused() && !display.getQuit());
     EXPECT_TRUE(reaches(display, [&] { return display.getQuit() && user::geometry().height == 288; }));
+    EXPECT_THAT(user::screen(user::geometry()), testing::Each(user::Rgb{0, 0, 0})) << "shows what no frame has written";
     display.write(frame(PF_YCC444P, 64, 96));
     expectOnScreen(user::geometry());
 
@@ -433,10 +435,17 @@ TEST(DisplayTest, ALostWindowOrServerIsAnException) {
     const auto poll = [](Display& display) {
         display.videoPollEvents();
     };
+    const std::size_t connections = test::openDescriptors("socket:");
     testing::internal::CaptureStderr(); // the destructor may have something to say as well
     expectLoss(user::destroyWindow, write, testing::StartsWith("[VideoOutputDisplay::write]: X error: Bad"));
     expectLoss(user::kill, write, testing::StartsWith("[VideoOutputDisplay::write]: "));
     expectLoss(user::kill, poll, "[VideoOutputDisplay::videoPollEvents]: Lost the connection to the X server.");
+    {
+        const LeaksAllowed allowed;
+        const Shown noticedAtTheEnd;
+        user::kill();
+    }
+    EXPECT_EQ(test::openDescriptors("socket:"), connections);
     testing::internal::GetCapturedStderr();
     expectThatItWorks();
 }
