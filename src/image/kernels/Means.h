@@ -5,7 +5,6 @@
 #include "image/kernels/Blocks.h"
 #include "image/kernels/Definition.h"
 #include "image/kernels/PlainLoops.h"
-#include "image/kernels/Stores.h"
 
 namespace Ko {
 namespace {
@@ -18,18 +17,17 @@ inline Vec means(const Byte* row0, const Byte* row1) {
     return rounding == 0 ? shiftRightWords<2>(sum) : shiftRightRounded<2>(sum);
 }
 
-template <class Store, Word rounding>
+template <Word rounding>
 void meanOfBlocks(Byte* __restrict dst, const Byte* __restrict row0, const Byte* __restrict row1, std::size_t n) {
     const auto block = [=](std::size_t i) {
         const Vec low = means<rounding>(row0 + 2 * i, row1 + 2 * i);
         const Vec high = means<rounding>(row0 + 2 * i + vectorBytes, row1 + 2 * i + vectorBytes);
-        Store::store(dst + i, deinterleave(packWords(low, high)));
+        storeVector(dst + i, deinterleave(packWords(low, high)));
     };
     if (n >= vectorBytes)
         forBlocks(n, vectorBytes, block);
     for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
         dst[i] = meanOf<rounding>(row0[2 * i], row0[2 * i + 1], row1[2 * i], row1[2 * i + 1]);
-    Store::finish();
 }
 
 } // namespace

@@ -15,7 +15,8 @@
 namespace Ko {
 namespace {
 
-/// @p k with the kernels that write through the vectors' own stores.
+/// @p k with the kernels that may write past the cache. The others move video, from a decoder or to an encoder: one side
+/// of that is small and wanted at once.
 template <class Store>
 constexpr RowKernels withStores(RowKernels k) {
     k.rgbToYcc = packedToYcc<Store, 3, 0, 2>;
@@ -27,14 +28,14 @@ constexpr RowKernels withStores(RowKernels k) {
     k.lumaToFull = mapRange<Store, LumaToFull>;
     k.jfifToYcc = jfifToYcc<Store>;
     k.yccToJfif = yccToJfif<Store>;
-    k.meanOfBlocks = meanOfBlocks<Store, 2>;
-    k.meanOfBlocksTruncated = meanOfBlocks<Store, 0>;
     return k;
 }
 
 constexpr RowKernels vectorKernels() {
     RowKernels k = withStores<Cached>({});
     k.chromaToStudioDoubled = chromaToStudioDoubled;
+    k.meanOfBlocks = meanOfBlocks<2>;
+    k.meanOfBlocksTruncated = meanOfBlocks<0>;
     k.doubled = doubled;
     k.yuy2ToYcc = yuy2ToYcc;
     k.yccToYuy2 = yccToYuy2;
