@@ -32,11 +32,14 @@ const LevelKernels& levelInUse() {
 }
 
 #ifdef KOVANTA_X86_KERNELS
-/// Not every compiler knows the feature by name.
+/// Not every compiler knows the feature by name. Asked once: in a virtual machine the question takes microseconds.
 bool hasAvxVnni() {
-    constexpr unsigned int bit = 1U << 4;
-    unsigned int eax = 0, ebx = 0, ecx = 0, edx = 0;
-    return __get_cpuid_count(7, 1, &eax, &ebx, &ecx, &edx) && (eax & bit) != 0;
+    static const bool has = [] {
+        constexpr unsigned int bit = 1U << 4;
+        unsigned int eax = 0, ebx = 0, ecx = 0, edx = 0;
+        return __get_cpuid_count(7, 1, &eax, &ebx, &ecx, &edx) && (eax & bit) != 0;
+    }();
+    return has;
 }
 #endif
 

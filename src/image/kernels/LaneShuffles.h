@@ -51,9 +51,28 @@ void laneYccToYuy2(Byte* __restrict yuy2, const Byte* __restrict y, const Byte* 
     });
 }
 
+inline Vec backwards(Vec v) {
+    static constexpr auto index = table([](std::size_t i) { return 15 - i % 16; });
+    return swapHalves(shuffleBytes(v, loadVector(index.data())));
+}
+
+/// Two vectors at a time, beside which the loop counts less.
+void laneMirrorBytes(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
+    constexpr std::size_t block = 2 * vectorBytes;
+    if (n < block)
+        return mirrorBytes(dst, src, n);
+    forBlocks(n, block, [=](std::size_t i) {
+        const Vec first = loadVector(src + (n - i - vectorBytes));
+        const Vec second = loadVector(src + (n - i - block));
+        storeVector(dst + i, backwards(first));
+        storeVector(dst + i + vectorBytes, backwards(second));
+    });
+}
+
 constexpr RowKernels withLaneShuffles(RowKernels k) {
     k.yuy2ToYcc = laneYuy2ToYcc;
     k.yccToYuy2 = laneYccToYuy2;
+    k.mirrorBytes = laneMirrorBytes;
     return k;
 }
 

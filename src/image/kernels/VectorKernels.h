@@ -15,8 +15,8 @@
 namespace Ko {
 namespace {
 
-/// @p k with the kernels that may write past the cache. The others move video, from a decoder or to an encoder: one side
-/// of that is small and wanted at once.
+/// @p k with the kernels that may write past the cache. The others move video, from a decoder or to an encoder: one
+/// side of that is small and wanted at once.
 template <class Store>
 constexpr RowKernels withStores(RowKernels k) {
     k.rgbToYcc = packedToYcc<Store, 3, 0, 2>;

@@ -148,6 +148,10 @@ inline Vec select(Vec a, Vec b, Vec mask) {
     return _mm_blendv_epi8(a, b, mask);
 }
 
+/// There is one lane.
+inline Vec swapHalves(Vec v) {
+    return v;
+}
 /// What interleaveBytesLow() and interleaveBytesHigh() gave, in order.
 inline void storeInterleaved(unsigned char* dst, Vec low, Vec high) {
     storeVector(dst, low);

@@ -160,6 +160,9 @@ inline Vec select(Vec a, Vec b, Vec mask) {
     return _mm256_blendv_epi8(a, b, mask);
 }
 
+inline Vec swapHalves(Vec v) {
+    return _mm256_permute4x64_epi64(v, 0x4E);
+}
 /// What interleaveBytesLow() and interleaveBytesHigh() gave, in order.
 inline void storeInterleaved(unsigned char* dst, Vec low, Vec high) {
     storeVector(dst, _mm256_permute2x128_si256(low, high, 0x20));
