@@ -13,4 +13,5 @@ install(FILES ${PROJECT_BINARY_DIR}/KovantaConfig.cmake ${PROJECT_BINARY_DIR}/Ko
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" prefix_from_pc "${prefix_from_pc}")
 configure_file(cmake/kovanta.pc.in kovanta.pc @ONLY)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES ${PROJECT_BINARY_DIR}/kovanta.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

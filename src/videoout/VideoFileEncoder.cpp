@@ -37,6 +37,17 @@ int toInt(unsigned int size) {
     return size > INT_MAX ? -1 : static_cast<int>(size);
 }
 
+/// The pixel format that an encoder names first; 4:4:4 where it takes any.
+AVPixelFormat firstFormat(const AVCodec& codec) {
+#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
+    const void* formats = nullptr;
+    avcodec_get_supported_config(nullptr, &codec, AV_CODEC_CONFIG_PIX_FORMAT, 0, &formats, nullptr);
+#else
+    const void* const formats = codec.pix_fmts;
+#endif
+    return formats ? *static_cast<const AVPixelFormat*>(formats) : AV_PIX_FMT_YUV444P;
+}
+
 /// libsvtav1 can neither be drained nor closed before it was given a picture: it waits for one for ever.
 bool mustBeFed(const AVCodec& codec) {
     return std::strcmp(codec.name, "libsvtav1") == 0;
@@ -111,7 +122,7 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     codecContext->bit_rate = settings.bitRate;
     codecContext->width = toInt(settings.width);
     codecContext->height = toInt(settings.height);
-    codecContext->pix_fmt = codec.pix_fmts ? codec.pix_fmts[0] : AV_PIX_FMT_YUV444P;
+    codecContext->pix_fmt = firstFormat(codec);
     stream->time_base = codecContext->time_base;
     stream->avg_frame_rate = codecContext->framerate;
 }

@@ -21,6 +21,14 @@ fi
 LD_LIBRARY_PATH=$libdir "$work/build/consumer"
 
 export PKG_CONFIG_PATH=$libdir/pkgconfig
-# shellcheck disable=SC2046
-"$compiler" -std=c++17 "$here/consumer/main.cpp" -o "$work/by-pkg-config" $(pkg-config --cflags --libs kovanta)
-LD_LIBRARY_PATH=$libdir "$work/by-pkg-config"
+for standard in c++17 c++20 c++2b; do
+  # shellcheck disable=SC2046
+  "$compiler" -std=$standard -Wall -Wextra -Wpedantic -Werror "$here/consumer/main.cpp" -o "$work/by-pkg-config" \
+    $(pkg-config --cflags --libs kovanta)
+  LD_LIBRARY_PATH=$libdir "$work/by-pkg-config"
+done
+
+# What is linked to is what is used: newer Boost has no library for the rest.
+! pkg-config --libs kovanta | grep -oE 'boost_[a-z_]+' | grep -v boost_thread || { echo "FAILED: kovanta.pc"; exit 1; }
+! readelf -d "$libdir/libKovanta.so" | grep -oE 'libboost_[a-z_]+' | grep -vE 'thread|filesystem' ||
+  { echo "FAILED: a library of Boost's that nothing needs"; exit 1; }
