@@ -20,15 +20,15 @@ namespace Ko {
 /// @addtogroup videoout
 /// @{
 
-/// A bounded queue that hands values from one producer thread to one consumer thread, oldest first.
+/// A bounded queue that hands values from producer to consumer threads, oldest first.
 ///
 /// It holds values of its own: what was put in is independent of the caller's object afterwards. T needs a copy
 /// constructor only; values travel by move where T has one. The capacity is 100 and a full queue holds the producer up,
 /// until setCapacity() and setDropOldest() say otherwise.
 ///
-/// Thread-safe for one producer and one consumer. put() and get() are interruption points of Boost while they wait, and
-/// only then; in a program compiled without Boost's interruptions nothing ends a wait but the other side. The
-/// destructor wakes nobody: stop both threads first.
+/// Thread-safe, for any number of producers and consumers. put() and get() are interruption points of Boost while they
+/// wait, and only then; in a program compiled without Boost's interruptions nothing ends a wait but the other side. The
+/// destructor wakes nobody: stop all threads first.
 /// @throws boost::thread_resource_error from the constructor
 template <class T>
 class ThreadedBuffer {
@@ -69,7 +69,7 @@ private:
     void waitForValue(Lock& lock);
 
     boost::mutex mutex;
-    boost::condition_variable condition; // One for both sides: they never wait at the same time.
+    boost::condition_variable condition; // One for both sides, so every change wakes all that wait.
     unsigned int capacity = 100;
     std::deque<T> queue;
     bool dropOldest = false;
@@ -85,7 +85,7 @@ void ThreadedBuffer<T>::put(T value) {
     append(value);
     if (full)
         queue.pop_front();
-    condition.notify_one();
+    condition.notify_all();
 }
 
 template <class T>
@@ -95,7 +95,7 @@ T ThreadedBuffer<T>::get() {
         waitForValue(lock);
     T value(std::move(queue.front()));
     queue.pop_front();
-    condition.notify_one();
+    condition.notify_all();
     return value;
 }
 

@@ -90,6 +90,35 @@ TEST(ThreadedBuffer, HoldsAHundredAndMakesTheProducerWait) {
     producer.join();
 }
 
+TEST(ThreadedBuffer, SeveralProducersAndConsumersShareASmallQueue) {
+    constexpr int producers = 3, consumers = 4, each = 4000; // each producer puts, all consumers take as many
+    for (const unsigned int capacity : {1u, 2u}) {
+        Buffer buffer;
+        buffer.setCapacity(capacity);
+        std::vector<std::vector<int>> taken(consumers);
+        std::vector<boost::thread> threads;
+        for (int p = 0; p < producers; ++p)
+            threads.emplace_back([&, p] { putAll(buffer, p * each, p * each + each - 1); });
+        for (auto& values : taken)
+            threads.emplace_back([&] { values = getAll(buffer, producers * each / consumers); });
+        bool ended = true;
+        for (auto& thread : threads) {
+            ended = ended && thread.timed_join(boost::posix_time::seconds(60));
+            if (!ended)
+                thread.interrupt();
+        }
+        for (auto& thread : threads)
+            if (thread.joinable())
+                thread.join();
+        ASSERT_TRUE(ended) << "with capacity " << capacity;
+        std::vector<int> all;
+        for (const auto& values : taken)
+            all.insert(all.end(), values.begin(), values.end());
+        std::sort(all.begin(), all.end());
+        EXPECT_EQ(all, test::indices(producers * each, 0));
+    }
+}
+
 TEST(ThreadedBuffer, AnInterruptedConsumerGetsWhatIsQueuedFirst) {
     for (int round = 0; round < 300; ++round) {
         Buffer buffer;
