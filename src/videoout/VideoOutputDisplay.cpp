@@ -178,6 +178,9 @@ VideoOutputDisplay::Impl::~Impl() {
 }
 
 void VideoOutputDisplay::Impl::initVideo() {
+    // SDL's layer over SDL 2 keeps something of a start that failed, and the next one then finds no modes.
+    if (SDL_WasInit(SDL_INIT_VIDEO) == 0)
+        SDL_QuitSubSystem(SDL_INIT_VIDEO);
     XErrors::install();
     {
         const SdlDriver driver;

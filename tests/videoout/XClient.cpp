@@ -84,7 +84,7 @@ void key(const char* name) {
 }
 
 void resize(unsigned int width, unsigned int height) {
-    XResizeWindow(display, window, width, height);
+    XMoveResizeWindow(display, window, 0, 0, width, height); // where there is room for it
     XSync(display, False);
 }
 
