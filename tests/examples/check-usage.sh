@@ -15,7 +15,7 @@ for name in "${!program[@]}"; do
   grep -qE "^$name \(Kovanta\) [0-9]+\.[0-9]+\.[0-9]+$" out.log || fail "$name: the version"
   "${program[$name]}" --help >out.log 2>err.log || fail "$name --help"
   [ "$(head -n 1 out.log | cut -d ' ' -f 1-3)" = "Usage: $name [OPTION]..." ] || fail "$name: the usage"
-  for line in '  -h, --help  ' '  --version  ' '^Options:$' '^Exit codes:$'; do
+  for line in '  -h, --help  ' '  --version  ' '^O[Pp][Tt][Ii][Oo][Nn][Ss]:$' '^Exit codes:$'; do
     grep -q -e "$line" out.log || fail "$name --help has no '$line'"
   done
   [ "$(wc -L <out.log)" -le 100 ] || fail "$name --help is wide"

@@ -193,7 +193,7 @@ TEST(DisplayTest, WithoutAServerThereIsOneClearExceptionEachTime) {
     const std::string server = std::getenv("DISPLAY");
     const auto text =
         testing::AllOf(testing::StartsWith("[VideoOutputDisplay::VideoOutputDisplay]: Unable to init SDL: "),
-                       testing::EndsWith(" available.\n"));
+                       testing::EndsWith(".\n"));
     // SDL's terminal drivers would end the process where the terminal is unknown.
     const std::string terminal = std::getenv("TERM") ? std::getenv("TERM") : "";
     unsetenv("TERM");
@@ -471,7 +471,7 @@ TEST(DisplayTest, ALostWindowOrServerIsAnException) {
     };
     const std::size_t connections = test::openDescriptors("socket:");
     testing::internal::CaptureStderr(); // the destructor may have something to say as well
-    expectLoss(user::destroyWindow, write, testing::StartsWith("[VideoOutputDisplay::write]: X error: Bad"));
+    expectLoss(user::destroyWindow, write, testing::HasSubstr("]: X error: Bad"));
     expectLoss(user::kill, write, testing::StartsWith("[VideoOutputDisplay::write]: "));
     expectLoss(user::kill, poll, "[VideoOutputDisplay::videoPollEvents]: Lost the connection to the X server.");
     {
