@@ -69,12 +69,14 @@ KOVANTA_API void writeImage(const std::string& name, const Image<>& im);
 
 /// Reads a still from memory, which may come from a queue or a network: what the bytes say that it is, a PPM, PGM, PNG
 /// or JPEG file. The bytes are needed during the call only.
+/// @param im takes the picture, in the format that it has
 /// @param data the first byte of a file; may be null when @p size is 0
 /// @param size in bytes
 /// @throws std::runtime_error "[readImage]: No known still."; otherwise as the reader of the format
 KOVANTA_API void readImage(Image<>& im, const void* data, std::size_t size);
 /// Writes a still into memory: the bytes that the writer of the format would put into a file.
 /// @param bytes replaced when all went well, else left as they were
+/// @param im any image that converts into the format
 /// @param extension ".ppm", ".pgm", ".png", ".jpg" or ".jpeg", in any case
 /// @throws std::logic_error "[writeImage]: Cannot write EXTENSION: extension not recognized."; otherwise as the writer
 KOVANTA_API void writeImage(std::vector<unsigned char>& bytes, const Image<>& im, const std::string& extension);
@@ -101,6 +103,8 @@ KOVANTA_API void readJpegImage(Image<>& im, const std::string& name);
 /// @throws std::runtime_error "[writeJpegImage]: libjpeg failed. (REASON)", for a size that JPEG has not
 KOVANTA_API void writeJpegImage(const std::string& name, const Image<>& im);
 /// The same with other settings.
+/// @param name of the file
+/// @param im as in the first
 /// @param quality 1 (least) to 100; 75 to 95 are usual
 /// @param sampling of the chroma
 /// @throws std::logic_error "[writeJpegImage]: Quality must be 1 to 100."; otherwise as the first
@@ -120,6 +124,8 @@ KOVANTA_API void readPngImage(Image<>& im, const std::string& name);
 ///         "[writePngImage]: Error creating PNG info structure."
 KOVANTA_API void writePngImage(const std::string& name, const Image<>& im);
 /// The same at another effort; the pixels are the same at all.
+/// @param name of the file
+/// @param im as in the first
 /// @param level 0 (not compressed, fast) to 9 (smallest, slow); 6 is what the first one takes
 /// @throws std::logic_error "[writePngImage]: Level must be 0 to 9."; otherwise as the first
 KOVANTA_API void writePngImage(const std::string& name, const Image<>& im, unsigned int level);
