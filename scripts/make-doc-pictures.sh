@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-2-Clause
-# Makes the pictures of docs/images with the library itself: what can be drawn, and the window with a tracked video.
+# Makes the pictures of docs/images with the library itself: what can be drawn, the window with a tracked video, and
+# frames of the demo.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -30,4 +31,9 @@ xvfb-run -a -s "-screen 0 800x600x24" bash -euc '
   import -window "$window" "$images/window.png"
   xdotool windowfocus "$window" key q
   wait "$player"'
+
+# The real clip of the demo.
+scripts/demo.sh >/dev/null
+build/demo/examples/contact build/demo/out/tracked.mp4 "$work/sheet.png" --width 300
+convert "$work/sheet.png" -quality 88 "$images/tracked.jpg"
 ls -l "$images"

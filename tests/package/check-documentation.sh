@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: BSD-2-Clause
 # The C++ of README and of every page below docs compiles as it stands there, without a warning. A block with a main() is
 # a program and runs: its first line says how it is called, "// name ARGUMENTS", where a file that does not exist yet is
-# one that the program makes. Any other block becomes a function's body; what it takes for granted is declared by a
+# one that the program makes; "<!-- needs: MODULE -->" before it names another library, by its pkg-config file, and
+# where that is not installed the program is left out. Any other block becomes a function's body; what it takes for granted is declared by a
 # comment before it, "<!-- given: DECLARATIONS -->".
 set -euo pipefail
 source_dir=$1 library=$3 compiler=$4
@@ -31,7 +32,14 @@ ffmpeg -v error -i in.mp4 -frames:v 1 photo.jpg
 for program in "${programs[@]}"; do
   read -r comment _ arguments <"$program"
   [ "$comment" = // ] || { echo "FAILED: $program does not say how it is called"; exit 1; }
-  "${compile[@]}" "$program" -o program "$library" -lboost_thread -lboost_system -pthread \
+  foreign=()
+  if [ -f "${program%.cpp}.needs" ]; then
+    read -r module <"${program%.cpp}.needs"
+    pkg-config --exists "$module" || { echo "$program: left out, there is no $module"; continue; }
+    # Its headers are the system's: warnings in them are not ours.
+    read -ra foreign <<<"$(pkg-config --cflags --libs "$module" | sed 's/-I */-isystem /g') -fPIC"
+  fi
+  "${compile[@]}" "$program" -o program "$library" "${foreign[@]}" -lboost_thread -pthread \
     -Wl,-rpath,"$(dirname "$library")" || { echo "FAILED: $program does not compile"; exit 1; }
   # shellcheck disable=SC2086
   ./program $arguments >output.log 2>&1 || { cat output.log; echo "FAILED: $program $arguments"; exit 1; }
@@ -41,3 +49,12 @@ for program in "${programs[@]}"; do
   echo "$program: $(wc -l <"$program") lines, ran with: $arguments"
 done
 echo "$fragments other blocks"
+
+# The messages that a page explains are ones that the library has, up to where they say what differs.
+while read -r text; do
+  fixed=$(sed -E 's/( ?\b(NAME|REASON|[ABN])\b|\/dev\/| ?\.\.\.| \(| failed: | and V4L2).*//' <<<"$text")
+  grep -rqF -- "$fixed" "$source_dir/src" || { echo "FAILED: no message says \"$fixed\""; exit 1; }
+  messages=$((${messages:-0} + 1))
+done < <(sed -nE 's/^\| (`.*) \| .* \|$/\1/p' "$source_dir/docs/messages.md" | tr '`' '\n' | grep -E '^[A-Zaglupw].{6}' |
+  grep -vE 'std::|readImage')
+[ "${messages:-0}" -gt 50 ] || { echo "FAILED: messages were not found"; exit 1; }
