@@ -157,6 +157,7 @@ void expectRefusal(unsigned int windowWidth, unsigned int w, unsigned int h, con
 void expectThatItWorks() {
     Shown display;
     EXPECT_TRUE(display.write(frame(PF_YCC444P)));
+    EXPECT_TRUE(reaches(display, showsLastCorner));
     expectOnScreen(user::geometry());
 }
 
@@ -385,11 +386,13 @@ TEST(DisplayTest, FullScreenKeepsTheAspectRatioOnRequest) {
     for (const bool anew : {false, true}) {
         if (anew)
             display.setFrameSize(frameWidth, frameHeight), display.setFrameSize(64, 96), display.write(im);
+        display.videoPollEvents(); // SDL's layer over SDL 2 draws when it is asked for events
         expectOnScreen({256, 0, 512, 768});
         for (const int x : {0, 768})
             EXPECT_THAT(user::screen({x, 0, 256, 768}), testing::Each(user::Rgb{0, 0, 0}));
     }
     display.setKeepAspect(false);
+    display.videoPollEvents();
     expectOnScreen(wholeScreen);
 }
 
