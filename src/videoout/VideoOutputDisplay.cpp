@@ -127,7 +127,7 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     std::uint32_t wishedWidth = 1; // of the window, which may be fitted to the screen
     Size window{1, 1};
     Size frame;
-    Size desktop{0, 0};
+    static inline Size desktop{0, 0}; // as SDL knew it when it started
     Size fullscreenMode{0, 0};
     bool fullscreen;
     bool fitScreen;
@@ -182,6 +182,7 @@ void VideoOutputDisplay::Impl::initVideo() {
     if (SDL_WasInit(SDL_INIT_VIDEO) == 0)
         SDL_QuitSubSystem(SDL_INIT_VIDEO);
     XErrors::install();
+    const bool running = SDL_WasInit(SDL_INIT_VIDEO) != 0; // since a construction that failed
     {
         const SdlDriver driver;
         if (SDL_Init(SDL_INIT_VIDEO) < 0) {
@@ -190,11 +191,11 @@ void VideoOutputDisplay::Impl::initVideo() {
         }
     }
     // Before a first mode is set, this is the desktop's size; it holds where any mode will do.
-    if (const SDL_VideoInfo* const info = SDL_GetVideoInfo()) {
+    const SDL_VideoInfo* const info = SDL_GetVideoInfo();
+    if (info && (!running || desktop.width == 0))
         desktop = {static_cast<std::uint32_t>(std::max(1, info->current_w)),
                    static_cast<std::uint32_t>(std::max(1, info->current_h))};
-        fullscreenMode = desktop;
-    }
+    fullscreenMode = desktop;
     SDL_Rect** const modes = SDL_ListModes(nullptr, SDL_FULLSCREEN | SDL_HWSURFACE);
     const auto anyMode = reinterpret_cast<SDL_Rect**>(-1); // NOLINT(performance-no-int-to-ptr)
     if (!modes || (modes != anyMode && !modes[0]))
@@ -220,6 +221,10 @@ Overlay VideoOutputDisplay::Impl::makeOverlay(const Size& frames, const char* fu
 void VideoOutputDisplay::Impl::openScreen(const Size& size, std::uint32_t flags, const char* function) {
     if (screen)
         SDL_PumpEvents(); // into SDL's queue: a change of mode drops what waits at the X server
+    const bool full = (flags & static_cast<Uint32>(SDL_FULLSCREEN)) != 0;
+    SDL_Event resize; // of the window that is left now: later it would end full screen
+    while (full && SDL_PeepEvents(&resize, 1, SDL_GETEVENT, SDL_VIDEORESIZEMASK) > 0) {
+    }
     screen = nullptr;
     requireWindowSize(function, size);
     screen = SDL_SetVideoMode(static_cast<int>(size.width), static_cast<int>(size.height), 0, flags);
