@@ -20,35 +20,93 @@ done
 [ "$(size "$work/annotated.png")" = "$(size "$work/stills/text.png")" ] || fail "text: size"
 ! cmp -s "$work/annotated.png" "$work/stills/text.png" || fail "text: nothing drawn"
 
-# Stills of different and of odd sizes, and a file, to their ends.
-convert "$work/stills/boxes.png" -crop 301x201+0+0 +repage "$work/stills/aa.ppm"
-"$play" --rate 200 --overlay "$work/stills" || fail "play: directory"
+# Stills of all sizes and a file to their ends, one after the other.
+mixed=$work/mixed
+mkdir "$mixed"
+for still in a=301x201 b=1x1 c=1x40 d=30x1 e=640x480; do
+  convert -size "${still#*=}" xc:orange -depth 8 "$mixed/${still%=*}.ppm"
+done
 ffmpeg -v error -f lavfi -i testsrc2=size=161x121:rate=50:duration=0.4 -pix_fmt yuv420p -c:v mpeg4 "$work/clip.avi"
+"$play" --rate 200 --overlay "$mixed" "$work/clip.avi" "$mixed/b.ppm" || fail "play: to the end"
 "$play" --width 400 "$work/clip.avi" || fail "play: file"
 
-# Pause, one step at a time, quit, in a loop that would not end otherwise. The caption tells frame and pause.
-pausedAfter() { # CAPTION: another caption that says so
-  for _ in $(seq 600); do
+start() { # NAME ARGUMENTS...: the player in the background, its window, whose caption begins with the name, in front
+  "$play" "${@:2}" &
+  player=$!
+  window=$(timeout 60 xdotool search --sync --onlyvisible --name "^$1 - frame" | head -n 1)
+  xdotool windowfocus --sync "$window"
+}
+shows() { # PATTERN: waits for a caption that matches
+  for _ in $(seq 1200); do
     caption=$(xdotool getwindowname "$window")
-    [[ $caption != *", paused" || $caption = "$1" ]] || return 0
-    sleep 0.1
+    [[ ! $caption =~ $1 ]] || return 0
+    sleep 0.05
   done
-  fail "play: '$caption' instead of a pause after '$1'"
+  fail "play: '$caption' instead of '$1'"
+}
+ends() { # EXIT CODE: ends soon, that is long before the next frame of a slow show
+  local code=0
+  timeout 20 tail --pid "$player" -f /dev/null || fail "play: goes on after ${2:-q}"
+  wait "$player" || code=$?
+  [ "$code" -eq "$1" ] || fail "play: exit code $code after ${2:-q}"
 }
 frame() { sed -E 's/.* frame ([0-9]+),.*/\1/' <<<"$caption"; }
-"$play" --loop --rate 20 "$work/clip.avi" &
-player=$!
-window=$(timeout 60 xdotool search --sync --onlyvisible --name "^clip.avi - frame" | head -n 1)
-xdotool windowfocus --sync "$window" key p
-pausedAfter ""
+geometry() { xdotool getwindowgeometry --shell "$window" | sed -nE 's/(WIDTH|HEIGHT)=//p' | paste -sd x; }
+
+# Pause, one step at a time, seeking, another pace, in a loop that would not end otherwise. The caption tells.
+start clip.avi --loop --rate 5 "$work/clip.avi"
+xdotool key plus
+shows "6.25 frames/s$"
+xdotool key minus minus
+shows ", 4 frames/s$"
+xdotool key p
+shows paused$
 for _ in 1 2 3; do # the clip has 20 frames
   before=$(frame)
   xdotool key space
-  pausedAfter "$caption"
-  [ "$(frame)" -eq $((before % 20 + 1)) ] || fail "play: a step from $before to $(frame)"
+  shows "frame $((before % 20 + 1)), .*paused"
+done
+xdotool key Down
+shows "frame 1, .*paused"
+xdotool key Right # five seconds, more than there are
+shows "frame 20, .*paused"
+xdotool key q
+ends 0
+
+# What the user has chosen outlives a change of size, and so does the wish to end.
+start mixed --loop --rate 20 "$mixed/"
+xdotool key f p
+shows paused$
+for _ in 1 2 3 4 5; do
+  before=$(frame)
+  xdotool key space
+  shows "frame $((before % 5 + 1)), .*paused"
+  [ "$(geometry)" = 1024x768 ] || fail "play: $(geometry) is not the full screen"
 done
 xdotool key q
-wait "$player" || fail "play: exit code after q"
+ends 0
+for signal in TERM HUP INT; do
+  start mixed --loop --rate 20 "$mixed"
+  shows "frame 5"
+  kill "-$signal" "$player"
+  ends $((128 + $(kill -l $signal))) "$signal"
+done
+
+# A slow show hears the user at once; one still stays; what is larger than the screen is fitted to it.
+start mixed --rate 0.01 "$mixed"
+xdotool key p
+shows "frame 1, .*paused"
+xdotool key space
+shows "frame 2, .*paused"
+xdotool key p Right
+shows "frame 3, .*frames/s"
+xdotool key q
+ends 0
+convert -size 3000x1500 gradient: -depth 8 "$work/large.png"
+start large.png "$work/large.png"
+[ "$(geometry)" = 1024x512 ] || fail "play: $(geometry) for 3000x1500"
+xdotool key q
+ends 0
 
 unset DISPLAY TERM
 for what in "$work/clip.avi" "$work/none.avi"; do

@@ -24,7 +24,12 @@ private:
 };
 
 /// Controls of vivid.
-enum Control : unsigned int { testPattern = 0x00f0f000, textMode = 0x00f0f001, errorInBuffer = 0x00f0f042 };
+enum Control : unsigned int {
+    testPattern = 0x00f0f000,
+    textMode = 0x00f0f001,
+    disconnect = 0x00f0f041,
+    errorInBuffer = 0x00f0f042
+};
 
 /// A handle of the test's own on a device node, beside the library's. Calls that fail throw.
 class Node {

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: BSD-2-Clause
+#include "Devices.h"
+
+#include <Kovanta/VideoInput.h>
+
+#include <fcntl.h>
+#include <linux/videodev2.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int deviceNumbers = 64;
+const std::string devicePrefix = "/dev/video";
+
+class Device {
+public:
+    explicit Device(unsigned int number)
+        : descriptor(::open((devicePrefix + std::to_string(number)).c_str(), O_RDWR | O_CLOEXEC)) {}
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+    ~Device() {
+        if (descriptor != -1)
+            ::close(descriptor);
+    }
+
+    bool isOpen() const { return descriptor != -1; }
+
+    /// Calls visit(record) for index 0, 1, ... until the driver refuses.
+    template <class Record, class Visitor>
+    void enumerate(unsigned long request, Record record, Visitor visit) const {
+        for (record.index = 0; record.index < 1000 && ::ioctl(descriptor, request, &record) != -1; ++record.index)
+            visit(record);
+    }
+
+private:
+    int descriptor;
+};
+
+std::string text(const __u8* field, std::size_t size) {
+    const char* const begin = reinterpret_cast<const char*>(field);
+    return {begin, ::strnlen(begin, size)};
+}
+
+void printRates(const Device& device, const v4l2_frmsizeenum& size) {
+    v4l2_frmivalenum interval{};
+    interval.pixel_format = size.pixel_format;
+    interval.width = size.discrete.width;
+    interval.height = size.discrete.height;
+    device.enumerate(VIDIOC_ENUM_FRAMEINTERVALS, interval, [](const v4l2_frmivalenum& found) {
+        if (found.type == V4L2_FRMIVAL_TYPE_DISCRETE && found.discrete.numerator != 0)
+            std::cout << (found.index == 0 ? " at " : ", ")
+                      << static_cast<double>(found.discrete.denominator) / found.discrete.numerator;
+    });
+}
+
+void printSizes(const Device& device, unsigned int pixelFormat) {
+    v4l2_frmsizeenum size{};
+    size.pixel_format = pixelFormat;
+    device.enumerate(VIDIOC_ENUM_FRAMESIZES, size, [&device](const v4l2_frmsizeenum& found) {
+        if (found.type == V4L2_FRMSIZE_TYPE_DISCRETE) {
+            std::cout << "    " << found.discrete.width << "x" << found.discrete.height;
+            printRates(device, found);
+        } else {
+            std::cout << "    " << found.stepwise.min_width << "x" << found.stepwise.min_height << " to "
+                      << found.stepwise.max_width << "x" << found.stepwise.max_height;
+        }
+        std::cout << "\n";
+    });
+}
+
+} // namespace
+
+std::optional<unsigned int> deviceNumber(const std::string& word) {
+    std::error_code missing; // then it is what it says
+    std::string digits = std::filesystem::weakly_canonical(word, missing).string();
+    if (word.compare(0, 5, "/dev/") == 0 && digits.compare(0, devicePrefix.size(), devicePrefix) == 0)
+        digits = digits.substr(devicePrefix.size());
+    else
+        digits = word;
+    unsigned int number = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, number);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+void listDevices() {
+    const std::vector<std::string> names = Ko::VideoInputCaptureV4L().listDevs();
+    bool any = false;
+    for (unsigned int number = 0; number < deviceNumbers; ++number) {
+        const bool answered = number < names.size() && names[number] != "none";
+        if (!answered && Device(number).isOpen())
+            continue; // something else
+        if (!answered && errno == ENOENT)
+            continue;
+        const std::string why = answered ? names[number] : std::strerror(errno);
+        std::cout << number << ": " << why << (!answered && errno == EACCES ? " (are you in the group video?)" : "")
+                  << "\n";
+        any = true;
+    }
+    if (!any)
+        std::cout << "No camera found.\n";
+}
+
+void listFormats(unsigned int number) {
+    const Device device(number);
+    if (!device.isOpen())
+        throw std::system_error(errno, std::generic_category(), devicePrefix + std::to_string(number));
+    v4l2_input input{};
+    device.enumerate(VIDIOC_ENUMINPUT, input, [](const v4l2_input& found) {
+        std::cout << "input " << found.index << ": " << text(found.name, sizeof found.name) << "\n";
+    });
+    v4l2_fmtdesc format{};
+    format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    device.enumerate(VIDIOC_ENUM_FMT, format, [&device](const v4l2_fmtdesc& found) {
+        const bool read = found.pixelformat == V4L2_PIX_FMT_YUV420 || found.pixelformat == V4L2_PIX_FMT_YUYV;
+        std::cout << "format " << text(found.description, sizeof found.description)
+                  << (read ? "\n" : ": not read here\n");
+        if (read)
+            printSizes(device, found.pixelformat);
+    });
+}
