@@ -17,7 +17,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -38,6 +40,7 @@ constexpr char setModeName[] = "VideoOutputDisplay::setMode";
 constexpr char pollName[] = "VideoOutputDisplay::videoPollEvents";
 constexpr char setModeCall[] = "SDL_SetVideoMode";
 constexpr char setFrameSizeName[] = "VideoOutputDisplay::setFrameSize";
+constexpr std::size_t mostKeys = 32;
 constexpr std::uint32_t largestWindow = 32767; // coordinates of X and SDL have 16 bits
 constexpr std::uint32_t largestPitch = 65535;  // of an overlay; SDL cuts larger ones off without a word
 
@@ -138,6 +141,7 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     bool locked = false; // the overlay stays locked when a conversion throws
     bool blank = true;   // the overlay's memory was never written
     bool shown = false;  // a frame was shown
+    std::deque<std::string> keys;
 };
 
 VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint32_t h, bool full, bool fit)
@@ -387,7 +391,8 @@ void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
             quit = true;
             break;
         default:
-            break;
+            if (keys.size() < mostKeys)
+                keys.emplace_back(SDL_GetKeyName(event.key.keysym.sym));
         }
     }
 }
@@ -456,6 +461,14 @@ bool VideoOutputDisplay::getPaused() const {
 
 bool VideoOutputDisplay::getStepMode() const {
     return impl->stepMode;
+}
+
+std::string VideoOutputDisplay::takeKey() {
+    if (impl->keys.empty())
+        return {};
+    std::string key = std::move(impl->keys.front());
+    impl->keys.pop_front();
+    return key;
 }
 
 void VideoOutputDisplay::setPaused(bool on) {
