@@ -193,7 +193,7 @@ void Capture::take() {
     if (options.show) {
         const Ko::ConstImage even = example::evenFrame(frame, room);
         if (!display)
-            display.emplace(even->width, 0, even->width, even->height, false);
+            display.emplace(even->width, even->height, false);
         display->write(even);
     }
     writing.stop();

@@ -1,199 +1,229 @@
 // SPDX-License-Identifier: BSD-2-Clause
-// play FILE|DIRECTORY: shows a video file, or the stills of a directory, in a window at their rate.
-//
-// Keys: q quits, f is full screen and back, p or Pause holds, space steps to the next frame while holding.
+// play INPUT...: shows video files, stills and directories of stills in a window, one after the other, at their rate.
 
-#include <Kovanta/Draw.h>
-#include <Kovanta/Font.h>
-#include <Kovanta/VideoInput.h>
+#include "play/Source.h"
+#include "support/EvenFrame.h"
+#include "support/Label.h"
+#include "support/Program.h"
+#include "support/Rate.h"
+#include "support/Stop.h"
+
 #include <Kovanta/VideoOutput.h>
-#include <Kovanta/Wrap.h>
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
-#include <exception>
-#include <filesystem>
-#include <iostream>
-#include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* keys = R"(Keys:
+  q             quit
+  p, Pause      hold, and go on
+  space         the next frame while holding
+  f             full screen, and back
+  left, right   five seconds back or on, at least a frame
+  down, up      a minute back or on
+  +, -          faster, slower)";
+
 struct Options {
-    std::string input;
+    std::vector<std::string> inputs;
     bool loop = false;
     bool overlay = false;
     bool hold = false;
     bool fullscreen = false;
     unsigned int width = 0;
-    double rate = 0;
+    example::Rate rate{0, 1};
 };
 
-/// Either kind of source, with the number of the frame that came last, counted from 1 since the beginning.
-class Source {
+/// One window for all frames, whatever their sizes.
+class Player {
 public:
-    explicit Source(const Options& options)
-        : loop(options.loop) {
-        if (std::filesystem::is_directory(options.input)) {
-            stills = std::make_unique<Ko::VideoInputImageFile>(options.input);
-            stills->seek(0, Ko::VP_BEGIN); // a single still counts as read already until a seek
-            framesPerSecond = 25;
-        } else {
-            auto file = std::make_unique<Ko::VideoInputVideoFile>(options.input);
-            file->setLoop(loop);
-            const Ko::Frac<unsigned int> told = file->getFrameRate();
-            framesPerSecond = told.num == 0 || told.den == 0 ? 25 : static_cast<double>(told.num) / told.den;
-            video = std::move(file);
-        }
-        if (options.rate > 0)
-            framesPerSecond = options.rate;
-    }
-
-    bool read(Ko::Image<>& frame) {
-        Ko::VideoInput& input = video ? *video : *stills;
-        const long before = input.tell();
-        if (!input.read(frame)) {
-            if (video || !loop) // a video file starts again by itself
-                return false;
-            stills->seek(0, Ko::VP_BEGIN);
-            frameNumber = 0;
-            return read(frame);
-        }
-        const long after = input.tell();
-        const bool anew = before == 0 || (after < before && after != 0);
-        frameNumber = anew ? 1 : frameNumber + 1;
-        return true;
-    }
-
-    unsigned long number() const { return frameNumber; }
-    double rate() const { return framesPerSecond; }
-
-    std::string position() const {
-        const double seconds = static_cast<double>(frameNumber - 1) / framesPerSecond;
-        char text[80];
-        std::snprintf(text, sizeof text, "frame %lu, %d:%05.2f", frameNumber, static_cast<int>(seconds / 60),
-                      seconds - 60 * static_cast<int>(seconds / 60));
-        return text;
-    }
-
-private:
-    bool loop;
-    std::unique_ptr<Ko::VideoInput> video;
-    std::unique_ptr<Ko::VideoInput> stills;
-    unsigned long frameNumber = 0;
-    double framesPerSecond = 0;
-};
-
-/// White text on a dark field in the lower left corner, at a size that suits the frame.
-class Label {
-public:
-    void draw(Ko::Image<>& frame, const std::string& text) {
-        const unsigned int wanted = std::clamp(frame.height / 18, 9u, 48u);
-        if (wanted != size) {
-            font.init(nullptr, 0, wanted);
-            size = wanted;
-        }
-        const int unit = static_cast<int>(size);
-        const int bottom = static_cast<int>(frame.height) - unit / 2;
-        const int width = static_cast<int>(text.size()) * ((6 * unit + 5) / 10) + unit; // 0.6 of the size a letter
-        Ko::drawBbox(frame, {unit / 2, bottom - unit * 3 / 2, unit / 2 + width, bottom}, {40, 128, 128}, true);
-        font.drawText(frame, text, {unit, bottom - unit / 2}, {235, 128, 128});
-    }
-
-private:
-    Ko::Font font;
-    unsigned int size = 0;
-};
-
-/// The window, opened anew when the size of the frames changes.
-class Screen {
-public:
-    Screen(const Options& chosen)
+    explicit Player(const Options& chosen)
         : options(chosen) {}
 
-    Ko::VideoOutputDisplay& show(const Ko::Image<>& frame, const std::string& caption) {
-        // A window takes even sizes. What is odd loses its last column or row: a wrapping of the rest costs nothing.
-        const Ko::ConstImage even = Ko::wrapRectangle(frame, 0, 0, frame.width & ~1u, frame.height & ~1u);
-        if (!display || even->width != width || even->height != height) {
-            display.reset(); // one window at a time
-            width = even->width;
-            height = even->height;
-            display.emplace(options.width != 0 ? options.width : width, 0, width, height, options.fullscreen);
-        }
-        display->setCaption(caption);
-        display->write(even);
-        return *display;
-    }
+    /// @return whether the user wants to see more
+    bool play(Source& source);
+    /// Leaves the last frame there until the user goes.
+    void hold();
 
 private:
+    bool ended() const { return example::stopAsked() || (display && display->getQuit()); }
+    Clock::duration period() const;
+    void openWindow(unsigned int width, unsigned int height);
+    void show();
+    void tell();
+    void poll();
+    void wait();
+
     const Options& options;
     std::optional<Ko::VideoOutputDisplay> display;
-    unsigned int width = 0;
-    unsigned int height = 0;
+    Ko::Image<> frame{Ko::PF_YCC444P};
+    Ko::Image<> room{Ko::PF_YCC444P};
+    example::Label label;
+    std::string title;
+    std::string position;
+    double rate = 25; // frames per second
+    double pace = 1;  // by which the user multiplies it
+    double jump = 0;  // seconds that the user wants to go on, or back
+    Clock::time_point shown;
 };
 
-void play(const Options& options) {
-    using Clock = std::chrono::steady_clock;
-    const auto blink = std::chrono::milliseconds(10);
-    Source source(options);
-    Screen screen(options);
-    Label label;
-    const std::string name = std::filesystem::path(options.input).filename().string();
-    char rate[40];
-    std::snprintf(rate, sizeof rate, "%.4g frames/s", source.rate());
-    const auto period = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / source.rate()));
+/// "frame 12, 0:00.44"
+std::string positionText(long number, double rate) {
+    const double seconds = static_cast<double>(number - 1) / rate;
+    const long minutes = static_cast<long>(seconds / 60);
+    char text[80];
+    std::snprintf(text, sizeof text, "frame %ld, %ld:%05.2f", number, minutes,
+                  seconds - 60 * static_cast<double>(minutes));
+    return text;
+}
 
-    Ko::Image frame(Ko::PF_YCC444P);
-    Ko::VideoOutputDisplay* display = nullptr;
-    auto due = Clock::now();
-    while (source.read(frame)) {
-        if (options.overlay)
-            label.draw(frame, source.position());
-        std::this_thread::sleep_until(due);
-        display = &screen.show(frame, name + " - " + source.position() + ", " + rate);
-        if (display->getPaused())
-            display->setCaption(name + " - " + source.position() + ", paused");
-        while (display->getPaused() && !display->getQuit()) {
-            std::this_thread::sleep_for(blink);
-            display->videoPollEvents();
+bool Player::play(Source& source) {
+    title = source.title();
+    rate = options.rate.num != 0 ? example::perSecond(options.rate) : source.rate();
+    bool sought = false;
+    for (;;) {
+        const bool delivered = source.read(frame);
+        if (!sought || !delivered)
+            wait(); // as long as the frame before is to be seen
+        if (ended())
+            return false;
+        if (jump != 0) {
+            const double frames = std::round(jump * rate);
+            const auto further = static_cast<long>(jump > 0 ? std::max(frames, 1.0) : std::min(frames, -1.0));
+            try {
+                source.jump(delivered ? further - 1 : further); // the frame after the shown one was read already
+            } catch (const std::runtime_error&) {               // a stream that cannot be sought plays on
+            }
+            jump = 0;
+            sought = true;
+        } else if (!delivered) {
+            return true;
+        } else {
+            sought = false;
+            position = positionText(source.number(), rate);
+            if (options.overlay)
+                label.draw(frame, position);
+            show();
         }
-        if (display->getQuit())
+    }
+}
+
+Clock::duration Player::period() const {
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / (rate * pace)));
+}
+
+void Player::openWindow(unsigned int width, unsigned int height) {
+    constexpr unsigned int least = 320; // that the next frame, whose size may be another, can be seen as well
+    if (options.width == 0 && width >= least) {
+        display.emplace(width, height, options.fullscreen); // no larger than the screen
+    } else {
+        display.emplace(options.width == 0 ? least : options.width, 0, width, height, options.fullscreen);
+        display->setFitScreen(options.width == 0);
+    }
+    display->setKeepAspect(true);
+}
+
+void Player::show() {
+    const Ko::ConstImage even = example::evenFrame(frame, room);
+    if (display)
+        display->setFrameSize(even->width, even->height);
+    else
+        openWindow(even->width, even->height);
+    display->write(even);
+    const Clock::time_point now = Clock::now();
+    const Clock::time_point due = shown + period();
+    shown = now >= due && now - due < period() ? due : now; // what is later than that is not caught up with
+    tell();
+}
+
+/// The caption says where the show is.
+void Player::tell() {
+    char speed[40];
+    std::snprintf(speed, sizeof speed, "%.4g frames/s", rate * pace);
+    display->setCaption(title + " - " + position + ", " + (display->getPaused() ? "paused" : speed));
+}
+
+void Player::poll() {
+    const bool paused = display->getPaused();
+    const double before = pace;
+    display->videoPollEvents();
+    for (std::string key = display->takeKey(); !key.empty(); key = display->takeKey()) {
+        if (key == "left" || key == "right")
+            jump += key == "right" ? 5 : -5;
+        else if (key == "down" || key == "up")
+            jump += key == "up" ? 60 : -60;
+        else if (key == "+" || key == "=" || key == "[+]") // = is + without shift
+            pace = std::min(pace * 1.25, 32.0);
+        else if (key == "-" || key == "[-]")
+            pace = std::max(pace / 1.25, 1.0 / 32);
+    }
+    if (display->getPaused() != paused || pace != before)
+        tell();
+}
+
+/// In slices, in which the user is heard.
+void Player::wait() {
+    while (display && !ended() && jump == 0) {
+        const Clock::time_point now = Clock::now();
+        const bool held = display->getPaused();
+        if (!held && (display->getStepMode() || now >= shown + period()))
             return;
-        due = std::max(due + period, Clock::now()); // what is late is not caught up with
+        const Clock::time_point slice = now + std::chrono::milliseconds(10);
+        std::this_thread::sleep_until(held ? slice : std::min(slice, shown + period()));
+        poll();
     }
-    while (options.hold && display && !display->getQuit()) {
-        std::this_thread::sleep_for(blink);
-        display->videoPollEvents();
+}
+
+void Player::hold() {
+    while (!ended()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        poll();
     }
-    std::this_thread::sleep_until(due);
+}
+
+void playAll(const Options& options) {
+    example::catchStops();
+    Player player(options);
+    bool single = options.inputs.size() == 1;
+    do {
+        for (const std::string& input : options.inputs) {
+            Source source(input);
+            single = single && source.isSingle();
+            if (!player.play(source))
+                return;
+        }
+    } while (options.loop);
+    if (options.hold || single) // there would be nothing to see
+        player.hold();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     Options options;
-    CLI::App app{"Shows a video file, or the stills of a directory, in a window. Keys: q quits, f is full screen, p or "
-                 "Pause holds, space steps while holding."};
-    app.add_option("INPUT", options.input, "Video file, or directory of stills")->required();
-    app.add_flag("--loop", options.loop, "Start again at the end");
-    app.add_flag("--overlay", options.overlay, "Draw the position into the picture");
-    app.add_flag("--hold", options.hold, "Keep the last frame until q is pressed");
-    app.add_flag("--fullscreen", options.fullscreen, "Start in full screen");
-    app.add_option("--width", options.width, "Width of the window in pixels; the frames' own when left out")
-        ->check(CLI::PositiveNumber);
-    app.add_option("--rate", options.rate, "Frames per second; the file's own, or 25, when left out")
-        ->check(CLI::Range(0.01, 1000.0));
-    CLI11_PARSE(app, argc, argv);
-    try {
-        play(options);
-    } catch (const std::exception& e) {
-        std::cerr << "play: " << e.what() << "\n";
-        return 1;
-    }
-    return 0;
+    example::Program program(
+        argc, argv, "Shows video files, stills and directories of stills in a window, one after the other.", keys);
+    program.add_option("INPUT", options.inputs, "Video file, still or directory of stills")->required();
+    program.add_flag("--loop", options.loop, "Start again at the end");
+    program.add_flag("--overlay", options.overlay, "Draw the position into the picture");
+    program.add_flag("--hold", options.hold, "Keep the last frame until q is pressed, as for a single still");
+    program.add_flag("--fullscreen", options.fullscreen, "Start in full screen");
+    program
+        .add_option("--width", options.width,
+                    "Width of the window in pixels; the frames' own when left out, as far as the screen has it")
+        ->type_name("N")
+        ->check(example::wholeNumber(1, 16384));
+    example::addRate(program, options.rate,
+                     "Frames per second; when left out the file's own, 25 for a directory, one in three seconds for a "
+                     "still");
+    return program.run([&] { playAll(options); });
 }

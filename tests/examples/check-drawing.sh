@@ -104,7 +104,7 @@ xdotool key q
 ends 0
 convert -size 3000x1500 gradient: -depth 8 "$work/large.png"
 start large.png "$work/large.png"
-[ "$(geometry)" = 1024x512 ] || fail "play: $(geometry) for 3000x1500"
+[ "$(geometry)" = 960x480 ] || fail "play: $(geometry) for 3000x1500"
 xdotool key q
 ends 0
 
