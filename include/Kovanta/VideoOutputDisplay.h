@@ -118,8 +118,7 @@ public:
     /// Takes the oldest key press that the display has no use for, for keys of the application's own. Up to 32 wait;
     /// what comes then is lost.
     /// @return SDL's name of the key, as it is without shift: "left", "a", "=", "[+]" for that of the keypad; empty
-    /// when
-    ///         none waits
+    ///         when none waits
     std::string takeKey();
     /// Sets or clears getPaused(); whether frames pass one at a time is not changed.
     void setPaused(bool on);
