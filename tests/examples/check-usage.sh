@@ -46,6 +46,11 @@ refused "unlike '25/0'" sequence stills out.avi --rate 25/0
 refused "unlike '-5'" sequence stills out.avi --rate -5
 refused "from 1 to 50, unlike '51'" contact in.mp4 out.png --rows 51
 refused "not expected: more" gallery out more
+refused "unlike '0'" play in.mp4 --rate 0
+refused "'out' has no extension" capture 0 out
+refused "two outputs" capture 0 out.avi out.mp4
+refused "unlike '-1'" capture -n -1 --show
+refused "Give a file to write, or --show." capture 0 320x240
 
 # Writers of stills, like those of videos, keep what exists unless told otherwise.
 question="out.png exists. Replace it? [y/N] "
