@@ -134,7 +134,7 @@ void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src, const RowKernels& kernel
 
 /// What is written into the tiles is read again, so it has to go through the cache.
 void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& cachedKernels) {
-    constexpr std::size_t tile = 512; // even, so that no block of four is split between tiles
+    constexpr std::size_t tile = 4096; // even, so that no block of four is split; rows of most pictures as a whole
     Byte cb[2][tile];
     Byte cr[2][tile];
     const auto from = sourceRows(src, 0);
