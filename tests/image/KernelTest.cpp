@@ -205,6 +205,23 @@ TEST_P(KernelLevels, CanBeForced) {
     EXPECT_EQ(&Ko::rowKernels(), best) << "the best level was not chosen";
 }
 
+/// Rows that follow one another are converted and copied as one; others are looked for where the table has them.
+TEST(RowTables, AreObeyedRowByRow) {
+    Ko::Image src(Ko::PF_RGB), before(Ko::PF_YCC444P), after(Ko::PF_YCC444P);
+    src.size(8, 6);
+    for (unsigned i = 0; i < 8 * 6 * 3; ++i)
+        src.plane[0].data[i] = static_cast<Byte>(i * i);
+    Ko::convertIm(before, src);
+    std::swap(src.plane[0].rows[2], src.plane[0].rows[3]);
+    Ko::convertIm(after, src);
+    const Ko::Image copy = src;
+    for (unsigned y = 0; y < 6; ++y) {
+        EXPECT_TRUE(std::equal(after.plane[2].row(y), after.plane[2].row(y) + 8, before.plane[2].row(y ^ (y / 2 == 1))))
+            << y;
+        EXPECT_TRUE(std::equal(copy.plane[0].row(y), copy.plane[0].row(y) + 8 * 3, src.plane[0].row(y))) << y;
+    }
+}
+
 constexpr const char* names[] = {"portable", "sse4", "avx2", "avxVnni", "avx512"};
 INSTANTIATE_TEST_SUITE_P(All, KernelLevels,
                          testing::Combine(testing::ValuesIn(fromTheSlowest), testing::Values(false, true)),
