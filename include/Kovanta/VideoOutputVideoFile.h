@@ -86,6 +86,18 @@ public:
     /// Sets how many frames the queue holds from the next open() on. With 0 every write() would wait for ever.
     VideoOutputVideoFile& setQueueSize(unsigned int n);
 
+    /// Hands an option to the encoder at each open() from now on, under libavcodec's names: "preset" and "crf" for
+    /// libx264, "g" for the distance of key frames, "threads". The last value of a name counts; an empty one takes the
+    /// option back. open() throws std::logic_error "[VideoOutputVideoFile::openVideo]: The encoder has no option
+    /// NAME.",
+    /// "...: The option NAME does not take VALUE." and, for what open() says itself,
+    /// "...: The option NAME would change what is written."; a value that only the encoder can judge ends in
+    /// "...: avcodec_open failed."
+    VideoOutputVideoFile& setOption(const std::string& name, const std::string& value);
+    /// Sets the shape of a pixel, width to height, from the next open() on: {16, 15} for a DV picture of 4:3 say.
+    /// Containers that cannot hold it leave it out. {0, 1}, as at the start, is unknown: players take it for square.
+    VideoOutputVideoFile& setPixelAspect(Frac<unsigned int> aspect);
+
     /// Writes mp4, mov and their like in fragments from the next open() on, one at each key frame and at least one a
     /// second: what was written before the disk was full or the program ended can be read. Without it such a file is
     /// of no use before close() has written its index. Other containers are not concerned. Off until set.

@@ -11,10 +11,12 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <new>
 #include <numeric>
+#include <tuple>
 
 namespace Ko {
 
@@ -125,6 +127,10 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     codecContext->pix_fmt = firstFormat(codec);
     stream->time_base = codecContext->time_base;
     stream->avg_frame_rate = codecContext->framerate;
+    const Frac<unsigned int> aspect = settings.pixelAspect;
+    av_reduce(&codecContext->sample_aspect_ratio.num, &codecContext->sample_aspect_ratio.den, aspect.num, aspect.den,
+              INT_MAX);
+    stream->sample_aspect_ratio = codecContext->sample_aspect_ratio;
 }
 
 void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec) {
@@ -133,6 +139,7 @@ void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec)
     // libx265 prints past libav's log. The other encoders do not know the option.
     if (codec.priv_class && av_log_get_level() == AV_LOG_QUIET)
         av_opt_set(codecContext->priv_data, "x265-params", "log-level=none", 0);
+    setEncoderOptions(settings);
     const auto makePictures = [this] {
         pictures.emplace(static_cast<unsigned int>(codecContext->width),
                          static_cast<unsigned int>(codecContext->height));
@@ -144,6 +151,27 @@ void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec)
         throwRuntimeError("VideoOutputVideoFile::openVideo", "avcodec_open failed.");
     if (!pictures)
         makePictures();
+}
+
+/// The pictures that the encoder is given are made for what open() was asked for.
+void VideoFileEncoder::setEncoderOptions(const Settings& settings) {
+    constexpr const char* function = "VideoOutputVideoFile::openVideo";
+    const auto described = [this] {
+        const AVCodecContext& codec = *codecContext;
+        return std::tuple(codec.pix_fmt, codec.width, codec.height, codec.time_base.num, codec.time_base.den);
+    };
+    const auto before = described();
+    for (const auto& [name, value] : settings.options) {
+        const int result = av_opt_set(codecContext.get(), name.c_str(), value.c_str(), AV_OPT_SEARCH_CHILDREN);
+        if (result == AVERROR_OPTION_NOT_FOUND)
+            throwLogicError(function, "The encoder has no option " + name + ".");
+        if (result == AVERROR(ENOMEM))
+            throw std::bad_alloc();
+        if (result < 0)
+            throwLogicError(function, "The option " + name + " does not take " + value + ".");
+        if (described() != before)
+            throwLogicError(function, "The option " + name + " would change what is written.");
+    }
 }
 
 void VideoFileEncoder::frameWrite(const Image<>& image) {

@@ -8,6 +8,7 @@
 #include "videoout/EncoderPictures.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -23,9 +24,11 @@ public:
         unsigned int width;
         unsigned int height;
         Frac<unsigned int> frameRate;
-        unsigned int bitRate; ///< In bits per second.
-        int codecFlags;       ///< Added to the encoder's own.
-        bool fragments;       ///< Where the container can be written so.
+        unsigned int bitRate;                              ///< In bits per second.
+        int codecFlags;                                    ///< Added to the encoder's own.
+        bool fragments;                                    ///< Where the container can be written so.
+        Frac<unsigned int> pixelAspect;                    ///< {0, 1} for unknown.
+        const std::map<std::string, std::string>& options; ///< Of the encoder, by name.
     };
 
     VideoFileEncoder() = default;
@@ -48,6 +51,7 @@ public:
 private:
     void addVideoStream(const Settings& settings, const AVCodec& codec);
     void openVideo(const Settings& settings, const AVCodec& codec);
+    void setEncoderOptions(const Settings& settings);
     void setMuxerOptions(const Settings& settings);
     void writePackets();
     bool feedUnfed() noexcept;

@@ -18,6 +18,7 @@
 #include <exception>
 #include <iostream>
 #include <locale>
+#include <map>
 #include <mutex>
 #include <sstream>
 #include <stdexcept>
@@ -67,6 +68,8 @@ struct KOVANTA_LOCAL VideoOutputVideoFile::Impl {
     unsigned int queueSize = 5;
     std::unique_ptr<Output> output;
     bool fragments = false;
+    Frac<unsigned int> pixelAspect{0, 1};
+    std::map<std::string, std::string> options;
     std::atomic<bool> throwOnFailure{false};
     std::atomic<bool> failed{false}; ///< Spares each write() the lock.
     mutable std::mutex errorMutex;
@@ -171,7 +174,10 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
     }
     impl->output = std::make_unique<Impl::Output>();
     Impl::Output& output = *impl->output;
-    output.encoder.open(filename, {width, height, frameRate, bitRate, impl->codecFlags, impl->fragments}, impl->codec);
+    output.encoder.open(
+        filename,
+        {width, height, frameRate, bitRate, impl->codecFlags, impl->fragments, impl->pixelAspect, impl->options},
+        impl->codec);
     output.buffer.setCapacity(impl->queueSize);
     output.buffer.setDropOldest(false);
     output.writer = boost::thread([&self = *impl, &output] { self.writerThread(output); });
@@ -220,6 +226,19 @@ VideoOutputVideoFile& VideoOutputVideoFile::setInterlace(bool on) {
 
 VideoOutputVideoFile& VideoOutputVideoFile::setQueueSize(unsigned int n) {
     impl->queueSize = n;
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setOption(const std::string& name, const std::string& value) {
+    if (value.empty())
+        impl->options.erase(name);
+    else
+        impl->options[name] = value;
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setPixelAspect(Frac<unsigned int> aspect) {
+    impl->pixelAspect = aspect.den == 0 ? Frac<unsigned int>{0, 1} : aspect;
     return *this;
 }
 

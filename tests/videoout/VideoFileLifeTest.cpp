@@ -8,8 +8,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -63,6 +65,35 @@ TEST_F(VideoFileLife, CloseWritesWhatIsQueuedAndLeavesOneLineAlsoInAnInterrupted
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::MatchesRegex("Thread [0-9a-f]+: Interrupted\\.\n"));
     EXPECT_FALSE(out.isOpened());
     EXPECT_EQ(numbersIn(path("a.mp4")), test::indices(5));
+}
+
+TEST_F(VideoFileLife, OptionsReachTheEncoderAndWhatIsNoneIsNamed) {
+    const auto keyFrames = [&](const std::string& name) {
+        const std::string keys = test::probe(path(name), "frame=key_frame");
+        return std::count(keys.begin(), keys.end(), '1');
+    };
+    out.setOption("g", "4").setOption("threads", "1").setPixelAspect({32, 30});
+    open("a.avi");
+    writeFrames(out, 0, 12);
+    out.close();
+    EXPECT_EQ(keyFrames("a.avi"), 3);
+    out.setOption("g", "");
+    open("b.mkv");
+    writeFrames(out, 0, 12);
+    out.close();
+    EXPECT_EQ(keyFrames("b.mkv"), 1);
+    EXPECT_EQ(test::probe(path("b.mkv"), "stream=sample_aspect_ratio"), "16:15");
+    const std::string function = "[VideoOutputVideoFile::openVideo]: The ";
+    for (const auto& [name, value, text] :
+         {std::tuple{"presett", "fast", "encoder has no option presett."},
+          {"threads", "many", "option threads does not take many."},
+          {"pixel_format", "gray", "option pixel_format would change what is written."},
+          {"video_size", "2x2", "option video_size would change what is written."}}) {
+        VideoOutputVideoFile refused;
+        refused.setOption(name, value);
+        EXPECT_THAT([&] { refused.open(64, 48, path("c.mp4"), rate, 500000); },
+                    testing::ThrowsMessage<std::logic_error>(function + text));
+    }
 }
 
 TEST_F(VideoFileLife, AWriterThatDiedTellsWhyAndTheNextFullQueueBlocks) {
