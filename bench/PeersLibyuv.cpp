@@ -117,6 +117,10 @@ void turnPlane(Frames& f) {
     libyuv::CopyPlane(&f.plane[0][0], width(f), &f.planeOut[0][0], width(f), width(f), -height(f));
 }
 
+void rotatePlane(Frames& f) {
+    libyuv::RotatePlane90(&f.plane[0][0], width(f), &f.planeOut[0][0], height(f), width(f), height(f));
+}
+
 } // namespace
 
 void limitLibyuv(Ko::KernelLevel level) {
@@ -146,6 +150,7 @@ std::vector<Peer> libyuvPeers() {
         {"flip RGB left-right", "libyuv", mirrorRgb},
         {"flip plane left-right", "libyuv", mirrorPlane},
         {"flip plane top-bottom", "libyuv", turnPlane},
+        {"rotate plane", "libyuv", rotatePlane},
     };
 }
 

@@ -7,6 +7,7 @@
 
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Flip.h"
+#include "Kovanta/Rotate.h"
 #include "image/kernels/KernelLevels.h"
 
 #include <unistd.h>
@@ -39,6 +40,10 @@ void flipTopBottom(Ko::Image<>& dst, const Ko::Image<>& src) {
     Ko::flipVer(dst, src);
 }
 
+void rotateQuarter(Ko::Image<>& dst, const Ko::Image<>& src) {
+    Ko::rotate(dst, src, Ko::OR_ROTATED_90);
+}
+
 const Job jobs[] = {
     {"RGB to 4:4:4", Ko::PF_RGB, Ko::PF_YCC444P, RGB_2_YCC444P, true},
     {"RGBA to 4:4:4", Ko::PF_RGBA, Ko::PF_YCC444P, RGB_2_YCC444P, true},
@@ -56,6 +61,7 @@ const Job jobs[] = {
     {"flip RGB left-right", Ko::PF_RGB, Ko::PF_RGB, flipLeftRight, false},
     {"flip plane left-right", Ko::PF_Y, Ko::PF_Y, flipLeftRight, false},
     {"flip plane top-bottom", Ko::PF_Y, Ko::PF_Y, flipTopBottom, false},
+    {"rotate plane", Ko::PF_Y, Ko::PF_Y, rotateQuarter, false},
 };
 
 /// Bytes that a conversion has to read or write.

@@ -54,7 +54,8 @@ bool Announced::tooLarge() const {
 }
 
 bool Announced::holdable() const {
-    return !tooLarge() && width * height <= std::uint64_t{1} << 24;
+    constexpr std::uint64_t most = std::uint64_t{1} << 24;
+    return width <= most && height <= most && width * height <= most;
 }
 
 void readStill(const StillReader& reader, const std::string& bytes, Choices choices) {

@@ -17,7 +17,7 @@ namespace Ko {
 /// @{
 
 /// How many pixels of a JPEG file share a chroma sample.
-enum ChromaSampling {
+enum ChromaSampling : unsigned int {
     CS_420, ///< Two by two.
     CS_422, ///< Two across.
     CS_444  ///< None: each has its own.

@@ -12,6 +12,7 @@
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
 #include "Kovanta/ImageFile.h"
+#include "Kovanta/Rotate.h"
 #include "Kovanta/Timer.h"
 #include "Kovanta/Version.h"
 #include "Kovanta/VideoInput.h"

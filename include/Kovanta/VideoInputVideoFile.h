@@ -5,6 +5,7 @@
 #include "Kovanta/Export.h"
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
+#include "Kovanta/Rotate.h"
 #include "Kovanta/VideoInputBase.h"
 
 #include <memory>
@@ -67,11 +68,16 @@ public:
     /// The frame rate in frames per second, reduced; {1, 0} when the file does not tell.
     Frac<unsigned int> getFrameRate() const;
 
+    /// How pictures are to be turned for the eye, as the container tells (phones hold their camera in any way): what
+    /// rotate() takes. Turns that are no quarters are taken for the nearest one. read() delivers pictures as stored.
+    Orientation getOrientation() const;
+
     /// One tick of positions and lengths, in seconds, reduced; {1, 0} for a file that has none.
     Frac<unsigned int> getTimeBase() const;
 
     /// The time of a position in seconds since the first picture, which is at 0; what lies before it is 0 as well. The
-    /// picture that was delivered last is shown at `seconds(tell() - 1)`.
+    /// picture that was delivered last is shown at `seconds(tell() - 1)`; with looping on the last one of a round has
+    /// brought the position to 0 by then.
     double seconds(long position) const;
 
     /// The position of a time, counted as by seconds(): what seek() takes by VP_BEGIN to go there. Times before the
@@ -80,7 +86,8 @@ public:
 
     /// How many pictures lead from the beginning to the one that was delivered last, which counts as well; 0 at the
     /// beginning. After a seek the container's count is taken where the rate is constant and it tells so (AVI, Ogg, mp4
-    /// and mov); otherwise it is -1 until the next rewind. Seeking that begins at the first picture counts on.
+    /// and mov); otherwise it is -1 until the next rewind. Seeking that begins at the first picture counts on. With
+    /// looping on it is 0 after the last picture of a round, when the source stands at the beginning again.
     long getFrameNumber() const;
 
     /// Delivers the next picture in display order, converted by convertIm() into the format that @p frame has: the one

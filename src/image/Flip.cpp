@@ -49,31 +49,15 @@ Units unitsInPlace(const Image<>& im, const char* function) {
     return units;
 }
 
-/// Gives @p dst the source's format and size, the format also where wrapped planes refuse the size. Where a size does
-/// not fit or memory is short, nothing has changed.
-void takeShape(Image<>& dst, const Image<>& src, const char* function) {
-    Image<> before(PF_Y);
-    ImageLayout::copyDescription(before, dst);
-    dst.fmt(src.format);
-    try {
-        ImageLayout::resizeTarget(dst, src.width, src.height, function);
-    } catch (const std::logic_error&) {
-        throw;
-    } catch (...) {
-        ImageLayout::copyDescription(dst, before);
-        throw;
-    }
-}
-
-/// takeShape(), and the refusal of a format, which comes after it.
+/// ImageLayout::takeShape(), and the refusal of a format, which comes after it.
 Units prepareTarget(Image<>& dst, const Image<>& src, const char* function) {
     const Units units = unitsOf(src);
     if (units.planes == 0) {
         const std::logic_error composed = refusal(function); // while the target is as it was
-        takeShape(dst, src, function);
+        ImageLayout::takeShape(dst, src.format, src.width, src.height, function);
         throw composed;
     }
-    takeShape(dst, src, function);
+    ImageLayout::takeShape(dst, src.format, src.width, src.height, function);
     if (!isWhole(src))
         blacken(dst);
     return units;

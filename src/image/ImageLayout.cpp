@@ -92,4 +92,18 @@ void resizeTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* fun
     sizePlanes(im, w, h, true, [&](int p) { return im.horDiv[p] != 0 && im.plane[p].alloc; });
 }
 
+void takeShape(Image<>& dst, PIXEL_FORMAT format, std::uint32_t w, std::uint32_t h, const char* function) {
+    Image<> before(PF_Y);
+    copyDescription(before, dst);
+    dst.fmt(format);
+    try {
+        resizeTarget(dst, w, h, function);
+    } catch (const std::logic_error&) {
+        throw;
+    } catch (...) {
+        copyDescription(dst, before);
+        throw;
+    }
+}
+
 } // namespace Ko::ImageLayout

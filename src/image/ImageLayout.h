@@ -44,6 +44,10 @@ void checkTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* func
 /// @throws std::runtime_error "[function]: Image too large.", std::bad_alloc; nothing has changed then
 void resizeTarget(Image<>& im, std::uint32_t w, std::uint32_t h, const char* function);
 
+/// Gives the target of a copy a format and a size, the format also where wrapped planes refuse the size.
+/// @throws as resizeTarget(); where a size does not fit or memory is short, nothing has changed
+void takeShape(Image<>& dst, PIXEL_FORMAT format, std::uint32_t w, std::uint32_t h, const char* function);
+
 } // namespace Ko::ImageLayout
 
 #endif

@@ -4,6 +4,7 @@
 
 #include "Kovanta/Frac.h"
 #include "libav/Handles.h"
+#include "videoin/DisplayMatrix.h"
 #include "videoin/PictureClock.h"
 
 #include <atomic>
@@ -41,6 +42,7 @@ public:
 
     /// As the file tells, before anything is decoded.
     const AVCodecContext& description() const { return *codec; }
+    Orientation orientation() const { return orientationOf(*stream); }
     const std::string& filename() const { return name; }
     Frac<unsigned int> frameRate() const;
     /// One tick in seconds.

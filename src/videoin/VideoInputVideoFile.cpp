@@ -246,6 +246,10 @@ Frac<unsigned int> VideoInputVideoFile::getFrameRate() const {
     return impl->opened("getFrameRate").frameRate();
 }
 
+Orientation VideoInputVideoFile::getOrientation() const {
+    return impl->opened("getOrientation").orientation();
+}
+
 Frac<unsigned int> VideoInputVideoFile::getTimeBase() const {
     const AVRational base = impl->opened("getTimeBase").timeBase();
     if (base.num <= 0 || base.den <= 0)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInput.h"
 #include "Kovanta/Wrap.h"
+#include "support/Commands.h"
 #include "support/Rows.h"
 #include "support/TestImages.h"
 #include "support/VideoMedia.h"
@@ -192,6 +193,39 @@ TEST_F(VideoFile, AnEditListIsObeyed) {
     mp4.replace(mp4.find("elst") + 12, 8, std::string("\0\0\x03\x20\0\0\x0E\0", 8));
     VideoInputVideoFile in(directory.write("cut.mp4", mp4));
     checkSeeking(in, test::indices(20, 5), checkReading(in, test::indices(20, 5)));
+}
+
+/// As the ffmpeg program turns pictures, which obeys the matrix as well.
+TEST_F(VideoFile, IsTurnedAsTheDisplayMatrixSays) {
+    const std::string upright = test::fileBytes(media("upright.mp4", "-c:v libx264 -qp 0"));
+    const std::size_t matrix = upright.find("tkhd") + 44;
+    const struct {
+        Ko::Orientation orientation;
+        int xx, yx, xy, yy;
+    } turns[] = {{Ko::OR_UPRIGHT, 1, 0, 0, 1},           {Ko::OR_MIRRORED, -1, 0, 0, 1},
+                 {Ko::OR_ROTATED_180, -1, 0, 0, -1},     {Ko::OR_FLIPPED, 1, 0, 0, -1},
+                 {Ko::OR_TRANSPOSED, 0, 1, 1, 0},        {Ko::OR_ROTATED_90, 0, 1, -1, 0},
+                 {Ko::OR_ANTI_TRANSPOSED, 0, -1, -1, 0}, {Ko::OR_ROTATED_270, 0, -1, 1, 0}};
+    for (const auto& turn : turns) {
+        std::string bytes = upright;
+        const int values[] = {turn.xx, turn.yx, 0, turn.xy, turn.yy};
+        for (std::size_t i = 0; i < 5; ++i) // 16.16, big end first
+            bytes.replace(matrix + 4 * i, 4,
+                          values[i] < 0 ? std::string("\xff\xff\0\0", 4)
+                                        : std::string{'\0', char(values[i]), '\0', '\0'});
+        const std::string file = directory.write("turned.mp4", bytes);
+        VideoInputVideoFile in(file);
+        EXPECT_EQ(in.getOrientation(), turn.orientation);
+        Image stored(Ko::PF_YCC420P), shown(Ko::PF_YCC420P);
+        in.read(stored);
+        Ko::rotate(shown, stored, in.getOrientation());
+        std::string planes;
+        for (const auto& plane : shown.plane)
+            for (unsigned y = 0; plane.rows && y < plane.height; ++y)
+                planes.append(plane.row(y), plane.row(y) + plane.width);
+        EXPECT_TRUE(planes == test::outputOf("ffmpeg -nostdin -v error -i '" + file + "' -frames:v 1 -f rawvideo -"))
+            << turn.orientation;
+    }
 }
 
 TEST_F(VideoFile, ACoverPictureIsNotTheVideo) {
