@@ -42,8 +42,9 @@ protected:
 TEST_F(CameraDriver, StreamsAgainInAnotherSizeButNotBesideItself) {
     const Driver vivid("vivid", webcam);
     Camera source, second;
+    source.setFrameRate({60, 1});
     source.init(0, 1, 1, 0); // the driver's smallest
-    Node(0).setRate(60);
+    EXPECT_EQ(source.getFrameRate(), (Ko::Frac<unsigned int>{60, 1}));
     expectFrames(source, 300);
     Node(0).set(camera::errorInBuffer, 1); // a damaged frame is a frame all the same
     expectFrames(source, 4);
@@ -55,6 +56,34 @@ TEST_F(CameraDriver, StreamsAgainInAnotherSizeButNotBesideItself) {
                 ThrowsMessage<std::runtime_error>(
                     "[VideoInputCaptureV4L::setFormat]: Ioctl VIDIOC_S_FMT failed: Device or resource busy."));
     expectFrames(source, 2, 640, 360);
+}
+
+TEST_F(CameraDriver, TellsOfLostFramesAndWakesWhenItGoesAway) {
+    const Driver vivid("vivid", "n_devs=1 node_types=0x1 num_inputs=2 input_types=0x1"); // television, then a webcam
+    Node(0).selectInput(1);
+    Camera source;
+    source.init(0, 640, 480, 0);
+    Node(0).set(camera::testPattern, 7); // red
+    Node(0).set(camera::textMode, 2);    // none
+    Ko::Image image(Ko::PF_YCC444P);
+    for (int i = 0; i < 4; ++i) // the first ones are from before
+        source.read(image);
+    EXPECT_NEAR(image.plane[0].view[300][300], 81, 2) << "the other input's layout";
+    EXPECT_NEAR(image.plane[1].view[300][300], 90, 2) << "the other input's layout";
+    const std::uint32_t first = source.getDriverSequence();
+    const std::int64_t start = source.getTimeStamp();
+    const std::uint64_t lostBefore = source.getLostFrames(); // this machine may be slow
+    Node(0).set(camera::dropped, 50);                        // of a hundred
+    expectFrames(source, 20, 640, 480);
+    EXPECT_GT(source.getLostFrames(), lostBefore);
+    EXPECT_EQ(source.getDriverSequence() - first, 20 + source.getLostFrames() - lostBefore);
+    // 25 frames a second
+    EXPECT_NEAR(static_cast<double>(source.getTimeStamp() - start) / (source.getDriverSequence() - first), 4e4, 1e4);
+    Node(0).set(camera::dropped, 100);
+    source.waitForFrame(1000);
+    Node(0).set(camera::disconnect, 1);
+    EXPECT_TRUE(source.waitForFrame(60000));
+    EXPECT_THAT([&] { source.read(image); }, ThrowsMessage<std::runtime_error>(testing::HasSubstr("No such device")));
 }
 
 TEST_F(CameraDriver, TakesWhatALoopbackIsFedWith) {

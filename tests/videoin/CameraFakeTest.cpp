@@ -217,17 +217,12 @@ TEST_F(CameraFake, NothingStaleReachesTheDriver) {
 TEST_F(CameraFake, AWishedFrameRateIsAskedForAndAnswered) {
     using Rate = Ko::Frac<unsigned int>;
     Camera camera;
-    for (const Rate none : {Rate{0, 1}, Rate{1, 0}}) {
-        camera.setFrameRate(none);
-        init(camera);
-        EXPECT_THAT(fake::calls, testing::Not(Contains("S_PARM")));
-    }
+    EXPECT_EQ(camera.getFrameRate(), (Rate{0, 1}));
     camera.setFrameRate({30000, 1001});
-    EXPECT_EQ(camera.getFrameRate(), (Rate{0, 1})) << "does not say";
     device.rate.capability = V4L2_CAP_TIMEPERFRAME;
     init(camera);
     EXPECT_EQ(camera.getFrameRate(), (Rate{30000, 1001}));
-    fake::faults = {{"S_PARM", 2, EINVAL}, {"G_PARM", 3, ENOTTY}};
+    fake::faults = {{"S_PARM", 2, EINVAL}, {"G_PARM", 2, ENOTTY}};
     init(camera); // a wish is no condition
     EXPECT_EQ(camera.getFrameRate(), (Rate{0, 1}));
 }
@@ -240,19 +235,17 @@ TEST_F(CameraFake, TellsWhatTheDriverSaysOfItsFrames) {
     } rows[] = {
         {{0, 1, 2, 3}, 0}, {{7, 8, 10, 14}, 4}, {{most - 1, most, 1, 2}, 1}, {{0, 0, 0, 0}, 0}, {{9, 3, 4, 6}, 1}};
     device.seconds = {5, 6, 7, std::numeric_limits<long>::max()};
+    Camera camera;
     for (const auto& row : rows) {
         device.sequences = row.numbers;
-        Camera camera;
-        for (int twice = 0; twice < 2; ++twice) {
-            init(camera);
-            EXPECT_EQ(camera.getDriverSequence() + camera.getTimeStamp() + camera.getLostFrames(), 0u);
-            for (unsigned int i = 0; i < 4; ++i) {
-                expectFrame(camera, i);
-                EXPECT_EQ(camera.getDriverSequence(), row.numbers[i]);
-                EXPECT_TRUE(i == 3 || camera.getTimeStamp() == 5250000 + 1000000 * i);
-            }
-            EXPECT_EQ(camera.getLostFrames(), row.lost) << row.numbers[3];
+        init(camera);
+        EXPECT_EQ(camera.getDriverSequence() + camera.getTimeStamp() + camera.getLostFrames(), 0u);
+        for (unsigned int i = 0; i < 4; ++i) {
+            expectFrame(camera, i);
+            EXPECT_EQ(camera.getDriverSequence(), row.numbers[i]);
+            EXPECT_TRUE(i == 3 || camera.getTimeStamp() == 5250000 + 1000000 * i);
         }
+        EXPECT_EQ(camera.getLostFrames(), row.lost) << row.numbers[3];
     }
 }
 

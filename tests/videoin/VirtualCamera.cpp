@@ -66,6 +66,10 @@ void Node::setRate(unsigned int framesPerSecond) {
     request(VIDIOC_S_PARM, &record, "S_PARM");
 }
 
+void Node::selectInput(int input) {
+    request(VIDIOC_S_INPUT, &input, "S_INPUT");
+}
+
 void Node::setFormat(unsigned int fourcc, unsigned int width, unsigned int height, v4l2_buf_type type) {
     v4l2_format record{};
     record.type = type;

@@ -27,6 +27,7 @@ private:
 enum Control : unsigned int {
     testPattern = 0x00f0f000,
     textMode = 0x00f0f001,
+    dropped = 0x00f0f040, ///< Percentage of the frames.
     disconnect = 0x00f0f041,
     errorInBuffer = 0x00f0f042
 };
@@ -41,6 +42,7 @@ public:
 
     void set(Control control, int value);
     void setRate(unsigned int framesPerSecond);
+    void selectInput(int input);
     void setFormat(unsigned int fourcc, unsigned int width, unsigned int height,
                    v4l2_buf_type type = V4L2_BUF_TYPE_VIDEO_CAPTURE);
     /// Feeds a frame to a loopback device.
