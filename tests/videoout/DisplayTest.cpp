@@ -383,13 +383,17 @@ TEST(DisplayTest, StartsInFullScreenWithBordersOnRequest) {
     for (const bool anew : {false, true}) {
         if (anew)
             display.setFrameSize(frameWidth, frameHeight), display.setFrameSize(64, 96), display.write(im);
-        display.videoPollEvents(); // SDL's layer over SDL 2 draws when it is asked for events
+        // SDL's layer over SDL 2 draws when it is asked for events.
+        EXPECT_TRUE(reaches(display, [] {
+            return user::screen({0, 0, 1, 1})[0] == user::Rgb{0, 0, 0} &&
+                   shows(user::screen({256, 0, 512, 768}).back(), colorAt(frameWidth - 1, frameHeight - 1));
+        }));
         expectOnScreen({256, 0, 512, 768});
         for (const int x : {0, 768})
             EXPECT_THAT(user::screen({x, 0, 256, 768}), testing::Each(user::Rgb{0, 0, 0}));
     }
     display.setKeepAspect(false);
-    display.videoPollEvents();
+    EXPECT_TRUE(reaches(display, [] { return user::screen({0, 0, 1, 1})[0] != user::Rgb{0, 0, 0}; }));
     expectOnScreen(wholeScreen);
     display.toggleFullscreen(false);
     user::takeWindow();
@@ -456,6 +460,8 @@ void expectLoss(void (*blow)(), const Step& step, const testing::Matcher<const s
 }
 
 TEST(DisplayTest, ALostWindowOrServerIsAnException) {
+    if (SDL_Linked_Version()->patch >= 50)
+        GTEST_SKIP() << "SDL's layer over SDL 2 may wait for ever for a server that it has lost";
     const auto write = [im = frame(PF_YCC444P)](Display& display) {
         display.write(im);
     };
