@@ -159,7 +159,7 @@ camera_inside() {
   say "capture" "$(code "$capture")"
   say "capture, without permission" "$(code setpriv --reuid 65534 --clear-groups "$capture")"
   say "capture 0 --formats" "$("$capture" 0 --formats 2>&1 | head -n 4 | paste -sd '|')"
-  say "capture 0 320x180 -n 60, rate 30" "$(code "$capture" 0 320x180 -n 60 "$video"), $(head -n 1 "$work/stdout")"
+  say "capture 0 320x180 -n 60" "$(code "$capture" 0 320x180 -n 60 "$video"), $(head -n 1 "$work/stdout")"
   say "" "$(ffprobe -v error -count_frames -show_entries stream=nb_read_frames,r_frame_rate -of csv=p=0 "$video" 2>&1)"
   say "capture /dev/video0 320x180 -n 5" "$(code "$capture" /dev/video0 320x180 -n 5 "$work/dev.avi")"
   say "capture 0 -n -1 --show" "$(code "$capture" 0 -n -1 --show)"
@@ -176,7 +176,7 @@ camera_inside() {
   done
   rm -f "$video"
   xvfb-run -a -s "-screen 0 640x480x24 -noreset" bash -c "
-    '$capture' 0 320x180 -n 100 --show '$video' >/dev/null 2>&1 & sleep 6; import -window root '$out/camera.png'; wait" || true
+    '$capture' 0 320x180 -n 30 --show '$video' >/dev/null 2>&1 & sleep 6; import -window root '$out/camera.png'; wait" || true
   say "capture 0 320x180 --show and a file at once" "file: $(ffprobe -v error -count_frames -show_entries stream=nb_read_frames -of csv=p=0 "$video" 2>&1 | tail -n 1)"
 }
 
@@ -191,6 +191,6 @@ for part in "$@"; do
   case $part in
     window) xvfb-run -a -s "-screen 0 1280x800x24 -noreset" "$self" --programs "$programs" --inside window ;;
     terminal) terminal ;;
-    camera) scripts/camera-vm.sh --writable "$out" "$self" --programs "$programs" --inside camera ;;
+    camera) scripts/camera-vm.sh --timeout 600 --writable "$out" "$self" --programs "$programs" --inside camera ;;
   esac
 done

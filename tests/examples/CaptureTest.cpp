@@ -24,11 +24,10 @@ std::string capture(const std::string& arguments, const std::string& launcher = 
 /// Runs it as at a terminal, with the command as soon as the pattern shows there. @return as capture()
 std::string captureUntil(const std::string& pattern, const std::string& then, const std::string& arguments) {
     const test::TempDirectory folder;
-    const std::string log = folder.file("log");
-    return test::outputOf("script -qfec '" CAPTURE_EXAMPLE " " + arguments + "' " + log +
-                          " >/dev/null & until grep -q '" + pattern + "' " + log +
-                          "; do kill -0 $! || break; sleep 0.05; done; " + then +
-                          "; wait $!; code=$?; tr '\\r' '\\n' <" + log + "; echo $code");
+    return test::outputOf("cd " + folder.file(".") + "; script -qfec 'echo $$ >pid; exec " CAPTURE_EXAMPLE " " +
+                          arguments + "' log >/dev/null & until grep -qs '" + pattern +
+                          "' log; do kill -0 $! || break; sleep 0.05; done; " + then +
+                          "; wait $!; code=$?; tr '\\r' '\\n' <log; echo $code");
 }
 
 /// @return the number of frames in the file, which the program said to have captured
@@ -42,7 +41,7 @@ int framesIn(const std::string& file, const std::string& said) {
     return frames;
 }
 
-const std::string interrupt = "kill -INT $(pgrep -x capture)";
+const std::string interrupt = "kill -INT $(cat pid)";
 
 TEST(CaptureExample, RecordsAndShowsACamera) {
     const test::TempDirectory folder;

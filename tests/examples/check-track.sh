@@ -78,7 +78,7 @@ stopped() { # SIGNAL NUMBER COMMAND...: what was written until the signal is a w
     kill -0 $pid || fail "ended by itself"
     sleep 0.05
   done
-  kill "-$signal" "$(pgrep -x track -P $pid || echo $pid)"
+  kill "-$signal" "$(cat pid 2>/dev/null || echo $pid)"
   wait $pid || code=$?
   [ $code -eq $((128 + number)) ] || fail "exit code $code after $signal"
   written=$(sed -n 's/^\([0-9]*\) frames in .*/\1/p' run.log)
@@ -88,6 +88,6 @@ stopped() { # SIGNAL NUMBER COMMAND...: what was written until the signal is a w
 stopped INT 2 "$track" long.avi cut.mp4
 stopped TERM 15 "$track" long.avi cut.mp4
 # On a terminal: what the writer's thread says stands on a line of its own.
-stopped HUP 1 script -qec "'$track' long.avi cut.mp4" terminal.log
+stopped HUP 1 script -qec "echo \$\$ >pid; exec '$track' long.avi cut.mp4" terminal.log
 grep -qP '\d+ frames, \d+ %\x1b\[K\r' terminal.log || fail "no progress line"
 tr '\r' '\n' <terminal.log | grep -qP '^(\x1b\[K)?Thread [0-9a-f]+: Interrupted\.' || fail "glued to the progress line"
