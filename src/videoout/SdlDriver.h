@@ -3,7 +3,7 @@
 #define KOVANTA_SRC_VIDEOOUT_SDLDRIVER_H
 
 #include <cstdlib>
-#include <cstring>
+#include <string_view>
 
 namespace Ko {
 
@@ -12,7 +12,7 @@ namespace Ko {
 class SdlDriver {
 public:
     SdlDriver()
-        : chosen(isUnset()) {
+        : chosen(setting().empty()) {
         if (chosen)
             setenv(variable, "x11", 1);
     }
@@ -24,14 +24,14 @@ public:
     }
 
     /// Whether it is the X11 driver that SDL will use.
-    static bool isX11() { return isUnset() || std::strcmp(std::getenv(variable), "x11") == 0; }
+    static bool isX11() { return setting().empty() || setting() == "x11"; }
 
 private:
     static constexpr char variable[] = "SDL_VIDEODRIVER";
 
-    static bool isUnset() {
-        const char* value = std::getenv(variable);
-        return value == nullptr || *value == '\0';
+    static std::string_view setting() {
+        const char* const value = std::getenv(variable);
+        return value ? value : "";
     }
 
     bool chosen;
