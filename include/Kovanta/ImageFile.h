@@ -72,7 +72,8 @@ KOVANTA_API void writeImage(const std::string& name, const Image<>& im);
 /// @param im takes the picture, in the format that it has
 /// @param data the first byte of a file; may be null when @p size is 0
 /// @param size in bytes
-/// @throws std::runtime_error "[readImage]: No known still."; otherwise as the reader of the format
+/// @throws std::runtime_error "[readImage]: No known still."; otherwise as the reader of the format, but that a comment
+///         without a line feed ends with the bytes
 KOVANTA_API void readImage(Image<>& im, const void* data, std::size_t size);
 /// Writes a still into memory: the bytes that the writer of the format would put into a file.
 /// @param bytes replaced when all went well, else left as they were

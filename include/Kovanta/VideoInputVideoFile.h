@@ -80,14 +80,16 @@ public:
     /// brought the position to 0 by then.
     double seconds(long position) const;
 
-    /// The position of a time, counted as by seconds(): what seek() takes by VP_BEGIN to go there. Times before the
-    /// first picture give its position, and ones that no position holds (NaN too) the nearest that there is.
+    /// What seek() takes by VP_BEGIN, for the next read() to deliver the picture that is shown at a time, counted as by
+    /// seconds(): 0, the beginning, for the first picture, for times before it and for NaN. Exact where the frame rate
+    /// is constant and known; elsewhere near it.
     long position(double seconds) const;
 
     /// How many pictures lead from the beginning to the one that was delivered last, which counts as well; 0 at the
     /// beginning. After a seek the container's count is taken where the rate is constant and it tells so (AVI, Ogg, mp4
-    /// and mov); otherwise it is -1 until the next rewind. Seeking that begins at the first picture counts on. With
-    /// looping on it is 0 after the last picture of a round, when the source stands at the beginning again.
+    /// and mov), in which pictures that the recorder has left out count as well; otherwise it is -1 until the next
+    /// rewind. Seeking that begins at the first picture counts on. With looping on it is 0 after the last picture of a
+    /// round, when the source stands at the beginning again.
     long getFrameNumber() const;
 
     /// Delivers the next picture in display order, converted by convertIm() into the format that @p frame has: the one

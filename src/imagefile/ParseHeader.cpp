@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "Kovanta/ImageFile.h"
+#include "imagefile/ParseHeader.h"
 
+#include "Kovanta/ImageFile.h"
 #include "util/Errors.h"
 
 #include <boost/lexical_cast.hpp>
@@ -34,18 +35,20 @@ bool endsToken(int character) {
            std::isspace(static_cast<char>(character), std::locale::classic());
 }
 
+enum class CommentEnd { lineFeed, lineFeedOrStream };
+
 /// Goes to the next token that is not a comment, if there is one.
-void skipComments(std::istream& stream) {
+void skipComments(std::istream& stream, CommentEnd end) {
     while (std::istream::sentry(stream) && stream.peek() == '#')
-        while (stream.get() != '\n') {
-            // a comment ends at a line feed and nowhere else
-        }
+        while (stream.get() != '\n')
+            if (end == CommentEnd::lineFeedOrStream && !stream)
+                return;
 }
 
 /// The next token as a number; none at the end of the stream is refused too. Only what matters of a token is kept, not
 /// its leading zeros, since a file can hold one of gigabytes.
-unsigned int nextNumber(std::istream& stream) {
-    skipComments(stream);
+unsigned int nextNumber(std::istream& stream, CommentEnd end) {
+    skipComments(stream, end);
     constexpr std::size_t longest = 11; // a sign and 4294967295
     std::string number;
     bool anyZero = false;
@@ -67,9 +70,7 @@ unsigned int nextNumber(std::istream& stream) {
     return boost::lexical_cast<unsigned int>(number);
 }
 
-} // namespace
-
-void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream, char type) {
+void parse(unsigned int& width, unsigned int& height, std::istream& stream, char type, CommentEnd end) {
     constexpr const char* function = "ConvertIm::parseHeader";
     const ClassicLocale classic(stream);
     const auto startsRight = [&] {
@@ -77,11 +78,21 @@ void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream
     };
     if (!startsRight())
         Ko::throwRuntimeError(function, "Incorrect PPM/PGM header.");
-    const unsigned int w = nextNumber(stream);
-    const unsigned int h = nextNumber(stream);
-    if (nextNumber(stream) != 255)
+    const unsigned int w = nextNumber(stream, end);
+    const unsigned int h = nextNumber(stream, end);
+    if (nextNumber(stream, end) != 255)
         Ko::throwRuntimeError(function, "Only a maximum color value of 255 is supported now.");
     stream.get();
     width = w;
     height = h;
+}
+
+} // namespace
+
+void parseHeader(unsigned int& width, unsigned int& height, std::istream& stream, char type) {
+    parse(width, height, stream, type, CommentEnd::lineFeed);
+}
+
+void Ko::parseWholeHeader(unsigned int& width, unsigned int& height, std::istream& stream, char type) {
+    parse(width, height, stream, type, CommentEnd::lineFeedOrStream);
 }

@@ -4,6 +4,7 @@
 #include "Kovanta/ConvertIm.h"
 #include "image/ImageLayout.h"
 #include "imagefile/File.h"
+#include "imagefile/ParseHeader.h"
 #include "imagefile/PictureLimit.h"
 #include "imagefile/StillFormats.h"
 #include "imagefile/StoredPicture.h"
@@ -88,14 +89,16 @@ void convertInto(Image<>& im, const Image<>& picture) {
     }
 }
 
-void decodePixmap(Image<>& im, std::FILE* file, const PixmapKind& kind) {
+using HeaderParser = void (*)(unsigned int& width, unsigned int& height, std::istream& stream, char type);
+
+void decodePixmap(Image<>& im, std::FILE* file, const PixmapKind& kind, HeaderParser parse) {
     __gnu_cxx::stdio_sync_filebuf<char> buffer(file);
     std::istream stream(&buffer);
     stream.imbue(std::locale::classic()); // for the pixels too: a locale may convert bytes
 
     unsigned int width = 0;
     unsigned int height = 0;
-    parseHeader(width, height, stream, kind.digit);
+    parse(width, height, stream, kind.digit);
     requireFits(kind.reader, width, height, kind.bytesPerPixel);
     const std::size_t rowBytes = std::size_t{width} * kind.bytesPerPixel;
     const Image<> described(kind.format);
@@ -128,11 +131,11 @@ void encodePixmap(OutputFile& file, const Image<>& im, const PixmapKind& kind) {
 } // namespace
 
 void decodePpm(Image<>& im, std::FILE* file) {
-    decodePixmap(im, file, ppm);
+    decodePixmap(im, file, ppm, parseWholeHeader);
 }
 
 void decodePgm(Image<>& im, std::FILE* file) {
-    decodePixmap(im, file, pgm);
+    decodePixmap(im, file, pgm, parseWholeHeader);
 }
 
 void encodePpm(OutputFile& file, const Image<>& im) {
@@ -144,11 +147,11 @@ void encodePgm(OutputFile& file, const Image<>& im) {
 }
 
 void readPpmImage(Image<>& im, const std::string& name) {
-    decodePpm(im, openFile(ppm.reader, name).get());
+    decodePixmap(im, openFile(ppm.reader, name).get(), ppm, parseHeader);
 }
 
 void readPgmImage(Image<>& im, const std::string& name) {
-    decodePgm(im, openFile(pgm.reader, name).get());
+    decodePixmap(im, openFile(pgm.reader, name).get(), pgm, parseHeader);
 }
 
 void writePpmImage(const std::string& name, const Image<>& im) {

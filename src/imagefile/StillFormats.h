@@ -26,7 +26,7 @@ const StillFormat* findStillFormat(const std::string& extension);
 /// The format of a file's bytes, or null.
 const StillFormat* findStillFormat(const void* data, std::size_t size);
 
-// What the public readers and writers do with an open file.
+// What the public readers and writers do with an open file; a pixmap's comment ends with the file here.
 void decodePpm(Image<>& im, std::FILE* file);
 void decodePgm(Image<>& im, std::FILE* file);
 void decodeJpeg(Image<>& im, std::FILE* file);

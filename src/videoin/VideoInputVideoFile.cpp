@@ -266,11 +266,17 @@ double VideoInputVideoFile::seconds(long position) const {
 
 long VideoInputVideoFile::position(double seconds) const {
     const VideoFileDecoder& source = impl->opened("position");
-    const double ticks = std::round(seconds / av_q2d(source.timeBase()));
+    const Frac<unsigned int> rate = source.frameRate();
+    const double tick = av_q2d(source.timeBase());
+    const double frame = std::max(1.0, rate.den == 0 ? 1.0 : rate.den / (rate.num * tick));
+    // Of the picture shown then; time stamps that are rounded to ticks may lie before their time.
+    const double number = std::floor((seconds / tick + std::min(1.0, frame / 2)) / frame);
+    if (!(number >= 1))
+        return 0;
+    // A seek ends behind the first picture at or past its target; halfway between two of them it meets the right one.
+    const double target = number < 2 ? 1.0 : std::round((number - 1) * frame - std::floor((frame - 1) / 2)) + 1;
     constexpr double all = 9.2e18; // fits, and is 292 years of nanoseconds
-    if (!(ticks > 0))
-        return source.start();
-    return addTicks(source.start(), ticks < all ? static_cast<Time>(ticks) : std::numeric_limits<Time>::max());
+    return addTicks(source.start(), target < all ? static_cast<Time>(target) : std::numeric_limits<Time>::max());
 }
 
 long VideoInputVideoFile::getFrameNumber() const {

@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <thread>
+#include <typeinfo>
 #include <vector>
 
 namespace {
@@ -39,6 +40,11 @@ TEST(Dispatch, TheLastExtensionChoosesTheFormatInAnyCase) {
         Ko::readImage(back, path);
         EXPECT_EQ(std::pair(back.width, back.height), std::pair(6u, 4u)) << name;
     }
+}
+
+TEST(Dispatch, ACommentWithoutAnEndEndsWithTheMemory) {
+    Image im(Ko::PF_RGB);
+    EXPECT_THROW(Ko::readImage(im, "P6 3 #x", 7), std::bad_cast);
 }
 
 TEST(Dispatch, NamesWithoutAKnownExtensionAreRefused) {
