@@ -30,8 +30,7 @@ bool normalize(FT_Library library, FT_Bitmap& bitmap) {
                        static_cast<unsigned int>(bitmap.pitch) == bitmap.width;
     if (empty || plain)
         return true;
-    FT_Bitmap grey;
-    FT_Bitmap_Init(&grey);
+    FT_Bitmap grey{};
     if (FT_Bitmap_Convert(library, &bitmap, &grey, 1) != 0 || grey.pitch < 0 ||
         static_cast<unsigned int>(grey.pitch) != grey.width || grey.num_grays < 2) {
         FT_Bitmap_Done(library, &grey);

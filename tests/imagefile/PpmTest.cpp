@@ -8,6 +8,8 @@
 
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 
+#include <unistd.h>
+
 #include <locale>
 #include <sstream>
 #include <stdexcept>
@@ -21,6 +23,20 @@ class Grouping : public std::numpunct<char> {
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
 };
+
+/// As in a service that has closed its standard input.
+TEST(Ppm, DescriptorZeroIsOneLikeAnyOther) {
+    const TempDirectory directory;
+    const Image im = randomImage(Ko::PF_RGB, 3, 2);
+    Image back(Ko::PF_RGB);
+    const int standardInput = dup(0);
+    close(0);
+    Ko::writePpmImage(directory.file("a.ppm"), im);
+    Ko::readPpmImage(back, directory.file("a.ppm"));
+    dup2(standardInput, 0);
+    close(standardInput);
+    EXPECT_EQ(difference(back, im), "");
+}
 
 TEST(Ppm, TheApplicationsLocaleDoesNotMatter) {
     const TempDirectory directory;
