@@ -51,4 +51,4 @@ function(kovanta_part part group)
 endfunction()
 
 kovanta_part(EXAMPLES demo PACKAGES CLI11)
-kovanta_part(TESTS test PACKAGES GTest MODULES xtst PROGRAMS ffmpeg ffprobe convert xvfb-run xdotool)
+kovanta_part(TESTS test PACKAGES GTest MODULES xtst gmock PROGRAMS ffmpeg ffprobe convert xvfb-run xdotool)

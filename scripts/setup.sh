@@ -39,8 +39,10 @@ if [ "$(id -u)" -ne 0 ]; then
   command -v sudo >/dev/null || { echo "setup: not root and no sudo; install: ${missing[*]}" >&2; exit 1; }
   as_root=(sudo)
 fi
-log=$(mktemp)
-trap 'rm -f "$log"' EXIT
+# In a directory of its own: not even root may open a file of another user's in /tmp itself.
+logs=$(mktemp -d)
+log=$logs/apt
+trap 'rm -rf "$logs"' EXIT
 
 # What apt says is for the log; its progress, in the third field of status lines, shows now and then. The status goes
 # through a descriptor that is opened behind sudo, which closes those it is given.
