@@ -22,6 +22,12 @@ namespace Ko {
 
 namespace {
 
+constexpr const char* openingVideo = "VideoOutputVideoFile::openVideo";
+
+[[noreturn]] void refuseOption(const std::string& name, const std::string& reason) {
+    throwLogicError(openingVideo, "The option " + name + reason);
+}
+
 /// Frames per second in lowest terms; {0, 1}, which no encoder accepts, for what is no rate.
 AVRational reducedRate(Frac<unsigned int> rate) {
     if (rate.num == 0 || rate.den == 0)
@@ -135,7 +141,7 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
 
 void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec) {
     if (codecContext->pix_fmt != AV_PIX_FMT_YUV420P)
-        throwLogicError("VideoOutputVideoFile::openVideo", "Can only convert to 4:2:0 Planar YUV.");
+        throwLogicError(openingVideo, "Can only convert to 4:2:0 Planar YUV.");
     // libx265 prints past libav's log. The other encoders do not know the option.
     if (codec.priv_class && av_log_get_level() == AV_LOG_QUIET)
         av_opt_set(codecContext->priv_data, "x265-params", "log-level=none", 0);
@@ -148,14 +154,13 @@ void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec)
     if (mustBeFed(codec) && av_image_check_size(settings.width, settings.height, 0, nullptr) >= 0)
         makePictures();
     if (avcodec_open2(codecContext.get(), &codec, nullptr) < 0)
-        throwRuntimeError("VideoOutputVideoFile::openVideo", "avcodec_open failed.");
+        throwRuntimeError(openingVideo, "avcodec_open failed.");
     if (!pictures)
         makePictures();
 }
 
 /// The pictures that the encoder is given are made for what open() was asked for.
 void VideoFileEncoder::setEncoderOptions(const Settings& settings) {
-    constexpr const char* function = "VideoOutputVideoFile::openVideo";
     const auto described = [this] {
         const AVCodecContext& codec = *codecContext;
         return std::tuple(codec.pix_fmt, codec.width, codec.height, codec.time_base.num, codec.time_base.den);
@@ -164,13 +169,13 @@ void VideoFileEncoder::setEncoderOptions(const Settings& settings) {
     for (const auto& [name, value] : settings.options) {
         const int result = av_opt_set(codecContext.get(), name.c_str(), value.c_str(), AV_OPT_SEARCH_CHILDREN);
         if (result == AVERROR_OPTION_NOT_FOUND)
-            throwLogicError(function, "The encoder has no option " + name + ".");
+            throwLogicError(openingVideo, "The encoder has no option " + name + ".");
         if (result == AVERROR(ENOMEM))
             throw std::bad_alloc();
         if (result < 0)
-            throwLogicError(function, "The option " + name + " does not take " + value + ".");
+            refuseOption(name, " does not take " + value + ".");
         if (described() != before)
-            throwLogicError(function, "The option " + name + " would change what is written.");
+            refuseOption(name, " would change what is written.");
     }
 }
 
