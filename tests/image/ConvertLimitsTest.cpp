@@ -62,6 +62,62 @@ TEST(ConvertLimits, OddSizesInWrappedMemoryStayInsideThePlanes) {
             }
 }
 
+/// Planes whose rows follow one another without a gap, but for one plane.
+struct OneGappedPlane {
+    OneGappedPlane(Ko::PIXEL_FORMAT format, int gapped)
+        : im(format) {
+        im.size(38, 6, false);
+        Ko::PlaneMemory planes[4];
+        for (int p = 0; p < 4; ++p) {
+            const auto& plane = im.plane[p];
+            const std::size_t pitch = plane.width + (p == gapped ? gap : 0);
+            auto& bytes = memory[static_cast<std::size_t>(p)];
+            bytes.assign(plane.rows ? pitch * plane.height : 0, poison);
+            if (!bytes.empty())
+                planes[p] = {bytes.data(), static_cast<std::ptrdiff_t>(pitch)};
+        }
+        Ko::rewrapMemory(im, 38, 6, planes);
+    }
+    bool intact(int gapped) const {
+        const auto& plane = im.plane[gapped];
+        for (unsigned y = 0; y < plane.height; ++y)
+            for (std::size_t i = 0; i < gap; ++i)
+                if (plane.row(y)[plane.width + i] != poison)
+                    return false;
+        return true;
+    }
+    static constexpr std::size_t gap = 5;
+    std::array<std::vector<unsigned char>, 4> memory;
+    Image im;
+};
+
+TEST(ConvertLimits, OnePlaneWithGapsKeepsTheRowsOfAllApart) {
+    struct Way {
+        Ko::PIXEL_FORMAT target, source;
+        void (*convert)(Image&, const Image&);
+    };
+    std::vector<Way> ways = {{Ko::PF_YCC444P, Ko::PF_BGR, BGR_2_YCC444P},
+                             {Ko::PF_YCCA4444P, Ko::PF_RGBA, RGBA_2_YCCA4444P},
+                             {Ko::PF_YCC420P, Ko::PF_RGB, RGB_2_YCC420P},
+                             {Ko::PF_YUY2, Ko::PF_YCC444P, YCC444P_2_YUY2}};
+    for (const auto& [target, source] : pairs)
+        ways.push_back({target, source, Ko::convertIm});
+    for (const Way& way : ways)
+        for (int gapped = -1; gapped < 8; ++gapped) { // -1: none; from 4 on a plane of the target
+            SCOPED_TRACE(fmt2string(way.source) + " to " + fmt2string(way.target) + " " + std::to_string(gapped));
+            OneGappedPlane src(way.source, gapped);
+            OneGappedPlane dst(way.target, gapped - 4);
+            const Image pattern = randomImage(way.source, 38, 6);
+            copyPart(src.im, pattern);
+            way.convert(dst.im, src.im);
+            Image expected(way.target);
+            expected.size(38, 6);
+            way.convert(expected, pattern); // where all rows follow one another
+            EXPECT_EQ(difference(dst.im, expected), "");
+            EXPECT_TRUE(gapped < 4 || dst.im.horDiv[gapped - 4] == 0 || dst.intact(gapped - 4));
+        }
+}
+
 /// What stands at (x, y) of a plane of the 4:4:4 target, of an image of w x h: in an owning one the lone last column
 /// and row take their neighbour's, and 128 where there is none; a wrapped one keeps what it had.
 unsigned char expectedSample(const Image& src, int p, unsigned x, unsigned y, bool owning) {

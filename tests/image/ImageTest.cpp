@@ -101,6 +101,8 @@ TEST(Image, SizeZeroReleasesAndNoallocLeavesRowsToTheCaller) {
         EXPECT_EQ(im.plane[2].view[y], nullptr);
     const Image copy(im); // rows that nobody pointed yet are not followed
     EXPECT_TRUE(copy.plane[2].alloc);
+    im = copy; // nor written
+    EXPECT_EQ(im.plane[2].view[0], nullptr);
 
     // Planes that a format does not have stay as they were.
     Image changing(Ko::PF_YCCA4444P);
