@@ -51,7 +51,8 @@ struct Options {
 };
 
 /// A number or a device is the device, two numbers with an x between them the size, and everything else the output.
-void sortWords(Options& options) {
+/// @param lists whether there is nothing on the command line
+void sortWords(Options& options, bool lists) {
     for (const std::string& word : options.words) {
         unsigned int width = 0;
         unsigned int height = 0;
@@ -67,7 +68,7 @@ void sortWords(Options& options) {
             throw CLI::ValidationError(reason + " Cameras are /dev/video0 or just 0, sizes 640x480.");
         }
     }
-    if (!options.words.empty() && !options.describe && options.output.empty() && !options.show)
+    if (!lists && !options.describe && options.output.empty() && !options.show)
         throw CLI::ValidationError("Give a file to write, or --show.");
 }
 
@@ -75,7 +76,7 @@ void sortWords(Options& options) {
 class Pace {
 public:
     void tick(const Ko::VideoInputCaptureV4L& camera) {
-        const Frame now{camera.getTimeStamp(), camera.getDriverSequence()};
+        const Frame now{camera.getTimeStamp(), ++taken + camera.getLostFrames()};
         if (!first)
             first = now;
         last = now;
@@ -85,7 +86,8 @@ public:
     double framesPerSecond() const {
         if (!first || last.microseconds <= first->microseconds)
             return 0;
-        return 1e6 * (last.number - first->number) / static_cast<double>(last.microseconds - first->microseconds);
+        return 1e6 * static_cast<double>(last.number - first->number) /
+               static_cast<double>(last.microseconds - first->microseconds);
     }
 
     double seconds() const { return first ? static_cast<double>(last.microseconds - first->microseconds) / 1e6 : 0; }
@@ -93,8 +95,9 @@ public:
 private:
     struct Frame {
         std::int64_t microseconds;
-        std::uint32_t number; // counts what was lost too; goes round
+        std::uint64_t number; // counts what was lost too
     };
+    std::uint64_t taken = 0;
     std::optional<Frame> first;
     Frame last{};
 };
@@ -125,8 +128,6 @@ private:
 
 Capture::Capture(const Options& chosen)
     : options(chosen) {
-    if (!options.output.empty())
-        example::requireReplaceable(options.output, options.force);
     camera.setBufferCount(4);
     camera.setFrameRate(options.cameraRate);
     camera.init(options.device, options.width, options.height, 0);
@@ -234,13 +235,16 @@ int main(int argc, char** argv) {
         ->check(example::wholeNumber(1))
         ->capture_default_str();
     example::addForce(program, options.force);
-    program.callback([&] { sortWords(options); });
+    program.callback([&] { sortWords(options, argc == 1); });
     return program.run([&] {
         if (argc == 1) {
             listDevices();
         } else if (options.describe) {
             listFormats(options.device);
         } else {
+            // Before signals are caught, so that Ctrl-C ends the question.
+            if (!options.output.empty())
+                example::requireReplaceable(options.output, options.force);
             example::catchStops();
             Capture(options).run();
         }

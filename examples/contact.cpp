@@ -65,6 +65,8 @@ std::optional<Frames> seekFrames(Ko::VideoInputVideoFile& source, std::size_t co
     } catch (const std::runtime_error&) {
         return std::nullopt;
     }
+    if (frames.empty()) // every position lay behind the last frame
+        return std::nullopt;
     return frames;
 }
 

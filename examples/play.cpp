@@ -123,7 +123,8 @@ Clock::duration Player::period() const {
 
 void Player::openWindow(unsigned int width, unsigned int height) {
     constexpr unsigned int least = 320; // that the next frame, whose size may be another, can be seen as well
-    if (options.width == 0 && width >= least) {
+    const bool narrow = width < least && height / 16 <= width; // what is much higher than wide is fitted at once
+    if (options.width == 0 && !narrow) {
         display.emplace(width, height, options.fullscreen); // no larger than the screen
     } else {
         display.emplace(options.width == 0 ? least : options.width, 0, width, height, options.fullscreen);
@@ -184,7 +185,7 @@ void Player::wait() {
 }
 
 void Player::hold() {
-    while (!ended()) {
+    while (display && !ended()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         poll();
     }

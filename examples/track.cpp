@@ -192,9 +192,9 @@ void track(const Options& options) {
     std::error_code missing;
     if (std::filesystem::equivalent(options.input, options.output, missing))
         throw std::runtime_error("INPUT and OUTPUT are the same file.");
-    example::catchStops();
     Ko::VideoInputVideoFile source(options.input);
-    example::requireReplaceable(options.output, options.force);
+    example::requireReplaceable(options.output, options.force); // while Ctrl-C still ends the question
+    example::catchStops();
     Ko::Frac<unsigned int> rate = source.getFrameRate();
     if (rate.num == 0 || rate.den == 0)
         rate = {25, 1}; // the file does not tell

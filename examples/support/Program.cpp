@@ -124,7 +124,8 @@ CLI::Validator wholeNumber(long low, long high) {
         long value = 0;
         const char* const end = text.data() + text.size();
         const auto [stop, error] = std::from_chars(text.data(), end, value);
-        if (error == std::errc() && stop == end && value >= low && value <= high)
+        const bool octal = text.size() > 1 && text[0] == '0'; // to what reads the number afterwards
+        if (error == std::errc() && stop == end && !octal && value >= low && value <= high)
             return "";
         return "This has to be a whole number from " + std::to_string(low) + " to " + std::to_string(high) +
                ", unlike '" + text + "'.";

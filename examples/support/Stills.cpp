@@ -35,7 +35,7 @@ bool naturallyBefore(const std::string& left, const std::string& right) {
             if (first != second)
                 return first.size() != second.size() ? first.size() < second.size() : first < second;
         } else if (left[l] != right[r]) {
-            return left[l] < right[r];
+            return static_cast<unsigned char>(left[l]) < static_cast<unsigned char>(right[r]);
         } else {
             ++l;
             ++r;

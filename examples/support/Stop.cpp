@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Stop.h"
 
+#include <atomic>
 #include <csignal>
 #include <initializer_list>
 
@@ -8,7 +9,8 @@ namespace example {
 
 namespace {
 
-volatile std::sig_atomic_t caught = 0;
+std::atomic<int> caught{0}; // any thread may be the one that the signal meets
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void remember(int number) {
     caught = number;

@@ -51,6 +51,8 @@ refused "'out' has no extension" capture 0 out
 refused "two outputs" capture 0 out.avi out.mp4
 refused "unlike '-1'" capture -n -1 --show
 refused "Give a file to write, or --show." capture 0 320x240
+refused "Give a file to write, or --show." capture -n 5
+refused "unlike '08'" contact --columns 08 clip.mp4 sheet.png
 
 # Writers of stills, like those of videos, keep what exists unless told otherwise.
 question="out.png exists. Replace it? [y/N] "
