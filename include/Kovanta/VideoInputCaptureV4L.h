@@ -91,7 +91,8 @@ public:
     void setTimeout(unsigned int milliseconds);
     /// Waits until read() would not: for programs that do something else as long as no frame comes.
     /// @param milliseconds at most; 0 only asks
-    /// @return true when read() finds a frame, or a reason to throw; false when the time is up or a signal handler ran
+    /// @return true when read() finds a frame, or a reason to throw; false when the time is up or a signal handler
+    ///         ended the wait; one that ran just before it began does not, so wait in slices
     /// @throws boost::thread_interrupted as read()
     bool waitForFrame(unsigned int milliseconds) const;
 
