@@ -5,6 +5,7 @@
 /// @file
 /// The whole library.
 
+#include "Kovanta/ColorMatrix.h"
 #include "Kovanta/Colors.h"
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Draw.h"
