@@ -5,10 +5,12 @@
 #include "support/Program.h"
 
 #include <Kovanta/ImageFile.h>
+#include <Kovanta/Resize.h>
 #include <Kovanta/VideoInput.h>
 #include <Kovanta/Wrap.h>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -30,21 +32,13 @@ struct Options {
 
 using Frames = std::vector<Ko::Image<>>;
 
-/// The frame at a fraction of its size, each pixel the mean of a square.
+/// The frame no wider than that, in its proportions.
 Ko::Image<> reduced(const Ko::Image<>& frame, unsigned int greatestWidth) {
-    const unsigned int shrink = (frame.width + greatestWidth - 1) / greatestWidth;
+    const unsigned int width = std::min(frame.width, greatestWidth);
+    const double height = std::round(static_cast<double>(frame.height) * width / frame.width);
     Ko::Image small(Ko::PF_YCC444P);
-    small.size(std::max(frame.width / shrink, 1u), std::max(frame.height / shrink, 1u));
-    for (int p = 0; p < 3; ++p)
-        for (unsigned int y = 0; y < small.height; ++y)
-            for (unsigned int x = 0; x < small.width; ++x) {
-                unsigned int sum = 0;
-                unsigned int count = 0;
-                for (unsigned int sy = y * shrink; sy < std::min((y + 1) * shrink, frame.height); ++sy)
-                    for (unsigned int sx = x * shrink; sx < (x + 1) * shrink; ++sx, ++count)
-                        sum += frame.plane[p].view[sy][sx];
-                small.plane[p].view[y][x] = static_cast<unsigned char>(sum / count);
-            }
+    small.size(width, std::max(static_cast<unsigned int>(height), 1u));
+    Ko::resize(small, frame);
     return small;
 }
 

@@ -13,6 +13,7 @@
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
 #include "Kovanta/ImageFile.h"
+#include "Kovanta/Resize.h"
 #include "Kovanta/Rotate.h"
 #include "Kovanta/Timer.h"
 #include "Kovanta/Version.h"

@@ -200,6 +200,14 @@ const Operation operations[] = {
      [] {
          onImages<PF_RGB, PF_RGB>([](Images& i) { Ko::flipHor(i.source); });
      }},
+    {{"Scale"},
+     [] {
+         onImages<PF_YCC420P, PF_YCC420P>([](Images& i) { Ko::resize(i.target, i.source); });
+     }},
+    {{"ScaleWithin"},
+     [] {
+         onImages<PF_RGB, PF_RGB>([](Images& i) { Ko::resize(i.source, i.source); });
+     }},
     {{"Queue"},
      [] {
          onImages<PF_RGB, PF_YCC444P>([](Images& i) {
