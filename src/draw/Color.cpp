@@ -5,7 +5,7 @@
 namespace Ko {
 
 YCCColor fromRgb(unsigned char r, unsigned char g, unsigned char b) noexcept {
-    return {lumaOf(r, g, b), cbOf(r, g, b), crOf(r, g, b)};
+    return {lumaOf<Bt601>(r, g, b), cbOf<Bt601>(r, g, b), crOf<Bt601>(r, g, b)};
 }
 
 } // namespace Ko

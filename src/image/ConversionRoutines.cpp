@@ -108,12 +108,25 @@ std::size_t samplesOf(const Image<>& im) {
 
 namespace Ko::routines {
 
+template <MatrixOf matrix>
 void RGB_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     if (src.format == Ko::PF_RGB)
-        unpack(dst, src, 3, kernels.rgbToYcc);
+        unpack(dst, src, 3, (kernels.*matrix).rgbToYcc);
     else
-        unpack(dst, src, 4, kernels.rgbxToYcc);
+        unpack(dst, src, 4, (kernels.*matrix).rgbxToYcc);
 }
+
+template <MatrixOf matrix>
+void YCC444P_2_RGB(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
+    pack(dst, src, 3, (kernels.*matrix).yccToRgb);
+}
+
+template void RGB_2_YCC444P<&RowKernels::bt601>(Image<>&, const Image<>&, const RowKernels&);
+template void RGB_2_YCC444P<&RowKernels::bt709>(Image<>&, const Image<>&, const RowKernels&);
+template void RGB_2_YCC444P<&RowKernels::bt2020>(Image<>&, const Image<>&, const RowKernels&);
+template void YCC444P_2_RGB<&RowKernels::bt601>(Image<>&, const Image<>&, const RowKernels&);
+template void YCC444P_2_RGB<&RowKernels::bt709>(Image<>&, const Image<>&, const RowKernels&);
+template void YCC444P_2_RGB<&RowKernels::bt2020>(Image<>&, const Image<>&, const RowKernels&);
 
 void BGR_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
     unpack(dst, src, 3, kernels.bgrToYcc);
@@ -146,10 +159,10 @@ void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& cachedKer
     for (std::size_t r = 0; r < rows; r += 2)
         for (std::size_t x = 0; x < n; x += tile) {
             const std::size_t width = least(tile, n - x);
-            cachedKernels.rgbToYcc(y[r] + x, cb[0], cr[0], from[r] + 3 * x, width);
+            cachedKernels.bt601.rgbToYcc(y[r] + x, cb[0], cr[0], from[r] + 3 * x, width);
             if (r + 1 == rows)
                 continue; // a lone last row has luma only
-            cachedKernels.rgbToYcc(y[r + 1] + x, cb[1], cr[1], from[r + 1] + 3 * x, width);
+            cachedKernels.bt601.rgbToYcc(y[r + 1] + x, cb[1], cr[1], from[r + 1] + 3 * x, width);
             if (r / 2 < toCb.height && x / 2 < toCb.width)
                 cachedKernels.meanOfBlocksTruncated(toCb[r / 2] + x / 2, cb[0], cb[1],
                                                     least(width / 2, toCb.width - x / 2));
@@ -157,10 +170,6 @@ void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& cachedKer
                 cachedKernels.meanOfBlocksTruncated(toCr[r / 2] + x / 2, cr[0], cr[1],
                                                     least(width / 2, toCr.width - x / 2));
         }
-}
-
-void YCC444P_2_RGB(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
-    pack(dst, src, 3, kernels.yccToRgb);
 }
 
 void JFIF_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
@@ -277,7 +286,7 @@ void runAlone(Image<>& dst, const Image<>& src) {
 } // namespace
 
 void RGB_2_YCC444P(Image<>& dst, const Image<>& src) {
-    runAlone<Ko::routines::RGB_2_YCC444P>(dst, src);
+    runAlone<Ko::routines::RGB_2_YCC444P<&RowKernels::bt601>>(dst, src);
 }
 
 void BGR_2_YCC444P(Image<>& dst, const Image<>& src) {
@@ -294,7 +303,7 @@ void RGB_2_YCC420P(Image<>& dst, const Image<>& src) {
 }
 
 void YCC444P_2_RGB(Image<>& dst, const Image<>& src) {
-    runAlone<Ko::routines::YCC444P_2_RGB>(dst, src);
+    runAlone<Ko::routines::YCC444P_2_RGB<&RowKernels::bt601>>(dst, src);
 }
 
 void JFIF_2_YCC444P(Image<>& dst, const Image<>& src) {

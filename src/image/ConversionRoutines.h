@@ -14,11 +14,17 @@ namespace Ko::routines {
 /// stay there.
 const RowKernels& kernelsFor(const Image<>& dst, const Image<>& src, const Sharing& sharing);
 
+/// Which of the kernels' matrices a routine uses; there is one instance for each.
+using MatrixOf = RowKernels::Matrix RowKernels::*;
+
+template <MatrixOf matrix>
 void RGB_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
+template <MatrixOf matrix>
+void YCC444P_2_RGB(Image<>& dst, const Image<>& src, const RowKernels& kernels);
+
 void BGR_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void RGBA_2_YCCA4444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void RGB_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& cachedKernels);
-void YCC444P_2_RGB(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void JFIF_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void YCC444P_2_JFIF(Image<>& dst, const Image<>& src, const RowKernels& kernels);
 void YCC444P_2_Y(Image<>& dst, const Image<>& src, const RowKernels& kernels);

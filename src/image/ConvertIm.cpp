@@ -25,11 +25,12 @@ using Routine = void (*)(Image<>& dst, const Image<>& src, const RowKernels& ker
 #pragma GCC diagnostic error "-Wswitch"
 
 /// The routine from a format to PF_YCC444P; null where there is none.
+template <routines::MatrixOf matrix>
 constexpr Routine routineToYcc444p(PIXEL_FORMAT source) {
     switch (source) {
     case PF_RGB:
     case PF_RGBA:
-        return routines::RGB_2_YCC444P;
+        return routines::RGB_2_YCC444P<matrix>;
     case PF_Y:
         return routines::Y_2_YCC444P;
     case PF_JFIF:
@@ -51,10 +52,11 @@ constexpr Routine routineToYcc444p(PIXEL_FORMAT source) {
 }
 
 /// The routine from PF_YCC444P to a format; null where there is none.
+template <routines::MatrixOf matrix>
 constexpr Routine routineFromYcc444p(PIXEL_FORMAT target) {
     switch (target) {
     case PF_RGB:
-        return routines::YCC444P_2_RGB;
+        return routines::YCC444P_2_RGB<matrix>;
     case PF_Y:
         return routines::YCC444P_2_Y;
     case PF_JFIF:
@@ -82,24 +84,27 @@ void identityTransform(Image<>& dst, const Image<>& src, const RowKernels& /*ker
 
 using BranchTable = std::array<std::array<Routine, formatCount>, formatCount>; // [target][source]
 
+template <routines::MatrixOf matrix>
 constexpr BranchTable makeBranchTable() {
     BranchTable table{};
     for (std::size_t f = 0; f < formatCount; ++f) {
         const auto format = static_cast<PIXEL_FORMAT>(f);
-        table[PF_YCC444P][f] = routineToYcc444p(format);
+        table[PF_YCC444P][f] = routineToYcc444p<matrix>(format);
         if (format != PF_YCC444P)
-            table[f][PF_YCC444P] = routineFromYcc444p(format);
+            table[f][PF_YCC444P] = routineFromYcc444p<matrix>(format);
     }
     table[PF_YCC420P][PF_Y] = routines::Y_2_YCC444P;
     for (std::size_t f = 0; f < formatCount; ++f)
         table[f][f] = identityTransform;
     return table;
 }
-constexpr BranchTable branchTable = makeBranchTable();
+constexpr BranchTable branchTables[] = {makeBranchTable<&RowKernels::bt601>(), // [matrix - CM_BT601]
+                                        makeBranchTable<&RowKernels::bt709>(), makeBranchTable<&RowKernels::bt2020>()};
 
 /// Null for an unsupported pair. A format outside the enumeration, left behind by a refused fmt(), is no index.
-Routine findRoutine(PIXEL_FORMAT target, PIXEL_FORMAT source) {
-    return target < formatCount && source < formatCount ? branchTable[target][source] : nullptr;
+/// @param matrix a told one
+Routine findRoutine(PIXEL_FORMAT target, PIXEL_FORMAT source, ColorMatrix matrix) {
+    return target < formatCount && source < formatCount ? branchTables[matrix - CM_BT601][target][source] : nullptr;
 }
 
 /// Resizes the target of an assignment only where that will be refused: the assignment takes what memory it needs
@@ -113,16 +118,9 @@ void resizeForRefusal(Image<>& dst, const Image<>& src) {
         }
 }
 
-} // namespace
-
-namespace Ko {
-
-bool canConvert(PIXEL_FORMAT from, PIXEL_FORMAT to) {
-    return findRoutine(to, from) != nullptr;
-}
-
-void convertIm(Image<>& dst, const Image<>& src) {
-    const Routine routine = findRoutine(dst.format, src.format);
+/// @param matrix a told one
+void convert(Image<>& dst, const Image<>& src, ColorMatrix matrix) {
+    const Routine routine = findRoutine(dst.format, src.format, matrix);
     if (!routine) {
         // Composed first: for want of memory the target stays as it was.
         const std::logic_error refusal(errorText("convertIm", "Don't know how to convert from " +
@@ -138,7 +136,7 @@ void convertIm(Image<>& dst, const Image<>& src) {
     }
     const Sharing sharing = sharingOf(dst, src);
     if (sharing.sourceWrapsTarget) {
-        convertIm(dst, Image<>(src)); // the rows that are read must neither go nor be written
+        convert(dst, Image<>(src), matrix); // the rows that are read must neither go nor be written
         return;
     }
     ImageLayout::resizeTarget(dst, src.width, src.height, "convertIm");
@@ -146,6 +144,30 @@ void convertIm(Image<>& dst, const Image<>& src) {
         blacken(dst);
     routine(dst, src, routines::kernelsFor(dst, src, sharing));
     completeLoneSamples(dst, src.format);
+}
+
+} // namespace
+
+namespace Ko {
+
+bool canConvert(PIXEL_FORMAT from, PIXEL_FORMAT to) {
+    return findRoutine(to, from, CM_BT601) != nullptr;
+}
+
+void convertIm(Image<>& dst, const Image<>& src) {
+    convert(dst, src, CM_BT601);
+}
+
+void convertIm(Image<>& dst, const Image<>& src, ColorMatrix matrix) {
+    switch (matrix) {
+    case CM_BT601:
+    case CM_BT709:
+    case CM_BT2020:
+        return convert(dst, src, matrix);
+    case CM_UNKNOWN:
+        break;
+    }
+    throwLogicError("convertIm", "Unknown color matrix.");
 }
 
 } // namespace Ko

@@ -13,13 +13,18 @@ namespace Ko {
 struct RowKernels {
     using Byte = unsigned char;
 
-    // RGB to studio Y'CbCr, n pixels. ITU-R BT.601.
-    void (*rgbToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* rgb, std::size_t n);
+    /// Between RGB and studio Y'CbCr by one standard's factors, n pixels; RGB is clamped.
+    struct Matrix {
+        void (*rgbToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* rgb, std::size_t n);
+        void (*rgbxToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* rgbx, std::size_t n);
+        void (*yccToRgb)(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n);
+    };
+    Matrix bt601;
+    Matrix bt709;
+    Matrix bt2020;
+    // Orders that have BT.601 only.
     void (*bgrToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* bgr, std::size_t n);
-    void (*rgbxToYcc)(Byte* y, Byte* cb, Byte* cr, const Byte* rgbx, std::size_t n);
     void (*rgbaToYcca)(Byte* y, Byte* cb, Byte* cr, Byte* alpha, const Byte* rgba, std::size_t n);
-    // Studio Y'CbCr to RGB, clamped, n pixels.
-    void (*yccToRgb)(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n);
 
     // Full range to studio range and back, n samples.
     void (*lumaToStudio)(Byte* dst, const Byte* src, std::size_t n);
@@ -52,11 +57,16 @@ struct RowKernels {
 /// Whether every kernel is there. One more of them does not compile before it is named here.
 /// Not a constant for gcc while its undefined-behaviour sanitizer watches null pointers.
 constexpr bool isComplete(const RowKernels& k) {
-    const auto& [k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16, k17, k18, k19] = k;
+    const auto& [m0, m1, m2, k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16] = k;
     const auto all = [](const auto&... kernel) {
         return (... && (kernel != nullptr));
     };
-    return all(k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16, k17, k18, k19);
+    const auto both = [all](const RowKernels::Matrix& m) {
+        const auto& [toYcc, xToYcc, toRgb] = m;
+        return all(toYcc, xToYcc, toRgb);
+    };
+    return both(m0) && both(m1) && both(m2) &&
+           all(k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16);
 }
 
 /// The kernels in use: the best that this processor runs.

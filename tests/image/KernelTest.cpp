@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <random>
 #include <string>
 #include <tuple>
@@ -22,6 +23,9 @@ namespace {
 using Ko::KernelLevel;
 using Ko::RowKernels;
 using Byte = unsigned char;
+
+using MatrixOf = RowKernels::Matrix RowKernels::*;
+constexpr MatrixOf matrices[] = {&RowKernels::bt601, &RowKernels::bt709, &RowKernels::bt2020};
 
 constexpr std::size_t longest = 2200;
 constexpr KernelLevel fromTheSlowest[] = {KernelLevel::sse4, KernelLevel::avx2, KernelLevel::avxVnni,
@@ -71,11 +75,18 @@ protected:
         return std::get<1>(GetParam()) ? both->streaming : both->cached;
     }
 
-    /// A kernel takes rows to write, then rows to read, then n.
+    /// @param kernel a member of the kernels, or what finds it among them
     /// @param bytes what one of its n takes in each row
-    template <class... P>
-    void compare(const char* name, void (*RowKernels::*kernel)(P...), const std::vector<std::size_t>& bytes) {
+    template <class Kernel>
+    void compare(const char* name, Kernel kernel, const std::vector<std::size_t>& bytes) {
         ++compared;
+        compareTwo(name, std::invoke(kernel, Ko::portableKernels.cached), std::invoke(kernel, fast()), bytes);
+    }
+
+    /// A kernel takes rows to write, then rows to read, then n.
+    template <class... P>
+    void compareTwo(const char* name, void (*defined)(P...), void (*kernel)(P...),
+                    const std::vector<std::size_t>& bytes) {
         constexpr std::size_t targets = (std::is_same_v<P, Byte*> + ...);
         for (const std::size_t n : sizes)
             for (const int place : {0, 1, 7, 32, ~0, ~13, ~63}) { // from the fence in front, or before the one behind
@@ -93,8 +104,8 @@ protected:
                     wanted[i] = wantedRows[i].begin() + at;
                     written[i] = gotRows[i].begin() + at;
                 }
-                run(Ko::portableKernels.cached.*kernel, wanted, n, std::index_sequence_for<P...>());
-                run(fast().*kernel, written, n, std::index_sequence_for<P...>());
+                run(defined, wanted, n, std::index_sequence_for<P...>());
+                run(kernel, written, n, std::index_sequence_for<P...>());
                 for (std::size_t i = 0; i < targets; ++i)
                     ASSERT_TRUE(std::equal(wantedRows[i].begin(), wantedRows[i].end(), gotRows[i].begin()))
                         << name << " target " << i << " n " << n << " place " << place;
@@ -121,11 +132,13 @@ private:
 };
 
 TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
-    compare("rgbToYcc", &RowKernels::rgbToYcc, {1, 1, 1, 3});
+    for (const MatrixOf matrix : matrices) {
+        compare("rgbToYcc", [matrix](const RowKernels& k) { return (k.*matrix).rgbToYcc; }, {1, 1, 1, 3});
+        compare("rgbxToYcc", [matrix](const RowKernels& k) { return (k.*matrix).rgbxToYcc; }, {1, 1, 1, 4});
+        compare("yccToRgb", [matrix](const RowKernels& k) { return (k.*matrix).yccToRgb; }, {3, 1, 1, 1});
+    }
     compare("bgrToYcc", &RowKernels::bgrToYcc, {1, 1, 1, 3});
-    compare("rgbxToYcc", &RowKernels::rgbxToYcc, {1, 1, 1, 4});
     compare("rgbaToYcca", &RowKernels::rgbaToYcca, {1, 1, 1, 1, 4});
-    compare("yccToRgb", &RowKernels::yccToRgb, {3, 1, 1, 1});
     compare("lumaToStudio", &RowKernels::lumaToStudio, {1, 1});
     compare("lumaToFull", &RowKernels::lumaToFull, {1, 1});
     compare("jfifToYcc", &RowKernels::jfifToYcc, {1, 1, 1, 3});
@@ -176,7 +189,7 @@ TEST_P(KernelLevels, ConvertWithinTheSameMemoryAsThePortableOnes) {
             }
 }
 
-TEST_P(KernelLevels, ComputeBothMatricesForAllTriples) {
+TEST_P(KernelLevels, ComputeEveryMatrixForAllTriples) {
     constexpr std::size_t n = 1 << 16;
     std::vector<Byte> planes(3 * n), packed(3 * n), wanted(3 * n), written(3 * n);
     for (int v = 0; v < 256; ++v) {
@@ -185,12 +198,16 @@ TEST_P(KernelLevels, ComputeBothMatricesForAllTriples) {
             for (std::size_t p = 0; p < 3; ++p)
                 planes[p * n + i] = packed[3 * i + p] = triple[p];
         }
-        Ko::portableKernels.cached.rgbToYcc(&wanted[0], &wanted[n], &wanted[2 * n], packed.data(), n);
-        fast().rgbToYcc(&written[0], &written[n], &written[2 * n], packed.data(), n);
-        ASSERT_EQ(wanted, written) << "R " << v;
-        Ko::portableKernels.cached.yccToRgb(wanted.data(), &planes[0], &planes[n], &planes[2 * n], n);
-        fast().yccToRgb(written.data(), &planes[0], &planes[n], &planes[2 * n], n);
-        ASSERT_EQ(wanted, written) << "Y' " << v;
+        for (const MatrixOf matrix : matrices) {
+            const RowKernels::Matrix& defined = Ko::portableKernels.cached.*matrix;
+            const RowKernels::Matrix& kernels = fast().*matrix;
+            defined.rgbToYcc(&wanted[0], &wanted[n], &wanted[2 * n], packed.data(), n);
+            kernels.rgbToYcc(&written[0], &written[n], &written[2 * n], packed.data(), n);
+            ASSERT_EQ(wanted, written) << "R " << v;
+            defined.yccToRgb(wanted.data(), &planes[0], &planes[n], &planes[2 * n], n);
+            kernels.yccToRgb(written.data(), &planes[0], &planes[n], &planes[2 * n], n);
+            ASSERT_EQ(wanted, written) << "Y' " << v;
+        }
     }
 }
 

@@ -8,27 +8,28 @@ namespace Ko {
 
 namespace {
 
-template <int step, int r, int b>
+template <class Matrix, int step, int r, int b>
 void packedToYcc(Byte* y, Byte* cb, Byte* cr, const Byte* src, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
         const Byte* pixel = src + step * i;
-        y[i] = lumaOf(pixel[r], pixel[1], pixel[b]);
-        cb[i] = cbOf(pixel[r], pixel[1], pixel[b]);
-        cr[i] = crOf(pixel[r], pixel[1], pixel[b]);
+        y[i] = lumaOf<Matrix>(pixel[r], pixel[1], pixel[b]);
+        cb[i] = cbOf<Matrix>(pixel[r], pixel[1], pixel[b]);
+        cr[i] = crOf<Matrix>(pixel[r], pixel[1], pixel[b]);
     }
 }
 
 void rgbaToYcca(Byte* y, Byte* cb, Byte* cr, Byte* alpha, const Byte* rgba, std::size_t n) {
-    packedToYcc<4, 0, 2>(y, cb, cr, rgba, n);
+    packedToYcc<Bt601, 4, 0, 2>(y, cb, cr, rgba, n);
     for (std::size_t i = 0; i < n; ++i)
         alpha[i] = rgba[4 * i + 3];
 }
 
+template <class Matrix>
 void yccToRgb(Byte* rgb, const Byte* y, const Byte* cb, const Byte* cr, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        rgb[3 * i] = redOf(y[i], cr[i]);
-        rgb[3 * i + 1] = greenOf(y[i], cb[i], cr[i]);
-        rgb[3 * i + 2] = blueOf(y[i], cb[i]);
+        rgb[3 * i] = redOf<Matrix>(y[i], cr[i]);
+        rgb[3 * i + 1] = greenOf<Matrix>(y[i], cb[i], cr[i]);
+        rgb[3 * i + 2] = blueOf<Matrix>(y[i], cb[i]);
     }
 }
 
@@ -125,13 +126,18 @@ void swapRows(Byte* a, Byte* b, std::size_t n) {
         swapBytes(a[i], b[i]);
 }
 
+template <class M>
+constexpr RowKernels::Matrix matrixKernels() {
+    return {packedToYcc<M, 3, 0, 2>, packedToYcc<M, 4, 0, 2>, yccToRgb<M>};
+}
+
 constexpr RowKernels definedKernels() {
     RowKernels k{};
-    k.rgbToYcc = packedToYcc<3, 0, 2>;
-    k.bgrToYcc = packedToYcc<3, 2, 0>;
-    k.rgbxToYcc = packedToYcc<4, 0, 2>;
+    k.bt601 = matrixKernels<Bt601>();
+    k.bt709 = matrixKernels<Bt709>();
+    k.bt2020 = matrixKernels<Bt2020>();
+    k.bgrToYcc = packedToYcc<Bt601, 3, 2, 0>;
     k.rgbaToYcca = rgbaToYcca;
-    k.yccToRgb = yccToRgb;
     k.lumaToStudio = mapRange<lumaToStudio>;
     k.lumaToFull = mapRange<lumaToFull>;
     k.jfifToYcc = jfifToYcc;

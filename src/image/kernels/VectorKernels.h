@@ -15,15 +15,20 @@
 namespace Ko {
 namespace {
 
+template <class Store, class M>
+constexpr RowKernels::Matrix matrixKernels() {
+    return {packedToYcc<Store, M, 3, 0, 2>, packedToYcc<Store, M, 4, 0, 2>, yccToRgb<Store, M>};
+}
+
 /// @p k with the kernels that may write past the cache. The others move video, from a decoder or to an encoder: one
 /// side of that is small and wanted at once.
 template <class Store>
 constexpr RowKernels withStores(RowKernels k) {
-    k.rgbToYcc = packedToYcc<Store, 3, 0, 2>;
-    k.bgrToYcc = packedToYcc<Store, 3, 2, 0>;
-    k.rgbxToYcc = packedToYcc<Store, 4, 0, 2>;
+    k.bt601 = matrixKernels<Store, Bt601>();
+    k.bt709 = matrixKernels<Store, Bt709>();
+    k.bt2020 = matrixKernels<Store, Bt2020>();
+    k.bgrToYcc = packedToYcc<Store, Bt601, 3, 2, 0>;
     k.rgbaToYcca = rgbaToYcca<Store>;
-    k.yccToRgb = yccToRgb<Store>;
     k.lumaToStudio = mapRange<Store, LumaToStudio>;
     k.lumaToFull = mapRange<Store, LumaToFull>;
     k.jfifToYcc = jfifToYcc<Store>;
