@@ -2,6 +2,7 @@
 #ifndef KOVANTA_VIDEOOUTPUTVIDEOFILE_H
 #define KOVANTA_VIDEOOUTPUTVIDEOFILE_H
 
+#include "Kovanta/ColorMatrix.h"
 #include "Kovanta/Export.h"
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
@@ -97,6 +98,15 @@ public:
     /// Sets the shape of a pixel, width to height, from the next open() on: {16, 15} for a DV picture of 4:3 say.
     /// Containers that cannot hold it leave it out. {0, 1}, as at the start, is unknown: players take it for square.
     VideoOutputVideoFile& setPixelAspect(Frac<unsigned int> aspect);
+    /// Says what the samples are, from the next open() on, so that players need not guess: what made them of RGB, and
+    /// which bytes they use. Only the file's tags change; frames are encoded as they are. CM_BT709 and CM_BT2020 also
+    /// tag the primaries and the transfer function of their standards; CM_BT601, which serves several systems, tags
+    /// the matrix alone (the others by setOption() under "color_primaries" and "color_trc"). Of what is unknown, as
+    /// both are at the start, the file says nothing, so what a VideoInputVideoFile tells can be passed on as it is.
+    /// Containers and encoders without place for a tag leave it out.
+    /// @throws std::logic_error "[VideoOutputVideoFile::setColor]: Unknown color matrix.", "...: Unknown color range."
+    ///         for what is no ColorMatrix or ColorRange; nothing changes then
+    VideoOutputVideoFile& setColor(ColorMatrix matrix, ColorRange range);
 
     /// Writes mp4, mov and their like in fragments from the next open() on, one at each key frame and at least one a
     /// second: what was written before the disk was full or the program ended can be read. Without it such a file is

@@ -131,6 +131,7 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     codecContext->width = toInt(settings.width);
     codecContext->height = toInt(settings.height);
     codecContext->pix_fmt = firstFormat(codec);
+    tagColor(*codecContext, settings.color);
     stream->time_base = codecContext->time_base;
     stream->avg_frame_rate = codecContext->framerate;
     const Frac<unsigned int> aspect = settings.pixelAspect;

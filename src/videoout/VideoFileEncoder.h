@@ -5,6 +5,7 @@
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
 #include "libav/Handles.h"
+#include "videoout/ColorTags.h"
 #include "videoout/EncoderPictures.h"
 
 #include <cstdint>
@@ -24,10 +25,11 @@ public:
         unsigned int width;
         unsigned int height;
         Frac<unsigned int> frameRate;
-        unsigned int bitRate;                              ///< In bits per second.
-        int codecFlags;                                    ///< Added to the encoder's own.
-        bool fragments;                                    ///< Where the container can be written so.
-        Frac<unsigned int> pixelAspect;                    ///< {0, 1} for unknown.
+        unsigned int bitRate;           ///< In bits per second.
+        int codecFlags;                 ///< Added to the encoder's own.
+        bool fragments;                 ///< Where the container can be written so.
+        Frac<unsigned int> pixelAspect; ///< {0, 1} for unknown.
+        ColorTags color;
         const std::map<std::string, std::string>& options; ///< Of the encoder, by name.
     };
 

@@ -69,6 +69,7 @@ struct KOVANTA_LOCAL VideoOutputVideoFile::Impl {
     std::unique_ptr<Output> output;
     bool fragments = false;
     Frac<unsigned int> pixelAspect{0, 1};
+    ColorTags color;
     std::map<std::string, std::string> options;
     std::atomic<bool> throwOnFailure{false};
     std::atomic<bool> failed{false}; ///< Spares each write() the lock.
@@ -174,10 +175,10 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
     }
     impl->output = std::make_unique<Impl::Output>();
     Impl::Output& output = *impl->output;
-    output.encoder.open(
-        filename,
-        {width, height, frameRate, bitRate, impl->codecFlags, impl->fragments, impl->pixelAspect, impl->options},
-        impl->codec);
+    output.encoder.open(filename,
+                        {width, height, frameRate, bitRate, impl->codecFlags, impl->fragments, impl->pixelAspect,
+                         impl->color, impl->options},
+                        impl->codec);
     output.buffer.setCapacity(impl->queueSize);
     output.buffer.setDropOldest(false);
     output.writer = boost::thread([&self = *impl, &output] { self.writerThread(output); });
@@ -239,6 +240,15 @@ VideoOutputVideoFile& VideoOutputVideoFile::setOption(const std::string& name, c
 
 VideoOutputVideoFile& VideoOutputVideoFile::setPixelAspect(Frac<unsigned int> aspect) {
     impl->pixelAspect = aspect.den == 0 ? Frac<unsigned int>{0, 1} : aspect;
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setColor(ColorMatrix matrix, ColorRange range) {
+    if (matrix > CM_BT2020)
+        throwLogicError("VideoOutputVideoFile::setColor", "Unknown color matrix.");
+    if (range > CR_FULL)
+        throwLogicError("VideoOutputVideoFile::setColor", "Unknown color range.");
+    impl->color = {matrix, range};
     return *this;
 }
 

@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/VideoInput.h"
-#include "support/TempDirectory.h"
+#include "Kovanta/VideoOutput.h"
+#include "support/Rows.h"
+#include "support/VideoMedia.h"
+#include "videoout/Programs.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 
-// Colours from a file to RGB.
+// Colours from a file to RGB, and what a file tells of them.
 
 namespace {
 
@@ -41,6 +45,52 @@ TEST(Color, BarsOfHighDefinitionComeOutAsTheyAre) {
         }
     }
     EXPECT_GT(mostOff, 20) << "the pattern does not tell the matrices apart";
+}
+
+struct Tagged : test::Row {
+    const char* extension;
+    const char* encoder;
+    Ko::ColorMatrix matrix;
+    Ko::ColorRange range;
+    const char* tags; ///< Range, matrix, transfer and primaries.
+};
+constexpr Tagged tagged[] = {
+    {{"Untold"}, "mp4", "libx264", Ko::CM_UNKNOWN, Ko::CR_UNKNOWN, "unknown,unknown,unknown,unknown"},
+    {{"Mp4"}, "mp4", "libx264", Ko::CM_BT709, Ko::CR_STUDIO, "tv,bt709,bt709,bt709"},
+    {{"Mp4ByItself"}, "mp4", "mpeg4", Ko::CM_BT2020, Ko::CR_STUDIO, "tv,bt2020nc,bt2020-10,bt2020"},
+    {{"MatrixAlone"}, "mkv", "libx264", Ko::CM_BT601, Ko::CR_UNKNOWN, "tv,smpte170m,unknown,unknown"},
+    {{"RangeAlone"}, "mkv", "ffv1", Ko::CM_UNKNOWN, Ko::CR_FULL, "pc,unknown,unknown,unknown"},
+    {{"AviH264"}, "avi", "libx264", Ko::CM_BT709, Ko::CR_STUDIO, "tv,bt709,bt709,bt709"},
+    {{"NoPlaceForTags"}, "avi", "mpeg4", Ko::CM_BT709, Ko::CR_STUDIO, "unknown,unknown,unknown,unknown"},
+};
+class Tags : public testing::TestWithParam<Tagged> {};
+INSTANTIATE_TEST_SUITE_P(Every, Tags, testing::ValuesIn(tagged), test::rowName);
+
+TEST_P(Tags, AreWrittenBesideTheSameSamples) {
+    const test::TempDirectory directory;
+    std::string pictures[2];
+    for (const bool tags : {false, true}) {
+        const std::string file = directory / (std::string("video.") + GetParam().extension);
+        Ko::VideoOutputVideoFile sink;
+        sink.setThrowOnFailure(true).setEncoder(GetParam().encoder);
+        if (tags)
+            sink.setColor(GetParam().matrix, GetParam().range);
+        sink.open(64, 48, file, {25, 1}, 1000000);
+        sink.write(test::numberedFrame(5));
+        sink.close();
+        EXPECT_EQ(test::probe(file, "stream=color_range,color_space,color_transfer,color_primaries"),
+                  tags ? GetParam().tags : tagged[0].tags);
+        pictures[tags] = test::rawPictures(file);
+    }
+    EXPECT_EQ(pictures[0], pictures[1]);
+}
+
+TEST(Color, TagsThatAreNoneAreRefused) {
+    Ko::VideoOutputVideoFile sink;
+    EXPECT_THAT([&] { sink.setColor(static_cast<Ko::ColorMatrix>(4), Ko::CR_STUDIO); },
+                testing::ThrowsMessage<std::logic_error>("[VideoOutputVideoFile::setColor]: Unknown color matrix."));
+    EXPECT_THAT([&] { sink.setColor(Ko::CM_BT709, static_cast<Ko::ColorRange>(3)); },
+                testing::ThrowsMessage<std::logic_error>("[VideoOutputVideoFile::setColor]: Unknown color range."));
 }
 
 } // namespace
