@@ -3,6 +3,7 @@
 
 #include "support/Output.h"
 #include "support/Program.h"
+#include "support/Upright.h"
 
 #include <Kovanta/ImageFile.h>
 #include <Kovanta/Resize.h>
@@ -48,12 +49,13 @@ std::optional<Frames> seekFrames(Ko::VideoInputVideoFile& source, std::size_t co
         return std::nullopt;
     Frames frames;
     Ko::Image frame(Ko::PF_YCC444P);
+    example::Upright upright;
     const long places = static_cast<long>(count);
     try {
         for (long i = 0; i < places; ++i) {
             // Counted back from the end, since time stamps need not begin at 0.
             source.seek(source.getLength() * (2 * (places - i) - 1) / (2 * places), Ko::VP_END);
-            if (source.read(frame))
+            if (upright.read(source, frame))
                 frames.push_back(reduced(frame, width));
         }
     } catch (const std::runtime_error&) {
@@ -68,8 +70,9 @@ std::optional<Frames> seekFrames(Ko::VideoInputVideoFile& source, std::size_t co
 Frames readFrames(Ko::VideoInputVideoFile& source, std::size_t count, unsigned int width) {
     Frames kept;
     Ko::Image frame(Ko::PF_YCC444P);
+    example::Upright upright;
     std::size_t step = 1;
-    for (std::size_t number = 0; source.read(frame); ++number) {
+    for (std::size_t number = 0; upright.read(source, frame); ++number) {
         if (number % step != 0)
             continue;
         kept.push_back(reduced(frame, width));

@@ -7,6 +7,7 @@
 #include "convert/StillHeader.h"
 #include "support/Output.h"
 #include "support/Program.h"
+#include "support/Upright.h"
 
 #include <Kovanta/ConvertIm.h>
 #include <Kovanta/ImageFile.h>
@@ -23,6 +24,7 @@ namespace {
 struct Options {
     std::string input;
     std::string output;
+    bool asStored = false;
     bool force = false;
 };
 
@@ -137,12 +139,16 @@ void run(const Options& options) {
     example::requireReplaceable(options.output, options.force);
     const StillHeader header = readStillHeader(options.input);
     Ko::Image source(header.format);
-    Ko::readImage(source, options.input);
+    bool turned = false;
+    if (options.asStored)
+        Ko::readImage(source, options.input);
+    else
+        turned = example::Upright().read(options.input, source);
     Ko::Image target(formatWritten(options.output));
     const bool grey = isGrey(source);
     const std::string way = convert(target, source, grey);
     Ko::writeImage(options.output, target);
-    std::cout << target.width << " x " << target.height << ", " << way << "\n";
+    std::cout << target.width << " x " << target.height << (turned ? ", turned upright, " : ", ") << way << "\n";
 
     std::vector<std::string> losses;
     if (header.transparency && !isOpaque(source))
@@ -168,6 +174,8 @@ int main(int argc, char** argv) {
     program.add_option("OUT", options.output, "Still to write; its extension chooses the format")
         ->required()
         ->check(example::fileName());
+    program.add_flag("--as-stored", options.asStored,
+                     "Leave the picture as its samples lie, also where the file says how to turn it");
     example::addForce(program, options.force);
     return program.run([&] { run(options); });
 }

@@ -7,8 +7,8 @@
 #include "support/Rate.h"
 #include "support/Stills.h"
 #include "support/Stop.h"
+#include "support/Upright.h"
 
-#include <Kovanta/ImageFile.h>
 #include <Kovanta/VideoOutput.h>
 
 #include <iostream>
@@ -34,7 +34,8 @@ std::string sizeText(unsigned int width, unsigned int height) {
 void makeVideo(const Options& options) {
     const std::vector<std::string> stills = example::listStills(options.directory, options.natural);
     Ko::Image frame(Ko::PF_YCC444P);
-    Ko::readImage(frame, stills.front());
+    example::Upright upright;
+    upright.read(stills.front(), frame);
     const unsigned int width = frame.width;
     const unsigned int height = frame.height;
 
@@ -47,7 +48,7 @@ void makeVideo(const Options& options) {
     std::size_t done = 0;
     for (; done < stills.size() && !example::stopAsked(); ++done) {
         if (done > 0)
-            Ko::readImage(frame, stills[done]);
+            upright.read(stills[done], frame);
         if (frame.width != width || frame.height != height)
             throw std::runtime_error(stills[done] + " is " + sizeText(frame.width, frame.height) +
                                      ", unlike the stills before, which are " + sizeText(width, height) + ".");

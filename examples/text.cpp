@@ -3,6 +3,7 @@
 
 #include "support/Output.h"
 #include "support/Program.h"
+#include "support/Upright.h"
 
 #include <Kovanta/Colors.h>
 #include <Kovanta/Draw.h>
@@ -27,7 +28,7 @@ struct Options {
 void annotate(const Options& options) {
     example::requireReplaceable(options.output, options.force);
     Ko::Image im(Ko::PF_YCC444P);
-    Ko::readImage(im, options.input);
+    example::Upright().read(options.input, im);
     const int w = static_cast<int>(im.width);
     const int h = static_cast<int>(im.height);
     const unsigned int size = std::max(8u, im.height / 15);

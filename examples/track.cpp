@@ -8,6 +8,7 @@
 #include "support/Program.h"
 #include "support/Progress.h"
 #include "support/Stop.h"
+#include "support/Upright.h"
 
 #include <Kovanta/Draw.h>
 #include <Kovanta/Font.h>
@@ -202,10 +203,13 @@ void track(const Options& options) {
     sink.setThrowOnFailure(true);
     if (!options.encoder.empty())
         sink.setEncoder(options.encoder);
-    sink.open(source.getWidth(), source.getHeight(), options.output, rate, options.bitRate);
+    const bool onItsSide = example::isQuarterTurn(source.getOrientation());
+    sink.open(onItsSide ? source.getHeight() : source.getWidth(), onItsSide ? source.getWidth() : source.getHeight(),
+              options.output, rate, options.bitRate);
 
     Ko::Timer reading, finding, drawing, writing;
     Ko::Image frame(Ko::PF_YCC444P);
+    example::Upright upright;
     Ko::Font font;
     font.init(nullptr, 0, fontSize); // the built-in one
     MotionFinder finder;
@@ -215,7 +219,7 @@ void track(const Options& options) {
     long start = 0;
     while (!example::stopAsked()) {
         reading.start();
-        const bool delivered = source.read(frame);
+        const bool delivered = upright.read(source, frame);
         reading.stop();
         if (!delivered)
             break;

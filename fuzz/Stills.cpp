@@ -2,6 +2,7 @@
 #include "Stills.h"
 
 #include "Checks.h"
+#include "Kovanta/ImageFile.h"
 #include "support/ConversionOracle.h"
 #include "support/MemoryFile.h"
 
@@ -44,6 +45,16 @@ private:
     test::Image owning;
 };
 
+/// Whatever the bytes are, they say one of eight ways, or nothing.
+void tryOrientation(const std::string& bytes) {
+    const AllocationLimit limit(std::size_t{1} << 20);
+    try {
+        const Ko::Orientation orientation = Ko::readOrientation(bytes.data(), bytes.size());
+        require(orientation >= Ko::OR_UPRIGHT && orientation <= Ko::OR_ROTATED_270, "no orientation");
+    } catch (const std::runtime_error&) { // no known still
+    }
+}
+
 } // namespace
 
 bool patient = false;
@@ -59,6 +70,7 @@ bool Announced::holdable() const {
 }
 
 void readStill(const StillReader& reader, const std::string& bytes, Choices choices) {
+    tryOrientation(bytes);
     const std::optional<Announced> announced = reader.announced(bytes);
     if (announced && announced->tedious() && !patient)
         return;

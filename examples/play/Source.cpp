@@ -4,8 +4,6 @@
 #include "support/Rate.h"
 #include "support/Stills.h"
 
-#include <Kovanta/ImageFile.h>
-
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -17,10 +15,9 @@ Source::Source(const std::string& name) {
     lastPart = path.filename().string();
 
     if (std::filesystem::is_directory(name)) {
-        stills.emplace(name);
-        stills->seek(0, Ko::VP_BEGIN); // a single still counts as read already until a seek
+        stills = example::listStills(name, false);
     } else if (example::isStill(name)) {
-        still = name;
+        stills = {name};
         framesPerSecond = 1.0 / 3;
     } else {
         video.emplace(name);
@@ -30,26 +27,24 @@ Source::Source(const std::string& name) {
 }
 
 bool Source::isSingle() const {
-    return stills ? stills->getLength() == 1 : !video;
+    return stills.size() == 1;
 }
 
 bool Source::read(Ko::Image<>& frame) {
-    if (video ? !video->read(frame) : stills ? !stills->read(frame) : frameNumber > 0)
+    if (video ? !upright.read(*video, frame) : frameNumber == static_cast<long>(stills.size()))
         return false;
-    if (!video && !stills)
-        Ko::readImage(frame, still);
+    if (!video)
+        upright.read(stills[static_cast<std::size_t>(frameNumber)], frame);
     ++frameNumber;
     return true;
 }
 
 void Source::jump(long frames) {
     const long before = std::max(frameNumber + frames - 1, 0L); // frames before the wanted one
-    if (stills)
-        frameNumber = stills->seek(std::min(before, stills->getLength() - 1), Ko::VP_BEGIN);
-    else if (video)
+    if (video)
         jumpInVideo(before - (frameNumber - 1));
     else
-        frameNumber = 0;
+        frameNumber = std::min(before, static_cast<long>(stills.size()) - 1);
 }
 
 void Source::jumpInVideo(long frames) {

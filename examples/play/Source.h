@@ -2,10 +2,13 @@
 #ifndef KOVANTA_EXAMPLES_PLAY_SOURCE_H
 #define KOVANTA_EXAMPLES_PLAY_SOURCE_H
 
+#include "support/Upright.h"
+
 #include <Kovanta/VideoInput.h>
 
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What a name stands for, a video file, a directory of stills or one still, with the number of the frame read last.
 class Source {
@@ -31,9 +34,9 @@ private:
     void jumpInVideo(long frames);
 
     std::string lastPart;
-    std::optional<Ko::VideoInputVideoFile> video;  // or
-    std::optional<Ko::VideoInputImageFile> stills; // or
-    std::string still;
+    std::optional<Ko::VideoInputVideoFile> video; // or
+    std::vector<std::string> stills;
+    example::Upright upright;
     long frameNumber = 0;
     double framesPerSecond = 25;
 };

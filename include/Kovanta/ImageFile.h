@@ -4,6 +4,7 @@
 
 #include "Kovanta/Export.h"
 #include "Kovanta/Image.h"
+#include "Kovanta/Rotate.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -81,6 +82,23 @@ KOVANTA_API void readImage(Image<>& im, const void* data, std::size_t size);
 /// @param extension ".ppm", ".pgm", ".png", ".jpg" or ".jpeg", in any case
 /// @throws std::logic_error "[writeImage]: Cannot write EXTENSION: extension not recognized."; otherwise as the writer
 KOVANTA_API void writeImage(std::vector<unsigned char>& bytes, const Image<>& im, const std::string& extension);
+
+/// How a still is to be turned for the eye, which is what rotate() takes: cameras leave the samples as the sensor
+/// stood, and so do the readers. It is the orientation in a JPEG's or PNG's EXIF data; OR_UPRIGHT where there is none
+/// or no valid one, where the contents are not those of such a file, and for PPM and PGM. Costs a look at the file's
+/// beginning, in a PNG at the heads of its parts.
+///
+///     Ko::Image stored(Ko::PF_YCC444P), upright(Ko::PF_YCC444P);
+///     Ko::readImage(stored, name);
+///     Ko::rotate(upright, stored, Ko::readOrientation(name));
+/// @throws std::logic_error "[readOrientation]: Cannot read NAME: extension not recognized.", std::out_of_range for a
+///         name without a dot; std::runtime_error "[readOrientation]: Cannot open NAME: REASON.", std::bad_alloc
+KOVANTA_API Orientation readOrientation(const std::string& name);
+/// The same of a still in memory.
+/// @param data as for readImage()
+/// @param size in bytes
+/// @throws std::runtime_error "[readOrientation]: No known still.", std::bad_alloc
+KOVANTA_API Orientation readOrientation(const void* data, std::size_t size);
 
 /// Reads a binary PPM ("P6", maximum value 255). Samples that a short file does not hold become 0.
 /// @throws as parseHeader()

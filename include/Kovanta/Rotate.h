@@ -23,8 +23,8 @@ enum Orientation : unsigned int {
 };
 
 /// Makes @p dst the picture of @p src turned as @p orientation says, in the source's format; width and height change
-/// places where rows become columns. For PF_Y (plane 0 only), PF_YCC444P, PF_YCC420P and PF_RGB. Each sample is moved
-/// and none is changed; the halved chroma of odd sizes, which lacks the last column or row, turns within itself.
+/// places where rows become columns. For every format but PF_JFIF422P and PF_YUY2. Each sample is moved and none is
+/// changed; the halved chroma of odd sizes, which lacks the last column or row, turns within itself.
 /// Several threads may turn one source into images of their own.
 /// @throws std::logic_error "[rotate]: Don't know how to rotate FORMAT.", "[rotate]: Unknown orientation.", and when
 ///         @p dst wraps memory of another size: "[Array2D<T>::resize]: ..."; @p dst has the format then

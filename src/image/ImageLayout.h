@@ -4,6 +4,7 @@
 
 #include "Kovanta/Image.h"
 
+#include <cstddef>
 #include <cstdint>
 
 /// Sizing of all planes of an image at once: every plane gets its memory or none does.
@@ -25,6 +26,15 @@ PlaneSize planeSize(const Image<>& im, int p, std::uint32_t w, std::uint32_t h);
 /// Whether no routine ever reads or writes a plane that the format has: the chroma that the grey formats carry along.
 constexpr bool isIdle(PIXEL_FORMAT format, int p) {
     return (format == PF_Y || format == PF_YAP) && (p == 1 || p == 2);
+}
+
+/// Whether pictures use a plane: the format has it, and it is not idle.
+inline bool isUsed(const Image<>& im, int p) {
+    return im.horDiv[p] != 0 && !isIdle(im.format, p);
+}
+/// The bytes that belong together in each plane: a packed pixel, but for PF_YUY2, and a single sample else.
+inline std::size_t unitBytes(const Image<>& im) {
+    return im.planar ? 1 : im.bytesPerPixelNum;
 }
 
 /// Whether every present plane of a w x h image fits 32-bit sizes.

@@ -30,7 +30,7 @@ void completePlane(Array2D<>& plane, std::size_t w, std::size_t h, bool loneColu
 
 bool isWhole(const Image<>& im) noexcept {
     for (int p = 0; p < ImageLayout::planeCount; ++p) {
-        if (im.horDiv[p] == 0 || ImageLayout::isIdle(im.format, p))
+        if (!ImageLayout::isUsed(im, p))
             continue;
         const ImageLayout::PlaneSize s = ImageLayout::planeSize(im, p, im.width, im.height);
         const auto held = sourceRows(im, p);
@@ -43,7 +43,7 @@ bool isWhole(const Image<>& im) noexcept {
 
 void blacken(Image<>& im) noexcept {
     for (int p = 0; p < ImageLayout::planeCount; ++p) {
-        if (im.horDiv[p] == 0 || ImageLayout::isIdle(im.format, p))
+        if (!ImageLayout::isUsed(im, p))
             continue;
         const ImageLayout::PlaneSize s = ImageLayout::planeSize(im, p, im.width, im.height);
         const auto rows = targetRows(im, p);

@@ -32,7 +32,7 @@ void requireSizes(const Image<>& dst, const Image<>& src) {
 /// Copies what both hold of the planes that pictures use.
 void copySamples(Image<>& dst, const Image<>& src) {
     for (int p = 0; p < ImageLayout::planeCount; ++p) {
-        if (src.horDiv[p] == 0 || ImageLayout::isIdle(src.format, p))
+        if (!ImageLayout::isUsed(src, p))
             continue;
         const auto size = ImageLayout::planeSize(src, p, src.width, src.height);
         const auto from = sourceRows(src, p);
@@ -58,9 +58,9 @@ void fillRows(const PlaneRows<unsigned char*>& rows, ImageLayout::PlaneSize size
 }
 
 void scaleAll(Image<>& dst, const Image<>& src) {
-    const std::size_t bytes = src.planar ? 1 : src.bytesPerPixelNum;
+    const std::size_t bytes = ImageLayout::unitBytes(src);
     for (int p = 0; p < ImageLayout::planeCount; ++p) {
-        if (src.horDiv[p] == 0 || ImageLayout::isIdle(src.format, p))
+        if (!ImageLayout::isUsed(src, p))
             continue;
         const auto have = ImageLayout::planeSize(src, p, src.width, src.height);
         const auto want = ImageLayout::planeSize(dst, p, dst.width, dst.height);

@@ -20,24 +20,10 @@ namespace {
 using SourceRows = PlaneRows<const unsigned char*>;
 using TargetRows = PlaneRows<unsigned char*>;
 
-/// What moves together in a format: how many planes take part, and the bytes of one unit.
-struct Units {
-    int planes;
-    std::size_t bytes;
-};
-
-Units unitsOf(PIXEL_FORMAT format) {
-    switch (format) {
-    case PF_Y:
-        return {1, 1};
-    case PF_YCC444P:
-    case PF_YCC420P:
-        return {3, 1};
-    case PF_RGB:
-        return {1, 3};
-    default:
+void requireKnown(PIXEL_FORMAT format) {
+    // Of halved chroma a quarter turn would have to make doubled one.
+    if (format == PF_UNKNOWN || format > PF_BGR || format == PF_JFIF422P)
         throwLogicError("rotate", "Don't know how to rotate " + fmt2string(format) + ".");
-    }
 }
 
 /// An orientation as three steps: rows become columns, then left and right are swapped, then top and bottom.
@@ -69,10 +55,15 @@ Turn turnOf(Orientation orientation) {
     throwLogicError("rotate", "Unknown orientation.");
 }
 
+void mirrorQuads(unsigned char* dst, const unsigned char* src, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        std::memcpy(dst + 4 * i, src + 4 * (n - 1 - i), 4);
+}
+
 /// Rows stay rows.
 void moveRows(const TargetRows& to, const SourceRows& from, std::size_t width, std::size_t height, std::size_t bytes,
               Turn turn) {
-    const auto mirror = bytes == 1 ? rowKernels().mirrorBytes : rowKernels().mirrorTriples;
+    const auto mirror = bytes == 1 ? rowKernels().mirrorBytes : bytes == 3 ? rowKernels().mirrorTriples : mirrorQuads;
     for (std::size_t y = 0; y < height; ++y) {
         unsigned char* const target = to[turn.flips ? height - 1 - y : y];
         if (turn.mirrors)
@@ -99,7 +90,7 @@ void moveUnits(const TargetRows& to, const SourceRows& from, std::size_t width, 
 } // namespace
 
 void rotate(Image<>& dst, const Image<>& src, Orientation orientation) {
-    const Units units = unitsOf(src.format);
+    requireKnown(src.format);
     const Turn turn = turnOf(orientation);
     if (&dst == &src || sharingOf(dst, src).any)
         return rotate(dst, Image<>(src), orientation);
@@ -109,7 +100,10 @@ void rotate(Image<>& dst, const Image<>& src, Orientation orientation) {
     const bool whole = isWhole(src) && isWhole(dst);
     if (!whole)
         blacken(dst);
-    for (int p = 0; p < units.planes; ++p) {
+    const std::size_t bytes = ImageLayout::unitBytes(src);
+    for (int p = 0; p < ImageLayout::planeCount; ++p) {
+        if (!ImageLayout::isUsed(src, p))
+            continue;
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
         const std::size_t w = width / dst.horDiv[p];
@@ -117,13 +111,11 @@ void rotate(Image<>& dst, const Image<>& src, Orientation orientation) {
         if (w == 0 || h == 0)
             continue; // there need be no rows
         if (!whole)
-            moveUnits(to, from, w, h, units.bytes, turn);
+            moveUnits(to, from, w, h, bytes, turn);
         else if (!turn.transposes)
-            moveRows(to, from, w, h, units.bytes, turn);
-        else if (units.bytes == 1)
-            transposeBytes(to, from, w, h, turn.mirrors, turn.flips);
+            moveRows(to, from, w, h, bytes, turn);
         else
-            transposeTriples(to, from, w, h, turn.mirrors, turn.flips);
+            transposeUnits(to, from, w, h, bytes, turn.mirrors, turn.flips);
     }
 }
 

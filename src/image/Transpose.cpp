@@ -103,14 +103,14 @@ private:
 
 } // namespace
 
-void transposeBytes(const PlaneRows<unsigned char*>& to, const PlaneRows<const unsigned char*>& from, std::size_t w,
-                    std::size_t h, bool mirrors, bool flips) {
-    Transposition<1>(to, from, w, h, mirrors, flips).run();
-}
-
-void transposeTriples(const PlaneRows<unsigned char*>& to, const PlaneRows<const unsigned char*>& from, std::size_t w,
-                      std::size_t h, bool mirrors, bool flips) {
-    Transposition<3>(to, from, w, h, mirrors, flips).run();
+void transposeUnits(const PlaneRows<unsigned char*>& to, const PlaneRows<const unsigned char*>& from, std::size_t w,
+                    std::size_t h, std::size_t bytes, bool mirrors, bool flips) {
+    if (bytes == 1)
+        Transposition<1>(to, from, w, h, mirrors, flips).run();
+    else if (bytes == 3)
+        Transposition<3>(to, from, w, h, mirrors, flips).run();
+    else
+        Transposition<4>(to, from, w, h, mirrors, flips).run();
 }
 
 } // namespace Ko

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/ImageFile.h"
 
+#include "imagefile/Orientation.h"
 #include "imagefile/StillFormats.h"
 #include "util/Errors.h"
 
@@ -36,6 +37,18 @@ void writeImage(const std::string& name, const Image<>& im) {
     if (!format)
         throwLogicError("writeImage", "Cannot write " + name + ": extension not recognized.");
     format->write(name, im);
+}
+
+Orientation readOrientation(const std::string& name) {
+    if (!formatOf(name))
+        throwLogicError("readOrientation", "Cannot read " + name + ": extension not recognized.");
+    return orientationIn(openFile("readOrientation", name).get());
+}
+
+Orientation readOrientation(const void* data, std::size_t size) {
+    if (!findStillFormat(data, size))
+        throwRuntimeError("readOrientation", "No known still.");
+    return orientationIn(openMemory(data, size).get());
 }
 
 void readImage(Image<>& im, const void* data, std::size_t size) {

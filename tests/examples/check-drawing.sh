@@ -108,6 +108,19 @@ start large.png "$work/large.png"
 xdotool key q
 ends 0
 
+convert -size 500x350 gradient: "$work/flat.jpg"
+held=$work/held
+mkdir "$held"
+{
+  head -c 2 "$work/flat.jpg"
+  printf '\377\341\0\042Exif\0\0II*\0\10\0\0\0\1\0\22\1\3\0\1\0\0\0\10\0\0\0\0\0\0\0'
+  tail -c +3 "$work/flat.jpg"
+} >"$held/a.jpg"
+start held "$held"
+[ "$(geometry)" = 350x500 ] || fail "play: $(geometry) for a picture that is to be turned"
+xdotool key q
+ends 0
+
 unset DISPLAY TERM
 for what in "$work/clip.avi" "$work/none.avi"; do
   code=0

@@ -46,6 +46,14 @@ loses "colour" a.jpg back.pgm
 "$convert" opaque.png opaque.ppm > out.log
 "$convert" colour.png colour.ppm > out.log
 cmp opaque.ppm colour.ppm || fail "an opaque PNG's colours"
+
+# A camera held upright: the picture is turned, its left side comes to the top.
+magick -size 40x20 xc:blue -size 20x20 xc:red +swap +append flat.jpg
+{ head -c 2 flat.jpg; printf '\377\341\0\042Exif\0\0MM\0*\0\0\0\10\0\1\1\22\0\3\0\0\0\1\0\6\0\0\0\0\0\0'; tail -c +3 flat.jpg; } > held.jpg
+"$convert" held.jpg held.ppm | grep -q '^20 x 60, turned upright, ' || fail "a still that is to be turned"
+[ "$(magick held.ppm -format '%[fx:p{10,5}.r > 0.9 && p{10,50}.b > 0.9]' info:)" = 1 ] || fail "turned the wrong way"
+"$convert" --as-stored held.jpg stored.ppm | grep -q '^60 x 20, PF_JFIF' || fail "a still as it is stored"
+
 ! "$convert" colour.png a.bmp 2> error || fail "an unknown extension"
 grep -q 'Cannot write a.bmp: extension not recognized.' error || fail "its message"
 ! "$convert" none.png b.pgm 2> error || fail "a still that is not there"

@@ -43,6 +43,18 @@ for video in in.mp4 piped.mkv bare.h264; do
     [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "$video: nothing white at $spot of the sheet"
   done
 done
+# A phone held upright: the file says that its pictures are to be turned by a quarter.
+cp in.mp4 turned.mp4
+printf '\0\0\0\0\0\1\0\0\0\0\0\0\377\377\0\0\0\0\0\0' |
+  dd of=turned.mp4 bs=1 seek=$(($(grep -abom1 tkhd in.mp4 | cut -d: -f1) + 44)) conv=notrunc status=none
+"$track" turned.mp4 upright.mp4 >run.log 2>err.log || fail "track turned.mp4"
+for video in turned.mp4 upright.mp4; do
+  "$contact" $video sheet.png --force --columns 3 --rows 1 --width 120 2>err.log || fail "contact $video"
+  [ "$(identify -format '%wx%h' sheet.png)" = 368x160 ] || fail "$video: the sheet is $(identify -format '%wx%h' sheet.png)"
+  for spot in 74,45 "$((124 + 59)),75"; do # what track draws follows the square
+    [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "$video: nothing white at $spot of the sheet"
+  done
+done
 "$contact" missing.mp4 sheet.png 2>err.log && fail "contact took a missing file"
 
 # expect_error TEXT ARGUMENTS...

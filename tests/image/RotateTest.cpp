@@ -13,7 +13,8 @@ namespace {
 using namespace test;
 using testing::ThrowsMessage;
 
-const Ko::PIXEL_FORMAT known[] = {Ko::PF_Y, Ko::PF_YCC444P, Ko::PF_YCC420P, Ko::PF_RGB};
+const Ko::PIXEL_FORMAT known[] = {Ko::PF_Y,   Ko::PF_YAP,  Ko::PF_YCC444P, Ko::PF_YCCA4444P, Ko::PF_YCC420P,
+                                  Ko::PF_RGB, Ko::PF_RGBA, Ko::PF_JFIF,    Ko::PF_BGR};
 
 /// Where a unit of the source stands in a picture of w x h that EXIF shows so: the tag's value names the sides at which
 /// the stored first row and first column are seen.
@@ -41,9 +42,12 @@ std::pair<unsigned, unsigned> seenAt(int exif, unsigned x, unsigned y, unsigned 
 Image turned(const Image& src, int exif) {
     Image dst(src.format);
     dst.size(exif < 5 ? src.width : src.height, exif < 5 ? src.height : src.width);
-    const unsigned bytes = src.format == Ko::PF_RGB ? 3 : 1;
-    for (int p = 0; p < (bytes == 3 || src.format == Ko::PF_Y ? 1 : 3); ++p) {
+    const unsigned bytes = src.planar ? 1 : src.bytesPerPixelNum;
+    const bool grey = src.format == Ko::PF_Y || src.format == Ko::PF_YAP;
+    for (int p = 0; p < 4; ++p) {
         const auto& plane = src.plane[p];
+        if (src.horDiv[p] == 0 || (grey && (p == 1 || p == 2)))
+            continue;
         for (unsigned y = 0; y < plane.height; ++y)
             for (unsigned x = 0; x < plane.width; ++x) {
                 const auto [column, row] = seenAt(exif, x / bytes, y, dst.plane[p].width / bytes, dst.plane[p].height);
