@@ -94,7 +94,8 @@ Frames readFrames(Ko::VideoInputVideoFile& source, std::size_t count, unsigned i
 void makeSheet(const Options& options) {
     example::requireReplaceable(options.sheet, options.force);
     const std::size_t count = std::size_t{options.columns} * options.rows;
-    Ko::VideoInputVideoFile source(options.video);
+    Ko::VideoInputVideoFile source;
+    source.setAnyFormat(true).open(options.video);
     std::optional<Frames> frames = seekFrames(source, count, options.width);
     if (!frames) {
         source.open(options.video); // from the beginning

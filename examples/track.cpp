@@ -193,7 +193,8 @@ void track(const Options& options) {
     std::error_code missing;
     if (std::filesystem::equivalent(options.input, options.output, missing))
         throw std::runtime_error("INPUT and OUTPUT are the same file.");
-    Ko::VideoInputVideoFile source(options.input);
+    Ko::VideoInputVideoFile source;
+    source.setAnyFormat(true).open(options.input);
     example::requireReplaceable(options.output, options.force); // while Ctrl-C still ends the question
     example::catchStops();
     Ko::Frac<unsigned int> rate = source.getFrameRate();

@@ -20,7 +20,8 @@ Source::Source(const std::string& name) {
         stills = {name};
         framesPerSecond = 1.0 / 3;
     } else {
-        video.emplace(name);
+        video.emplace();
+        video->setAnyFormat(true).open(name);
         if (const double told = example::perSecond(video->getFrameRate()); told > 0)
             framesPerSecond = told;
     }

@@ -2,6 +2,7 @@
 #ifndef KOVANTA_VIDEOINPUTVIDEOFILE_H
 #define KOVANTA_VIDEOINPUTVIDEOFILE_H
 
+#include "Kovanta/ColorMatrix.h"
 #include "Kovanta/Export.h"
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
@@ -17,7 +18,7 @@ namespace Ko {
 /// @{
 
 /// The first video stream of a file, in any container and codec that the installed libav reads, as long as it decodes
-/// to planar 4:2:0 or to full-range planar 4:2:2.
+/// to planar 4:2:0 or to full-range planar 4:2:2; with setAnyFormat() nearly whatever it decodes to.
 ///
 /// Positions, lengths and seek targets count ticks of the stream's time base; where a tick is the frame period (AVI,
 /// and what VideoOutputVideoFile writes into mp4 and mov at whole rates) they count frames. The position is the time
@@ -27,8 +28,8 @@ namespace Ko {
 /// a cover picture counts as video only where there is no other.
 ///
 /// One thread at a time per object. Opening and closing hold libAvMutex, so different objects may be used by different
-/// threads at will. Every operation but setFormat(), setLoop(), open(), close(), tell() and getError() needs an opened
-/// source and throws std::logic_error "[VideoInputVideoFile::...]: Not opened." without one.
+/// threads at will. Every operation but setFormat(), setAnyFormat(), setLoop(), open(), close(), tell() and getError()
+/// needs an opened source and throws std::logic_error "[VideoInputVideoFile::...]: Not opened." without one.
 class KOVANTA_API VideoInputVideoFile : public VideoInput {
 public:
     /// An unopened source.
@@ -46,6 +47,25 @@ public:
     ///         restored as well
     void setFormat(const std::string& name);
 
+    /// Takes pictures of nearly every pixel format: those that are neither planar 4:2:0 nor full-range planar 4:2:2 of
+    /// eight bits are brought to eight bits in studio range and delivered as PF_YCC444P, or as what convertIm() makes
+    /// of that, PF_YCC420P without a detour. The same formats can be read from pictures that are taken as they are.
+    ///
+    /// Of samples v of n bits, with M = 2^n - 1, and all rounded to the nearest:
+    /// - studio range becomes v / 2^(n-8), as ITU-R BT.601, BT.709 and BT.2020 scale it;
+    /// - full range of more than eight bits becomes Y' = 219 v / M + 16 and C = 224 (v - 2^(n-1)) / M + 128, as ITU-R
+    ///   BT.2100 defines both ranges; of eight bits it becomes what convertIm() makes of PF_JFIF, by its truncating
+    ///   formula, so that a film and a still of it agree. Planar 4:2:0 that the file calls full range counts as such;
+    ///   otherwise it is delivered as if it were studio range;
+    /// - RGB, and palettes, become Y'CbCr of BT.601 by way of eight bits, as convertIm() makes it;
+    /// - grey has chroma 128; unless the file tells, it is full range.
+    ///
+    /// Chroma is repeated as convertIm() does it, to the last odd column and row. Alpha is dropped. What holds no whole
+    /// bytes of integers stays refused: floating point, one bit a pixel, Bayer patterns, XYZ.
+    ///
+    /// Off until set, kept over close() and open(); set on an opened source it takes effect on the next picture.
+    VideoInputVideoFile& setAnyFormat(bool any);
+
     /// Opens a file and its first video stream; what the object had open is closed first. Where what stands before a
     /// colon in the name is a protocol of libav's, libav opens that; put "file:" before names from strangers.
     ///
@@ -58,7 +78,8 @@ public:
     ///         "[VideoInputVideoFile::VideoInputVideoFile]: Failed to find video stream in FILENAME."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_find_decoder failed."
     /// @throws std::runtime_error "[VideoInputVideoFile::VideoInputVideoFile]: avcodec_open failed."
-    /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."
+    /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."; with
+    ///         setAnyFormat() the name that libav has for the format follows in parentheses
     /// @throws std::bad_alloc
     void open(const std::string& filename);
 
@@ -71,6 +92,14 @@ public:
     /// How pictures are to be turned for the eye, as the container tells (phones hold their camera in any way): what
     /// rotate() takes. Turns that are no quarters are taken for the nearest one. read() delivers pictures as stored.
     Orientation getOrientation() const;
+
+    /// The matrix that made the stream's samples, as the file tells it and for convertIm() to take; CM_UNKNOWN where it
+    /// does not tell, or names another one. RGB that setAnyFormat() takes comes out as CM_BT601, and that is told.
+    ColorMatrix getColorMatrix() const;
+
+    /// The range of the samples in the file, as it tells; CR_UNKNOWN where it does not, which nearly always means
+    /// studio range. With setAnyFormat() pictures are delivered in studio range whatever this is.
+    ColorRange getColorRange() const;
 
     /// One tick of positions and lengths, in seconds, reduced; {1, 0} for a file that has none.
     Frac<unsigned int> getTimeBase() const;
@@ -101,7 +130,7 @@ public:
     /// @throws std::logic_error as convertIm(), when it cannot convert into the format of @p frame; the picture is then
     ///         spent
     /// @throws std::runtime_error "[VideoInputVideoFile::open]: Input pixel format of stream is not supported." when
-    ///         the stream changes to such a format midway
+    ///         the stream changes to such a format midway, named as by open()
     /// @throws std::bad_alloc
     bool read(Image<>& frame) override;
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/VideoInputVideoFile.h"
 
-#include "Kovanta/ConvertIm.h"
 #include "Kovanta/LibAvMutex.h"
 #include "image/ImageLayout.h"
 #include "libav/Log.h"
 #include "util/Errors.h"
-#include "videoin/DecodedPicture.h"
+#include "videoin/PictureDelivery.h"
+#include "videoin/StreamColor.h"
 #include "videoin/Ticks.h"
 #include "videoin/VideoFileDecoder.h"
 
@@ -55,7 +55,7 @@ struct KOVANTA_LOCAL VideoInputVideoFile::Impl {
 
     std::unique_ptr<VideoFileDecoder> decoder; ///< Set from the start of an open, also of a failed one.
     const AVInputFormat* forcedFormat = nullptr;
-    Image<> wrapper{PF_YCC444P}; ///< Its rows point into the decoder's current picture.
+    PictureDelivery delivery;
     Time position = 0;
     Time delivered = 0; ///< Pictures since the beginning; -1 where a seek has lost count.
     bool looping = false;
@@ -138,14 +138,17 @@ void VideoInputVideoFile::setFormat(const std::string& name) {
         throwLogicError("VideoInputVideoFile::setFormat", "av_find_input_format failed.");
 }
 
+VideoInputVideoFile& VideoInputVideoFile::setAnyFormat(bool any) {
+    impl->delivery.anyFormat = any;
+    return *this;
+}
+
 void VideoInputVideoFile::open(const std::string& filename) {
     const boost::lock_guard<boost::mutex> lock(libAvMutex);
     impl->release();
     impl->decoder = std::make_unique<VideoFileDecoder>();
     impl->decoder->open(filename, impl->forcedFormat);
-    const AVCodecContext& stream = impl->decoder->description();
-    shapeWrapper(impl->wrapper, stream.pix_fmt, static_cast<unsigned int>(stream.width),
-                 static_cast<unsigned int>(stream.height));
+    impl->delivery.expect(impl->decoder->description());
     impl->ready = true;
 }
 
@@ -156,7 +159,7 @@ void VideoInputVideoFile::close() {
 
 bool VideoInputVideoFile::read(Image<>& frame) {
     VideoFileDecoder& source = impl->opened("read");
-    ImageLayout::resizeTarget(frame, impl->wrapper.width, impl->wrapper.height, "VideoInputVideoFile::read");
+    ImageLayout::resizeTarget(frame, impl->delivery.width(), impl->delivery.height(), "VideoInputVideoFile::read");
     const bool wraps = impl->looping && !impl->seeking;
     const AVFrame* picture = source.next();
     // Here the end was found by running out of pictures: the length is unknown, or not the last time stamp plus one.
@@ -171,8 +174,7 @@ bool VideoInputVideoFile::read(Image<>& frame) {
     impl->position = addTicks(source.timeStamp(), 1);
     impl->delivered = impl->delivered >= 0 ? impl->delivered + 1 : source.pictureNumber();
     impl->deliveredSinceStart = true;
-    wrapPicture(impl->wrapper, *picture);
-    convertIm(frame, impl->wrapper);
+    impl->delivery.deliver(frame, *picture);
     if (wraps && eof())
         seek(0, VP_BEGIN);
     return true;
@@ -229,12 +231,12 @@ bool VideoInputVideoFile::eof() const {
 
 unsigned int VideoInputVideoFile::getWidth() const {
     impl->opened("getWidth");
-    return impl->wrapper.width;
+    return impl->delivery.width();
 }
 
 unsigned int VideoInputVideoFile::getHeight() const {
     impl->opened("getHeight");
-    return impl->wrapper.height;
+    return impl->delivery.height();
 }
 
 long VideoInputVideoFile::getLength() const {
@@ -248,6 +250,16 @@ Frac<unsigned int> VideoInputVideoFile::getFrameRate() const {
 
 Orientation VideoInputVideoFile::getOrientation() const {
     return impl->opened("getOrientation").orientation();
+}
+
+ColorMatrix VideoInputVideoFile::getColorMatrix() const {
+    const AVCodecContext& stream = impl->opened("getColorMatrix").description();
+    return colorMatrixOf(stream.pix_fmt, stream.colorspace);
+}
+
+ColorRange VideoInputVideoFile::getColorRange() const {
+    const AVCodecContext& stream = impl->opened("getColorRange").description();
+    return colorRangeOf(stream.pix_fmt, stream.color_range);
 }
 
 Frac<unsigned int> VideoInputVideoFile::getTimeBase() const {

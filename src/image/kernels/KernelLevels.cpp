@@ -85,4 +85,8 @@ const RowKernels& streamingKernels() {
     return levelInUse().streaming;
 }
 
+const SampleKernels& sampleKernels() {
+    return levelInUse().samples;
+}
+
 } // namespace Ko

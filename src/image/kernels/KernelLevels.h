@@ -3,6 +3,7 @@
 #define KOVANTA_SRC_IMAGE_KERNELS_KERNELLEVELS_H
 
 #include "image/RowKernels.h"
+#include "image/SampleKernels.h"
 
 namespace Ko {
 
@@ -13,6 +14,7 @@ enum class KernelLevel { portable, sse4, avx2, avxVnni, avx512 };
 struct LevelKernels {
     RowKernels cached;
     RowKernels streaming; ///< Past the cache, where that is worth it.
+    SampleKernels samples;
 };
 
 /// The kernels of a level; null when this processor or this build has no such level.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "image/kernels/Definition.h"
 #include "image/kernels/KernelLevels.h"
+#include "image/kernels/SampleDefinition.h"
 
 #include <cstddef>
 
@@ -156,9 +157,24 @@ constexpr RowKernels definedKernels() {
     return k;
 }
 
+constexpr SampleKernels definedSampleKernels() {
+    SampleKernels k{};
+    k.roundWords = roundWords;
+    k.scaleWords = scaleWords;
+    k.chromaToStudio = mapRange<chromaToStudio>;
+    k.firstOfPairs = ofPairs<0>;
+    k.secondOfPairs = ofPairs<1>;
+    k.repeated = repeated;
+    k.meanOfRows = meanOfRows;
+    k.bgrxToYcc = packedToYcc<Bt601, 4, 2, 0>;
+    k.planesToRgbx = planesToRgbx;
+    return k;
+}
+
 } // namespace
 
-constexpr LevelKernels portableKernels{definedKernels(), definedKernels()};
+constexpr LevelKernels portableKernels{definedKernels(), definedKernels(), definedSampleKernels()};
 static_assert(!__builtin_constant_p(isComplete(portableKernels.cached)) || isComplete(portableKernels.cached));
+static_assert(!__builtin_constant_p(isComplete(portableKernels.samples)) || isComplete(portableKernels.samples));
 
 } // namespace Ko

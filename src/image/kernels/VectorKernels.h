@@ -10,6 +10,7 @@
 #include "image/kernels/Means.h"
 #include "image/kernels/PlainLoops.h"
 #include "image/kernels/Ranges.h"
+#include "image/kernels/SampleLoops.h"
 #include "image/kernels/Triples.h"
 
 namespace Ko {
@@ -54,7 +55,7 @@ constexpr RowKernels vectorKernels() {
 
 /// A level made of its kernels.
 constexpr LevelKernels bothStores(const RowKernels& k) {
-    return {k, withStores<Streaming>(k)};
+    return {k, withStores<Streaming>(k), vectorSampleKernels()};
 }
 
 } // namespace
