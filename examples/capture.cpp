@@ -44,6 +44,7 @@ struct Options {
     bool show = false;
     bool describe = false;
     bool force = false;
+    bool emulated = false;
     unsigned long frames = 0;
     example::Rate rate{0, 1};
     example::Rate cameraRate{0, 1};
@@ -130,7 +131,15 @@ Capture::Capture(const Options& chosen)
     : options(chosen) {
     camera.setBufferCount(4);
     camera.setFrameRate(options.cameraRate);
-    camera.init(options.device, options.width, options.height, 0);
+    camera.setEmulatedFormats(options.emulated);
+    try {
+        camera.init(options.device, options.width, options.height, 0);
+    } catch (const std::runtime_error& e) {
+        const std::string formats = options.emulated ? "" : otherFormats(options.device);
+        if (formats.empty())
+            throw;
+        throw std::runtime_error(std::string(e.what()) + "\nIt offers " + formats + ": try --emulated.");
+    }
     if (!options.output.empty())
         recorder.emplace(camera.getWidth(), camera.getHeight(), options.output, options.rate, camera.getFrameRate(),
                          options.bitRate);
@@ -225,6 +234,9 @@ int main(int argc, char** argv) {
                        "OUTPUT, the video file to write, whose extension chooses the container");
     program.add_flag("--show", options.show, "Show a window");
     program.add_flag("--formats", options.describe, "List what the device offers instead");
+    program.add_flag("--emulated", options.emulated,
+                     "Let libv4l2 decode what the camera compresses or packs in a way of its own: for cameras that "
+                     "are refused otherwise, and for large pictures at full speed");
     program.add_option("-n", options.frames, "Frames to capture; without end by default")
         ->type_name("N")
         ->check(example::wholeNumber(1));

@@ -25,8 +25,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     camera.reportedIndex = choices.below(8) == 0 ? choices.word() : 0;
     if (choices.flip())
         camera.capabilities = choices.word() << 16 | choices.word();
-    const char* const calls[] = {"open", "QUERYCAP", "TRY_FMT",  "S_FMT", "G_FMT",     "REQBUFS", "QUERYBUF",
-                                 "QBUF", "DQBUF",    "STREAMON", "mmap",  "STREAMOFF", "munmap",  "close"};
+    const char* const calls[] = {"open",     "QUERYCAP", "TRY_FMT",      "S_FMT",      "G_FMT",     "REQBUFS",
+                                 "QUERYBUF", "QBUF",     "DQBUF",        "STREAMON",   "mmap",      "STREAMOFF",
+                                 "munmap",   "close",    "v4l2_fd_open", "v4l2 DQBUF", "v4l2 mmap", "v4l2 REQBUFS"};
     for (unsigned i = choices.below(3); i > 0; --i)
         fake::faults.push_back({calls[choices.below(std::size(calls))], static_cast<int>(1 + choices.below(4)),
                                 static_cast<int>(1 + choices.below(110))});
@@ -36,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         Ko::Image frame(choices.flip() ? Ko::PF_YCC444P : Ko::PF_YCC420P);
         for (unsigned i = 2 + choices.below(10); i > 0; --i)
             try {
-                switch (choices.below(6)) {
+                switch (choices.below(7)) {
                 case 0:
                     source.init(choices.below(2), choices.below(100), choices.below(100), choices.below(2));
                     break;
@@ -50,6 +51,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                     source.close();
                     break;
                 case 4:
+                    source.setEmulatedFormats(choices.flip());
+                    break;
+                case 5:
                     source.setBufferCount(choices.below(8));
                     break;
                 default:

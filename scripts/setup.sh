@@ -12,7 +12,7 @@ library=(
   ca-certificates cmake g++ ninja-build pkg-config
   # what the library is built on
   libavcodec-dev libavformat-dev libavutil-dev libboost-filesystem-dev libboost-thread-dev libfreetype-dev
-  libjpeg62-turbo-dev libpng-dev libsdl1.2-dev libx11-dev libxcb1-dev
+  libjpeg62-turbo-dev libpng-dev libsdl1.2-dev libv4l-dev libx11-dev libxcb1-dev
 )
 demo=("${library[@]}" libcli11-dev)
 test=(

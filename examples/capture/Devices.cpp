@@ -51,6 +51,10 @@ std::string text(const __u8* field, std::size_t size) {
     return {begin, ::strnlen(begin, size)};
 }
 
+bool isRead(const v4l2_fmtdesc& format) {
+    return format.pixelformat == V4L2_PIX_FMT_YUV420 || format.pixelformat == V4L2_PIX_FMT_YUYV;
+}
+
 void printRates(const Device& device, const v4l2_frmsizeenum& size) {
     v4l2_frmivalenum interval{};
     interval.pixel_format = size.pixel_format;
@@ -111,6 +115,19 @@ void listDevices() {
         std::cout << "No camera found.\n";
 }
 
+std::string otherFormats(unsigned int number) {
+    const Device device(number);
+    v4l2_fmtdesc format{};
+    format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    std::string names;
+    bool any = false;
+    device.enumerate(VIDIOC_ENUM_FMT, format, [&](const v4l2_fmtdesc& found) {
+        any = any || isRead(found);
+        names += (names.empty() ? "" : ", ") + text(found.description, sizeof found.description);
+    });
+    return any ? "" : names;
+}
+
 void listFormats(unsigned int number) {
     const Device device(number);
     if (!device.isOpen())
@@ -122,10 +139,9 @@ void listFormats(unsigned int number) {
     v4l2_fmtdesc format{};
     format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
     device.enumerate(VIDIOC_ENUM_FMT, format, [&device](const v4l2_fmtdesc& found) {
-        const bool read = found.pixelformat == V4L2_PIX_FMT_YUV420 || found.pixelformat == V4L2_PIX_FMT_YUYV;
         std::cout << "format " << text(found.description, sizeof found.description)
-                  << (read ? "\n" : ": not read here\n");
-        if (read)
+                  << (isRead(found) ? "\n" : ": only with --emulated, if at all\n");
+        if (isRead(found))
             printSizes(device, found.pixelformat);
     });
 }

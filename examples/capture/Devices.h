@@ -16,4 +16,7 @@ void listDevices();
 /// @throws std::runtime_error when it cannot be opened
 void listFormats(unsigned int device);
 
+/// The names of the formats of a device that offers none that the library reads; empty for others.
+std::string otherFormats(unsigned int device);
+
 #endif

@@ -19,9 +19,10 @@ namespace Ko {
 
 /// A camera, or another video capture device, behind Linux's Video4Linux2 interface ("/dev/video0", ...).
 ///
-/// The device has to offer planar 4:2:0 ("YU12", preferred) or packed 4:2:2 ("YUYV"). Its buffers are mapped, and the
-/// conversion into the caller's image is the only copy of a frame. PF_YCC444P takes frames of either kind; other
-/// formats of the caller work as far as convertIm() has the pair.
+/// The device has to offer planar 4:2:0 ("YU12", preferred) or packed 4:2:2 ("YUYV"), or others that
+/// setEmulatedFormats() makes one of these. Its buffers are mapped, and the conversion into the caller's image is the
+/// only copy of a frame. PF_YCC444P takes frames of either kind; other formats of the caller work as far as convertIm()
+/// has the pair.
 ///
 /// Every failed call to the system throws std::runtime_error with the reason of the system at its end. One thread at a
 /// time per object, but for setTimeout(), which limits how long read() waits. Where a camera may fall silent, set that,
@@ -85,6 +86,14 @@ public:
     /// @throws std::logic_error "[VideoInputCaptureV4L::setFieldOrder]: Unknown field order."
     void setFieldOrder(FIELD_ORDER order) override;
 
+    /// Wishes that libv4l2 speaks to the device, which takes Motion JPEG, vendors' formats and many more and gives
+    /// planar 4:2:0; takes effect at the next init(). It chooses by size and rate what the camera sends, so that a
+    /// camera that also has raw pictures gives large ones faster. A picture that it converts is one copy more. One that
+    /// it cannot decode is skipped: a read() may then wait although waitForFrame() said that it would not. What libv4l2
+    /// complains of goes to standard error.
+    /// @param on false, as at first: the device as it is
+    /// @return this object
+    VideoInputCaptureV4L& setEmulatedFormats(bool on);
     /// Limits how long read() waits. May be called by any thread, and by a signal handler, and then holds for a read()
     /// that waits already: a handler that sets 1 ends the wait.
     /// @param milliseconds 0, as at first, is no limit

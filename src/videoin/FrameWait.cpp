@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 
 namespace Ko {
 
@@ -16,19 +15,27 @@ namespace {
 /// How long the wait does not look at what other threads may have changed.
 constexpr std::int64_t longestSlice = 50; // milliseconds
 
-std::int64_t millisecondsSince(std::chrono::steady_clock::time_point start) {
+} // namespace
+
+FrameWait::FrameWait(const V4LDevice& d, const WaitLimit& l)
+    : device(d)
+    , limit(l) {}
+
+/// Since the beginning.
+std::int64_t FrameWait::milliseconds() const {
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
 }
 
-} // namespace
+bool FrameWait::isOver() const {
+    const std::int64_t most = limit;
+    return most >= 0 && milliseconds() >= most;
+}
 
-bool awaitFrame(const Descriptor& device, const WaitLimit& limit, bool untilSignal) {
-    const auto start = std::chrono::steady_clock::now();
+bool FrameWait::await(bool untilSignal) const {
     for (;;) {
         boost::this_thread::interruption_point();
         const std::int64_t most = limit;
-        const std::int64_t left =
-            most < 0 ? longestSlice + 1 : std::max<std::int64_t>(most - millisecondsSince(start), 0);
+        const std::int64_t left = most < 0 ? longestSlice + 1 : std::max<std::int64_t>(most - milliseconds(), 0);
         pollfd waiting{device.get(), POLLIN, 0};
         const int result = ::poll(&waiting, 1, static_cast<int>(std::min(left, longestSlice)));
         const bool signalled = result == -1 && errno == EINTR;

@@ -5,6 +5,7 @@
 #include "videoin/V4LHandles.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 namespace Ko {
@@ -13,10 +14,26 @@ namespace Ko {
 using WaitLimit = std::atomic<std::int64_t>;
 static_assert(WaitLimit::is_always_lock_free);
 
-/// Waits, with interruption points, until a call for a frame of the device, or its failure, would not.
-/// @return false when the time since the call has reached the limit or, if wanted, when a signal was handled
-/// @throws boost::thread_interrupted
-bool awaitFrame(const Descriptor& device, const WaitLimit& limit, bool untilSignal);
+/// A wait for a frame of a device, in one or more parts that have a limit together.
+class FrameWait {
+public:
+    /// Refers to both.
+    FrameWait(const V4LDevice& device, const WaitLimit& limit);
+
+    /// Waits, with interruption points, until a call for a frame, or its failure, would not.
+    /// @return false when the limit is reached or, if wanted, when a signal was handled
+    /// @throws boost::thread_interrupted
+    bool await(bool untilSignal) const;
+    /// Whether the limit is reached.
+    bool isOver() const;
+
+private:
+    std::int64_t milliseconds() const;
+
+    const V4LDevice& device;
+    const WaitLimit& limit;
+    const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+};
 
 } // namespace Ko
 

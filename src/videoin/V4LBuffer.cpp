@@ -2,6 +2,7 @@
 #include "videoin/V4LBuffer.h"
 
 #include "Kovanta/Wrap.h"
+#include "image/RowKernels.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -31,6 +32,19 @@ bool V4LBuffer::wrap(const v4l2_pix_format& format) {
         rewrapMemory(image, format.width, format.height,
                      {{start, step}, {start + cb, step / 2}, {start + cr, step / 2}});
     return true;
+}
+
+void V4LBuffer::toStudioRange() {
+    const RowKernels& kernels = rowKernels();
+    Array2D<unsigned char>& luma = image.plane[0];
+    for (unsigned int y = 0; y < luma.height; ++y)
+        kernels.lumaToStudio(luma.view[y], luma.view[y], luma.width);
+    for (int p = 1; p < 3; ++p)
+        for (unsigned int y = 0; y < image.plane[p].height; ++y) {
+            unsigned char* const row = image.plane[p].view[y];
+            for (unsigned int x = 0; x < image.plane[p].width; ++x)
+                row[x] = static_cast<unsigned char>(row[x] * 224 / 255 + 16);
+        }
 }
 
 } // namespace Ko

@@ -17,6 +17,8 @@ struct V4LBuffer {
     /// Points the image's rows into the mapping, as the driver laid them. @return false when a frame of this format
     /// would pass the mapping's end; the image has no rows then
     bool wrap(const v4l2_pix_format& format);
+    /// Maps full-range samples, as those of a JPEG are, to the studio range of the image's format, which is planar.
+    void toStudioRange();
 
     Mapping mapping;
     Image<> image;

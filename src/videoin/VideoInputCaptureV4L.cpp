@@ -52,7 +52,7 @@ template <class... Parts>
 }
 
 /// @param name of the request, for the message
-void request(const Descriptor& device, unsigned long code, void* record, const char* function, const char* name) {
+void request(const V4LDevice& device, unsigned long code, void* record, const char* function, const char* name) {
     if (device.ioctl(code, record) == -1)
         throwSystemError(function, "Ioctl ", name, " failed");
 }
@@ -70,7 +70,7 @@ std::string devicePath(unsigned int device) {
 
 /// Calls visit(record) for index 0, 1, ... until the driver refuses or visit returns false.
 template <class Record, class Visitor>
-void enumerate(const Descriptor& device, unsigned long code, const Record& preset, Visitor visit) {
+void enumerate(const V4LDevice& device, unsigned long code, const Record& preset, Visitor visit) {
     for (std::uint32_t index = 0; index < enumerationLimit; ++index) {
         Record record = preset; // anew: the driver writes its answer into all fields
         record.index = index;
@@ -103,7 +103,7 @@ v4l2_buffer mappedBuffer(std::uint32_t index) {
 /// starve.
 class Dequeued {
 public:
-    Dequeued(const Descriptor& d, const v4l2_buffer& r)
+    Dequeued(const V4LDevice& d, const v4l2_buffer& r)
         : device(d)
         , record(r) {}
     Dequeued(const Dequeued&) = delete;
@@ -118,7 +118,7 @@ public:
     }
 
 private:
-    const Descriptor& device;
+    const V4LDevice& device;
     v4l2_buffer record;
     bool queued = false;
 };
@@ -137,8 +137,10 @@ struct KOVANTA_LOCAL VideoInputCaptureV4L::Impl {
     v4l2_format getFormat() const;
     void wishFrameRate() const;
     void mapBuffers(const v4l2_pix_format& format);
+    bool decodesJpeg() const;
+    v4l2_buffer dequeue() const;
 
-    Descriptor device;
+    V4LDevice device;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     bool isInit = false;
@@ -147,6 +149,8 @@ struct KOVANTA_LOCAL VideoInputCaptureV4L::Impl {
     std::uint32_t field = V4L2_FIELD_ANY;
     std::vector<V4LBuffer> buffers;
     PIXEL_FORMAT pixelFormat = PF_UNKNOWN;
+    bool emulatedFormats = false;
+    bool fullRange = false; // what the buffers hold
     Frac<unsigned int> wishedRate{0, 1};
     DriverCount driverCount;
     WaitLimit timeout{-1};
@@ -198,6 +202,7 @@ void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigne
     impl->mapBuffers(format.fmt.pix);
     int type = captureType;
     request(impl->device, VIDIOC_STREAMON, &type, initName, "VIDIOC_STREAMON");
+    impl->fullRange = impl->decodesJpeg();
     impl->width = format.fmt.pix.width;
     impl->height = format.fmt.pix.height;
     impl->bufferRequest.count = static_cast<std::uint32_t>(impl->buffers.size());
@@ -206,8 +211,8 @@ void VideoInputCaptureV4L::init(unsigned int device, unsigned int width, unsigne
 
 void VideoInputCaptureV4L::Impl::openDevice(unsigned int number) {
     const std::string path = devicePath(number);
-    device = Descriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC));
-    if (!device.isOpen())
+    device = V4LDevice(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (!device.isOpen() || (emulatedFormats && device.emulate() == -1))
         throwSystemError(initName, "Cannot open ", path);
 
     v4l2_capability capability{};
@@ -270,7 +275,7 @@ void VideoInputCaptureV4L::Impl::mapBuffers(const v4l2_pix_format& format) {
         v4l2_buffer record = mappedBuffer(i);
         request(device, VIDIOC_QUERYBUF, &record, initName, "VIDIOC_QUERYBUF");
         V4LBuffer& buffer = buffers.emplace_back(pixelFormat);
-        if (buffer.mapping.map(device, static_cast<off_t>(record.m.offset), record.length) == -1)
+        if (buffer.mapping.map(device, record.m.offset, record.length) == -1)
             throwSystemError(initName, "mmap failed");
         if (!buffer.wrap(format))
             throwRuntimeError(initName, "Driver's buffer is smaller than a frame.");
@@ -279,23 +284,46 @@ void VideoInputCaptureV4L::Impl::mapBuffers(const v4l2_pix_format& format) {
 }
 
 bool VideoInputCaptureV4L::waitForFrame(unsigned int milliseconds) const {
-    return !impl->device.isOpen() || awaitFrame(impl->device, WaitLimit{milliseconds}, true);
+    const WaitLimit limit{milliseconds};
+    return !impl->device.isOpen() || FrameWait(impl->device, limit).await(true);
+}
+
+/// libv4l2 hands on a JPEG's samples, which have the full range, as they are.
+bool VideoInputCaptureV4L::Impl::decodesJpeg() const {
+    v4l2_format sent{};
+    sent.type = captureType;
+    if (!device.isEmulated() || pixelFormat != PF_YCC420P || device.systemIoctl(VIDIOC_G_FMT, &sent) == -1)
+        return false;
+    const std::uint32_t fourcc = sent.fmt.pix.pixelformat;
+    return fourcc == V4L2_PIX_FMT_MJPEG || fourcc == V4L2_PIX_FMT_JPEG || fourcc == V4L2_PIX_FMT_PJPG;
+}
+
+v4l2_buffer VideoInputCaptureV4L::Impl::dequeue() const {
+    const FrameWait wait(device, timeout);
+    do {
+        if (device.isOpen() && !wait.await(false))
+            break;
+        v4l2_buffer record = mappedBuffer(0);
+        if (device.ioctl(VIDIOC_DQBUF, &record) != -1)
+            return record;
+        if (!device.isEmulated() || errno != EAGAIN) { // this one text has its brackets elsewhere
+            const int error = errno;
+            throw std::runtime_error(std::string("[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ") +
+                                     std::strerror(error) + ".");
+        }
+    } while (!wait.isOver()); // a picture that could not be decoded
+    throwRuntimeError(readName, "No frame within the timeout.");
 }
 
 bool VideoInputCaptureV4L::read(Image<>& frame) {
     frame.size(impl->width, impl->height, true);
-    if (impl->device.isOpen() && !awaitFrame(impl->device, impl->timeout, false))
-        throwRuntimeError(readName, "No frame within the timeout.");
-    v4l2_buffer record = mappedBuffer(0);
-    if (impl->device.ioctl(VIDIOC_DQBUF, &record) == -1) { // this one text has its brackets elsewhere
-        const int error = errno;
-        throw std::runtime_error(std::string("[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: ") +
-                                 std::strerror(error) + ".");
-    }
+    const v4l2_buffer record = impl->dequeue();
     if (record.index >= impl->buffers.size())
         throwRuntimeError(readName, "Driver returned an unknown buffer.");
     Dequeued dequeued(impl->device, record);
     impl->driverCount.note(record);
+    if (impl->fullRange)
+        impl->buffers[record.index].toStudioRange();
     convertIm(frame, impl->buffers[record.index].image);
     if (dequeued.queue() == -1)
         throwSystemError(readName, "Ioctl VIDIOC_QBUF failed");
@@ -371,6 +399,11 @@ Frac<unsigned int> VideoInputCaptureV4L::getFrameRate() const {
     return {answer.timeperframe.denominator, answer.timeperframe.numerator};
 }
 
+VideoInputCaptureV4L& VideoInputCaptureV4L::setEmulatedFormats(bool on) {
+    impl->emulatedFormats = on;
+    return *this;
+}
+
 void VideoInputCaptureV4L::setBufferCount(unsigned int count) {
     impl->bufferRequest.count = count;
 }
@@ -391,7 +424,7 @@ std::vector<std::string> VideoInputCaptureV4L::listDevs() {
     std::vector<std::string> entries;
     std::size_t wanted = 0;
     for (unsigned int number = 0; number < deviceNumbers; ++number) {
-        const Descriptor device(::open(devicePath(number).c_str(), O_RDONLY | O_CLOEXEC));
+        const V4LDevice device(::open(devicePath(number).c_str(), O_RDONLY | O_CLOEXEC));
         v4l2_capability capability{};
         if (!device.isOpen()) {
             entries.emplace_back("none");

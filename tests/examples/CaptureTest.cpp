@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
+#include "Kovanta/ImageFile.h"
 #include "Kovanta/VideoInput.h"
 #include "support/Commands.h"
 #include "support/TempDirectory.h"
@@ -116,12 +117,22 @@ TEST(CaptureExample, ListsWhatItDoesNotReadAndLeavesASilentCamera) {
         producer.setFormat(fourcc, 320, 240, V4L2_BUF_TYPE_VIDEO_OUTPUT);
         camera::Frame frame{fourcc, 320, 240, 640};
         frame.bytes.resize(640 * 240);
+        if (fourcc == V4L2_PIX_FMT_MJPEG) {
+            Ko::Image image(Ko::PF_YCC444P);
+            image.size(320, 240);
+            Ko::writeImage(frame.bytes, image, ".jpg");
+        }
         producer.writeFrame(frame);
         return look();
     };
     EXPECT_THAT(fed(V4L2_PIX_FMT_MJPEG, [] { return capture("9 --formats"); }),
-                HasSubstr("\nformat Motion-JPEG: not read here\n0\n"));
+                HasSubstr("\nformat Motion-JPEG: only with --emulated, if at all\n0\n"));
     const test::TempDirectory folder;
+    const auto one = [&](const std::string& option) {
+        return fed(V4L2_PIX_FMT_MJPEG, [&] { return capture("9 320x240 -n 1 " + folder.file("a.avi") + option); });
+    };
+    EXPECT_THAT(one(""), testing::EndsWith("\nIt offers Motion-JPEG: try --emulated.\n1\n"));
+    EXPECT_EQ(framesIn(folder.file("a.avi"), "\n" + one(" --emulated")), 1);
     const std::string file = folder.file("one.avi");
     const std::string said =
         fed(V4L2_PIX_FMT_YUYV, [&] { return captureUntil("nothing from the camera", interrupt, "9 320x240 " + file); });

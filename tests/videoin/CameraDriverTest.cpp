@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
+#include "Kovanta/Colors.h"
+#include "Kovanta/Draw.h"
+#include "Kovanta/ImageFile.h"
 #include "Kovanta/VideoInput.h"
 #include "support/Resources.h"
 #include "videoin/VirtualCamera.h"
@@ -101,6 +104,39 @@ TEST_F(CameraDriver, TakesWhatALoopbackIsFedWith) {
         EXPECT_EQ(camera::difference(image, frame), "");
         source.close();
     }
+}
+
+TEST_F(CameraDriver, TakesMotionJpegThroughLibv4l2) {
+    const Driver loopback("v4l2loopback", "devices=1 video_nr=9 card_label=Fed");
+    Node producer(9);
+    producer.setFormat(V4L2_PIX_FMT_MJPEG, 320, 240, V4L2_BUF_TYPE_VIDEO_OUTPUT);
+    Frame picture{V4L2_PIX_FMT_MJPEG, 320, 240, 0};
+    Ko::Image bands(Ko::PF_YCC444P);
+    bands.size(320, 240);
+    const Ko::YCCColor colors[] = {Ko::colors::red, Ko::colors::white, Ko::fromRgb(0, 0, 128)};
+    for (int band = 0; band < 3; ++band)
+        Ko::drawBbox(bands, {0, 80 * band, 319, 80 * band + 79}, colors[band], true);
+    Ko::writeImage(picture.bytes, bands, ".jpg");
+    producer.writeFrame(picture);
+
+    Camera source;
+    EXPECT_THROW(source.init(9, 320, 240, 0), std::runtime_error);
+    source.setEmulatedFormats(true).init(9, 320, 240, 0);
+    EXPECT_EQ(source.fmt2string(V4L2_PIX_FMT_YUV420), "YU12");
+    expectFrames(source, 1, 320, 240);
+    Ko::Image image(Ko::PF_YCC444P);
+    Frame damaged = picture;
+    damaged.bytes.resize(300);
+    source.setTimeout(300);
+    producer.writeFrame(damaged);
+    EXPECT_THAT([&] { source.read(image); }, ThrowsMessage<std::runtime_error>(testing::HasSubstr("timeout")));
+    source.setTimeout(0);
+    producer.writeFrame(damaged);
+    producer.writeFrame(picture);
+    ASSERT_TRUE(source.read(image));
+    for (unsigned int band = 0; band < 3; ++band)
+        for (int p = 0; p < 3; ++p)
+            EXPECT_NEAR(image.plane[p].view[40 + 80 * band][160], bands.plane[p].view[40 + 80 * band][160], 3) << band;
 }
 
 } // namespace

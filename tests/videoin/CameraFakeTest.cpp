@@ -249,6 +249,67 @@ TEST_F(CameraFake, TellsWhatTheDriverSaysOfItsFrames) {
     }
 }
 
+TEST_F(CameraFake, EmulatedFormatsComeThroughLibv4l2) {
+    device.formats = {V4L2_PIX_FMT_UYVY};
+    {
+        Camera camera;
+        EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(unsupported));
+        fake::calls.clear();
+        camera.setEmulatedFormats(true).init(deviceNumber, 32, 16, 0);
+        EXPECT_THAT(fake::calls, ElementsAre("open 3", "v4l2_fd_open", "v4l2 QUERYCAP", "v4l2 G_INPUT", "v4l2 G_FMT",
+                                             "v4l2 TRY_FMT", "v4l2 S_FMT", "v4l2 G_FMT", "v4l2 S_INPUT 0",
+                                             "v4l2 REQBUFS 2", "v4l2 QUERYBUF", "v4l2 mmap", "v4l2 QBUF",
+                                             "v4l2 QUERYBUF", "v4l2 mmap", "v4l2 QBUF", "v4l2 STREAMON", "G_FMT"));
+        EXPECT_EQ(camera.fmt2string(V4L2_PIX_FMT_YUV420), "Format 1");
+        // What cannot be decoded is passed over, as long as there is time.
+        fake::calls.clear();
+        fake::faults = {{"v4l2 DQBUF", 1, EAGAIN}, {"v4l2 DQBUF", 2, EAGAIN}};
+        expectFrame(camera, 0);
+        EXPECT_THAT(fake::calls,
+                    ElementsAre("poll", "v4l2 DQBUF", "poll", "v4l2 DQBUF", "poll", "v4l2 DQBUF", "v4l2 QBUF"));
+        fake::faults = {{"v4l2 DQBUF", fake::always, EAGAIN}};
+        camera.setTimeout(1);
+        expectReadFails(camera, "[VideoInputCaptureV4L::read]: No frame within the timeout.");
+        fake::faults = {{"v4l2 DQBUF", fake::always, EIO}};
+        expectReadFails(camera, "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: " + reason(EIO));
+        fake::faults.clear();
+        camera.setEmulatedFormats(false); // for the next time
+        expectFrame(camera, 1);
+        fake::calls.clear();
+        EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(unsupported));
+        fake::calls.resize(4);
+        EXPECT_THAT(fake::calls, ElementsAre("v4l2 munmap", "v4l2 munmap", "v4l2 close", "open 3"));
+
+        fake::calls.clear();
+        fake::faults = {{"v4l2_fd_open", 1, EINVAL}};
+        camera.setEmulatedFormats(true);
+        EXPECT_THAT([&] { init(camera); },
+                    ThrowsMessage<std::runtime_error>(initPrefix + "Cannot open /dev/video3: " + reason(EINVAL)));
+        EXPECT_THAT(fake::calls, ElementsAre("open 3", "v4l2_fd_open", "close"));
+        init(camera);
+        fake::calls.clear();
+        fake::faults = {{"v4l2 STREAMON", 1, EIO}};
+        EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(EndsWith(reason(EIO))));
+        EXPECT_THAT(fake::calls, Contains("v4l2 close").Times(2));
+    }
+    // A JPEG's samples have the full range.
+    device.formats = {V4L2_PIX_FMT_MJPEG};
+    Camera camera;
+    camera.setEmulatedFormats(true).init(deviceNumber, 32, 16, 0);
+    Ko::Image image(Ko::PF_YCC444P);
+    camera.read(image);
+    camera::Frame frame = fake::frameNumber(0);
+    for (std::size_t i = 0; i < frame.bytes.size(); ++i)
+        frame.bytes[i] = static_cast<unsigned char>(frame.bytes[i] * (i < 32 * 16 ? 219 : 224) / 255 + 16);
+    EXPECT_EQ(camera::difference(image, frame), "");
+
+    fake::faults = {{"DQBUF", 1, EAGAIN}}; // without libv4l2 it means what the driver means
+    device.formats = {V4L2_PIX_FMT_YUYV};
+    camera.setEmulatedFormats(false);
+    init(camera);
+    expectReadFails(camera, "[VideoInputCaptureV4L]::read: Ioctl VIDIOC_DQBUF failed: " + reason(EAGAIN));
+}
+
 Camera* waiting = nullptr;
 
 TEST_F(CameraFake, AWaitForASilentCameraCanBeEnded) {

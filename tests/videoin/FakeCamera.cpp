@@ -2,6 +2,7 @@
 #include "videoin/FakeCamera.h"
 
 #include <fcntl.h>
+#include <libv4l2.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
@@ -24,6 +25,12 @@ v4l2_format lastFormat;
 namespace {
 
 std::uint32_t lastStride = 0;
+const char* through = ""; ///< Comes before the names of calls: "v4l2 " while they come through libv4l2.
+
+struct ThroughLibv4l2 {
+    ThroughLibv4l2() { through = "v4l2 "; }
+    ~ThroughLibv4l2() { through = ""; }
+};
 
 struct Device : Camera {
     explicit Device(const Camera& camera)
@@ -34,6 +41,7 @@ struct Device : Camera {
     std::uint32_t bufferCount = 0, bufferLength = 0;
     std::deque<std::uint32_t> queue;
     unsigned int frames = 0;
+    bool emulated = false;
 
     std::uint32_t offset(std::uint32_t buffer) const { return buffer * ((bufferLength + 4095u) & ~4095u); }
 };
@@ -61,11 +69,12 @@ int refuse(int error) {
 }
 
 /// Records the call. @return whether it is to fail; errno is set then
-bool fails(const std::string& name) {
+bool fails(const std::string& call) {
+    const std::string name = through + call;
     calls.push_back(name);
     const auto nth = std::count(calls.begin(), calls.end(), name);
     for (const Fault& fault : faults)
-        if (fault.call == name && fault.nth == nth)
+        if (fault.call == name && (fault.nth == nth || fault.nth == always))
             return refuse(fault.error);
     return false;
 }
@@ -87,8 +96,8 @@ std::uint32_t adjust(const Camera& camera, v4l2_pix_format& format) {
 }
 
 int dequeue(Device& device, int fd, v4l2_buffer& buffer) {
-    if (device.queue.empty())
-        return refuse(EDEADLK); // a real driver would wait for ever
+    if (device.queue.empty() || (*through != 0 && (::fcntl(fd, F_GETFL) & O_NONBLOCK) == 0))
+        return refuse(EDEADLK); // a real driver would wait for ever, libv4l2 where a picture cannot be decoded
     const std::uint32_t index = device.queue.front();
     device.queue.pop_front();
     buffer.index = index + device.reportedIndex;
@@ -126,6 +135,8 @@ int control(int fd, Device& device, unsigned long request, void* argument) {
     }
     case VIDIOC_G_FMT:
         format = device.format;
+        if (device.emulated && *through == 0)
+            format.pixelformat = device.formats.front();
         return 0;
     case VIDIOC_TRY_FMT:
         if (std::count(device.formats.begin(), device.formats.end(), format.pixelformat) == 0) {
@@ -287,5 +298,39 @@ int close(int fd) {
     delete device;
     fake::devices[fd] = nullptr;
     return fake::fails("close") ? -1 : result;
+}
+
+// libv4l2's: planar 4:2:0 of whatever there is.
+
+int v4l2_fd_open(int fd, int) {
+    if (fake::fails("v4l2_fd_open"))
+        return -1;
+    fake::devices[fd]->emulated = true;
+    fake::devices[fd]->formats.push_back(V4L2_PIX_FMT_YUV420);
+    return fd;
+}
+
+int v4l2_ioctl(int fd, unsigned long request, ...) {
+    va_list arguments;
+    va_start(arguments, request);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    const fake::ThroughLibv4l2 passing;
+    return ioctl(fd, request, argument);
+}
+
+void* v4l2_mmap(void* address, size_t length, int protection, int flags, int fd, int64_t offset) {
+    const fake::ThroughLibv4l2 passing;
+    return mmap(address, length, protection, flags, fd, offset);
+}
+
+int v4l2_munmap(void* address, size_t length) {
+    const fake::ThroughLibv4l2 passing;
+    return munmap(address, length);
+}
+
+int v4l2_close(int fd) {
+    const fake::ThroughLibv4l2 passing;
+    return close(fd);
 }
 }

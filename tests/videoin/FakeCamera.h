@@ -11,8 +11,9 @@
 #include <string>
 #include <vector>
 
-/// Cameras behind this program's own open, ioctl, mmap, munmap, poll and close, which the library's calls reach too. A
-/// memory file stands behind each opened device, so that descriptors and mappings are real and can be counted.
+/// Cameras behind this program's own open, ioctl, mmap, munmap, poll and close, which the library's calls reach too,
+/// and behind stand-ins for those of libv4l2, which are recorded with "v4l2 " before their names. A memory file stands
+/// behind each opened device, so that descriptors and mappings are real and can be counted.
 namespace fake {
 
 struct Camera {
@@ -36,9 +37,11 @@ struct Camera {
     v4l2_captureparm rate{};
 };
 
+constexpr int always = 0;
+
 struct Fault {
-    const char* call; ///< "open", "QUERYCAP", ..., "mmap", "munmap", "poll", "close".
-    int nth;          ///< Which call of this name fails, from 1.
+    const char* call; ///< "open", "QUERYCAP", ..., "mmap", "munmap", "poll", "close", "v4l2_fd_open", "v4l2 DQBUF".
+    int nth;          ///< Which call of this name fails, from 1, or always.
     int error;        ///< munmap and close take effect all the same, as the system's do.
 };
 
