@@ -17,7 +17,7 @@ int height(const Frames& f) {
 }
 
 // In strips, so that what stands between the two steps stays in the cache.
-void rgbTo444(Frames& f) {
+void rgbTo444(const Frames& f) {
     const int w = width(f);
     constexpr int strip = 8;
     for (int y = 0; y < height(f); y += strip) {
@@ -29,42 +29,42 @@ void rgbTo444(Frames& f) {
     }
 }
 
-void rgbaTo444(Frames& f) {
+void rgbaTo444(const Frames& f) {
     const int w = width(f);
     libyuv::ARGBToI444(&f.packed[0], 4 * w, &f.planeOut[0][0], w, &f.planeOut[1][0], w, &f.planeOut[2][0], w, w,
                        height(f));
 }
 
-void rgbTo420(Frames& f) {
+void rgbTo420(const Frames& f) {
     const int w = width(f);
     libyuv::RAWToI420(&f.packed[0], 3 * w, &f.planeOut[0][0], w, &f.planeOut[1][0], w / 2, &f.planeOut[2][0], w / 2, w,
                       height(f));
 }
 
-void toRgb(Frames& f) {
+void toRgb(const Frames& f) {
     const int w = width(f);
     libyuv::I444ToRAW(&f.plane[0][0], w, &f.plane[1][0], w, &f.plane[2][0], w, &f.packedOut[0], 3 * w, w, height(f));
 }
 
-void to420(Frames& f) {
+void to420(const Frames& f) {
     const int w = width(f);
     libyuv::I444ToI420(&f.plane[0][0], w, &f.plane[1][0], w, &f.plane[2][0], w, &f.planeOut[0][0], w, &f.planeOut[1][0],
                        w / 2, &f.planeOut[2][0], w / 2, w, height(f));
 }
 
-void from420(Frames& f) {
+void from420(const Frames& f) {
     const int w = width(f);
     libyuv::I420ToI444(&f.plane[0][0], w, &f.plane[1][0], w / 2, &f.plane[2][0], w / 2, &f.planeOut[0][0], w,
                        &f.planeOut[1][0], w, &f.planeOut[2][0], w, w, height(f));
 }
 
-void from422(Frames& f) {
+void from422(const Frames& f) {
     const int w = width(f);
     libyuv::I422ToI444(&f.plane[0][0], w, &f.plane[1][0], w / 2, &f.plane[2][0], w / 2, &f.planeOut[0][0], w,
                        &f.planeOut[1][0], w, &f.planeOut[2][0], w, w, height(f));
 }
 
-void fromYuy2(Frames& f) {
+void fromYuy2(const Frames& f) {
     const int w = width(f);
     constexpr int strip = 8;
     for (int y = 0; y < height(f); y += strip) {
@@ -78,7 +78,7 @@ void fromYuy2(Frames& f) {
     }
 }
 
-void toYuy2(Frames& f) {
+void toYuy2(const Frames& f) {
     const int w = width(f);
     constexpr int strip = 8;
     for (int y = 0; y < height(f); y += strip) {
@@ -92,32 +92,32 @@ void toYuy2(Frames& f) {
     }
 }
 
-void split(Frames& f) {
+void split(const Frames& f) {
     const int w = width(f);
     libyuv::SplitRGBPlane(&f.packed[0], 3 * w, &f.planeOut[0][0], w, &f.planeOut[1][0], w, &f.planeOut[2][0], w, w,
                           height(f));
 }
 
-void merge(Frames& f) {
+void merge(const Frames& f) {
     const int w = width(f);
     libyuv::MergeRGBPlane(&f.plane[0][0], w, &f.plane[1][0], w, &f.plane[2][0], w, &f.packedOut[0], 3 * w, w,
                           height(f));
 }
 
-void mirrorRgb(Frames& f) {
+void mirrorRgb(const Frames& f) {
     const int w = width(f);
     libyuv::RGB24Mirror(&f.packed[0], 3 * w, &f.packedOut[0], 3 * w, w, height(f));
 }
 
-void mirrorPlane(Frames& f) {
+void mirrorPlane(const Frames& f) {
     libyuv::MirrorPlane(&f.plane[0][0], width(f), &f.planeOut[0][0], width(f), width(f), height(f));
 }
 
-void turnPlane(Frames& f) {
+void turnPlane(const Frames& f) {
     libyuv::CopyPlane(&f.plane[0][0], width(f), &f.planeOut[0][0], width(f), width(f), -height(f));
 }
 
-void rotatePlane(Frames& f) {
+void rotatePlane(const Frames& f) {
     libyuv::RotatePlane90(&f.plane[0][0], width(f), &f.planeOut[0][0], height(f), width(f), height(f));
 }
 

@@ -8,50 +8,50 @@ namespace bench {
 
 namespace {
 
-cv::Mat mat(const Frames& f, const Bytes& bytes, int type) {
-    return {static_cast<int>(f.h), static_cast<int>(f.w), type, const_cast<Byte*>(bytes.data())};
+cv::Mat mat(const Frames& f, Byte* bytes, int type) {
+    return {static_cast<int>(f.h), static_cast<int>(f.w), type, bytes};
 }
 
-void rgbTo444(Frames& f) {
+void rgbTo444(const Frames& f) {
     cv::Mat to = mat(f, f.packedOut, CV_8UC3);
     cv::cvtColor(mat(f, f.packed, CV_8UC3), to, cv::COLOR_RGB2YCrCb);
 }
 
-void toRgb(Frames& f) {
+void toRgb(const Frames& f) {
     cv::Mat to = mat(f, f.packedOut, CV_8UC3);
     cv::cvtColor(mat(f, f.packed, CV_8UC3), to, cv::COLOR_YCrCb2RGB);
 }
 
-void rgbTo420(Frames& f) {
-    cv::Mat to(static_cast<int>(f.h + f.h / 2), static_cast<int>(f.w), CV_8UC1, f.packedOut.data());
+void rgbTo420(const Frames& f) {
+    cv::Mat to(static_cast<int>(f.h + f.h / 2), static_cast<int>(f.w), CV_8UC1, f.packedOut);
     cv::cvtColor(mat(f, f.packed, CV_8UC3), to, cv::COLOR_RGB2YUV_I420);
 }
 
 template <int numerator, int denominator>
-void scalePlane(Frames& f) {
+void scalePlane(const Frames& f) {
     cv::Mat to = mat(f, f.planeOut[0], CV_8UC1);
     mat(f, f.plane[0], CV_8UC1)
         .convertTo(to, CV_8U, double{numerator} / denominator, numerator < denominator ? 16 : -16 * 1.164);
 }
 
-void split(Frames& f) {
+void split(const Frames& f) {
     cv::Mat to[3] = {mat(f, f.planeOut[0], CV_8UC1), mat(f, f.planeOut[1], CV_8UC1), mat(f, f.planeOut[2], CV_8UC1)};
     cv::split(mat(f, f.packed, CV_8UC3), to);
 }
 
-void merge(Frames& f) {
+void merge(const Frames& f) {
     const cv::Mat from[3] = {mat(f, f.plane[0], CV_8UC1), mat(f, f.plane[1], CV_8UC1), mat(f, f.plane[2], CV_8UC1)};
     cv::Mat to = mat(f, f.packedOut, CV_8UC3);
     cv::merge(from, 3, to);
 }
 
-void mirrorRgb(Frames& f) {
+void mirrorRgb(const Frames& f) {
     cv::Mat to = mat(f, f.packedOut, CV_8UC3);
     cv::flip(mat(f, f.packed, CV_8UC3), to, 1);
 }
 
 template <int axis>
-void flipPlane(Frames& f) {
+void flipPlane(const Frames& f) {
     cv::Mat to = mat(f, f.planeOut[0], CV_8UC1);
     cv::flip(mat(f, f.plane[0], CV_8UC1), to, axis);
 }

@@ -42,12 +42,11 @@ int stride(const Frames& f, AVPixelFormat format, int p) {
 }
 
 template <AVPixelFormat from, AVPixelFormat to>
-void scale(Frames& f) {
+void scale(const Frames& f) {
     const bool packedFrom = from == AV_PIX_FMT_RGB24 || from == AV_PIX_FMT_YUYV422 || from == AV_PIX_FMT_RGBA;
     const bool packedTo = to == AV_PIX_FMT_RGB24 || to == AV_PIX_FMT_YUYV422;
-    const Byte* source[4] = {packedFrom ? f.packed.data() : f.plane[0].data(), f.plane[1].data(), f.plane[2].data()};
-    Byte* target[4] = {packedTo ? f.packedOut.data() : f.planeOut[0].data(), f.planeOut[1].data(),
-                       f.planeOut[2].data()};
+    const Byte* source[4] = {packedFrom ? f.packed : f.plane[0], f.plane[1], f.plane[2]};
+    Byte* target[4] = {packedTo ? f.packedOut : f.planeOut[0], f.planeOut[1], f.planeOut[2]};
     const int sourceStride[4] = {stride(f, from, 0), stride(f, from, 1), stride(f, from, 2)};
     const int targetStride[4] = {stride(f, to, 0), stride(f, to, 1), stride(f, to, 2)};
     sws_scale(contextFor(f, from, to), source, sourceStride, 0, static_cast<int>(f.h), target, targetStride);

@@ -73,11 +73,14 @@ std::size_t bytesOf(const Ko::Image<>& im, bool lumaOnly) {
     return sum;
 }
 
-void fill(Ko::Image<>& im, const Frames& frames) {
-    for (int p = 0; p < 3; ++p)
-        if (im.plane[p].data)
-            std::memcpy(im.plane[p].data, frames.packed.data() + static_cast<std::size_t>(p),
-                        std::size_t{im.plane[p].width} * im.plane[p].height - 3);
+/// Fills the image with what the peers' memory holds and lets them use its memory instead.
+void share(Ko::Image<>& im, Byte*& packed, Byte* (&plane)[3]) {
+    const bool planar = im.plane[1].data;
+    for (int p = 0; p < (planar ? 3 : 1); ++p) {
+        Byte*& peers = planar ? plane[p] : packed;
+        std::memcpy(im.plane[p].data, peers, std::size_t{im.plane[p].width} * im.plane[p].height);
+        peers = im.plane[p].data;
+    }
 }
 
 struct Level {
@@ -90,17 +93,19 @@ constexpr Level levels[] = {{"portable", Ko::KernelLevel::portable},
                             {"AVX-VNNI", Ko::KernelLevel::avxVnni},
                             {"AVX-512", Ko::KernelLevel::avx512}};
 
-Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const std::vector<Peer>& peers,
+Contest contestOf(const Job& job, const std::shared_ptr<SpareMemory>& spare, const std::vector<Peer>& peers,
                   std::optional<Ko::KernelLevel> only) {
-    const auto w = static_cast<unsigned>(frames->w);
-    const auto h = static_cast<unsigned>(frames->h);
+    Frames frames = spare->frames();
+    const auto w = static_cast<unsigned>(frames.w);
+    const auto h = static_cast<unsigned>(frames.h);
     Contest contest{job.name + (", " + std::to_string(w) + "x" + std::to_string(h)), double(w) * h, {}};
     const auto src = std::make_shared<Ko::Image<>>(job.from);
     src->size(w, h);
-    fill(*src, *frames);
+    share(*src, frames.packed, frames.plane);
     const auto dst = std::make_shared<Ko::Image<>>(job.to);
-    dst->size(w, h);
-    fill(*dst, *frames);
+    const bool turned = job.routine == rotateQuarter;
+    dst->size(turned ? h : w, turned ? w : h);
+    share(*dst, frames.packedOut, frames.planeOut);
     Ko::KernelLevel best = Ko::KernelLevel::portable;
     for (const Level& level : levels) {
         if (!Ko::kernelsOf(level.level) || (only && level.level != *only))
@@ -125,12 +130,13 @@ Contest contestOf(const Job& job, const std::shared_ptr<Frames>& frames, const s
     for (const Peer& peer : peers)
         if (peer.job == job.name)
             contest.contenders.push_back({peer.name, Side::peer, [=, run = peer.run] {
-                                              run(*frames);
+                                              run(frames);
                                           }});
     const bool grey = job.from == Ko::PF_Y || job.to == Ko::PF_Y;
     const std::size_t bytes = (bytesOf(*src, grey) + bytesOf(*dst, job.to == Ko::PF_Y)) / 2;
     contest.contenders.push_back({"memcpy", Side::bound, [=] {
-                                      std::memcpy(frames->packedOut.data(), frames->packed.data(), bytes);
+                                      const Frames plain = spare->frames();
+                                      std::memcpy(plain.packedOut, plain.packed, bytes);
                                   }});
     return contest;
 }
@@ -190,9 +196,9 @@ int main(int argc, char** argv) {
     constexpr std::pair<std::size_t, std::size_t> sizes[] = {{640, 480}, {1920, 1080}, {3840, 2160}};
     std::vector<Contest> contests;
     for (const auto& [w, h] : sizes) {
-        const auto frames = std::make_shared<Frames>(w, h);
+        const auto spare = std::make_shared<SpareMemory>(w, h);
         for (const Job& job : jobs)
-            contests.push_back(contestOf(job, frames, peers, only));
+            contests.push_back(contestOf(job, spare, peers, only));
     }
     return runContests(argc, argv, contests, {"million pixels a second", 1e6, true});
 }
