@@ -20,6 +20,17 @@ ArrayStorage obtainStorage(const Array2D<>& array, std::uint32_t w, std::uint32_
     return storage;
 }
 
+namespace {
+
+/// Whether the rows of an owning array are where adoptStorage() would point them. Only a view shifts them, and it
+/// shifts all of them.
+bool areInPlace(const Array2D<>& array) noexcept {
+    const std::size_t last = array.height - std::size_t{1};
+    return array.rows[0] == array.data && array.rows[last] == array.data + last * array.width;
+}
+
+} // namespace
+
 void adoptStorage(Array2D<>& array, ArrayStorage&& storage, std::uint32_t w, std::uint32_t h, bool owning) noexcept {
     if (!storage.keep) {
         delete[] array.rows;
@@ -27,7 +38,7 @@ void adoptStorage(Array2D<>& array, ArrayStorage&& storage, std::uint32_t w, std
         array.rows = storage.rows.release();
         array.data = storage.data.release();
     }
-    if (w == 0 || h == 0)
+    if (w == 0 || h == 0 || (storage.keep && areInPlace(array)))
         return;
     // Through locals: a row pointer could alias the members, and every conversion comes by here.
     unsigned char* row = owning ? array.data : nullptr;

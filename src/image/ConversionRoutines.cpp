@@ -43,15 +43,18 @@ struct Extent {
     }
 };
 
-void copyPlane(Image<>& dst, const Image<>& src, int p) {
+void copyPlane(Image<>& dst, const Image<>& src, int p, const RowKernels& kernels) {
     const auto from = sourceRows(src, p);
     const auto to = targetRows(dst, p);
     Extent all{least(src.width, from.width, to.width), least(src.height, from.height, to.height)};
-    if (all.n == 0)
+    if (all.n == 0 || all.rows == 0)
         return;
-    all.joinIf(all.joins(from, 1) && all.joins(to, 1));
+    if (all.joins(from, 1) && all.joins(to, 1)) {
+        std::memmove(to[0], from[0], all.n * all.rows);
+        return;
+    }
     for (std::size_t r = 0; r < all.rows; ++r)
-        std::memmove(to[r], from[r], all.n);
+        kernels.copyRow(to[r], from[r], all.n);
 }
 
 /// Packed source, planar full-resolution target.
@@ -217,7 +220,7 @@ void Y_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
 }
 
 void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
-    copyPlane(dst, src, 0);
+    copyPlane(dst, src, 0, kernels);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
@@ -229,7 +232,7 @@ void YCC444P_2_YCC420P(Image<>& dst, const Image<>& src, const RowKernels& kerne
 }
 
 void YCC420P_2_YCC444P(Image<>& dst, const Image<>& src, const RowKernels& kernels) {
-    copyPlane(dst, src, 0);
+    copyPlane(dst, src, 0, kernels);
     for (int p = 1; p <= 2; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);

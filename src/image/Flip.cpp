@@ -9,7 +9,6 @@
 #include "image/SharedMemory.h"
 #include "util/Errors.h"
 
-#include <cstring>
 #include <stdexcept>
 
 namespace Ko {
@@ -92,6 +91,7 @@ void flipVer(Image<>& dst, const Image<>& src) {
     if (sharingOf(dst, src).any)
         return flipVer(dst, Image<>(src));
     const Units units = prepareTarget(dst, src, "flipVer");
+    const auto copyRow = rowKernels().copyRow;
     for (int p = 0; p < units.planes; ++p) {
         const auto from = sourceRows(src, p);
         const auto to = targetRows(dst, p);
@@ -99,7 +99,7 @@ void flipVer(Image<>& dst, const Image<>& src) {
         const std::size_t last = src.height - std::size_t{1};
         const std::size_t end = least(src.height, from.height);
         for (std::size_t y = src.height - least(src.height, to.height); y < end; ++y)
-            std::memcpy(to[last - y], from[y], n);
+            copyRow(to[last - y], from[y], n);
     }
 }
 

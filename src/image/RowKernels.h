@@ -52,12 +52,14 @@ struct RowKernels {
     void (*mirrorTriplesInPlace)(Byte* row, std::size_t n);
     // Exchanges n bytes of two rows.
     void (*swapRows)(Byte* a, Byte* b, std::size_t n);
+    // Copies n bytes.
+    void (*copyRow)(Byte* dst, const Byte* src, std::size_t n);
 };
 
 /// Whether every kernel is there. One more of them does not compile before it is named here.
 /// Not a constant for gcc while its undefined-behaviour sanitizer watches null pointers.
 constexpr bool isComplete(const RowKernels& k) {
-    const auto& [m0, m1, m2, k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16] = k;
+    const auto& [m0, m1, m2, k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16, k17] = k;
     const auto all = [](const auto&... kernel) {
         return (... && (kernel != nullptr));
     };
@@ -66,7 +68,7 @@ constexpr bool isComplete(const RowKernels& k) {
         return all(toYcc, xToYcc, toRgb);
     };
     return both(m0) && both(m1) && both(m2) &&
-           all(k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16);
+           all(k0, k1, k2, k3, k4, k5, k6, k7, k8, k9, k10, k11, k12, k13, k14, k15, k16, k17);
 }
 
 /// The kernels in use: the best that this processor runs.

@@ -154,6 +154,7 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
     compare("mirrorBytesInPlace", &RowKernels::mirrorBytesInPlace, {1});
     compare("mirrorTriplesInPlace", &RowKernels::mirrorTriplesInPlace, {3});
     compare("swapRows", &RowKernels::swapRows, {1, 1});
+    compare("copyRow", &RowKernels::copyRow, {1, 1});
     EXPECT_EQ(compared, sizeof(RowKernels) / sizeof(void (*)())) << "a kernel is not compared";
 }
 

@@ -4,6 +4,7 @@
 #include "image/kernels/SampleDefinition.h"
 
 #include <cstddef>
+#include <cstring>
 
 namespace Ko {
 
@@ -127,6 +128,10 @@ void swapRows(Byte* a, Byte* b, std::size_t n) {
         swapBytes(a[i], b[i]);
 }
 
+void copyRow(Byte* dst, const Byte* src, std::size_t n) {
+    std::memmove(dst, src, n);
+}
+
 template <class M>
 constexpr RowKernels::Matrix matrixKernels() {
     return {packedToYcc<M, 3, 0, 2>, packedToYcc<M, 4, 0, 2>, yccToRgb<M>};
@@ -154,6 +159,7 @@ constexpr RowKernels definedKernels() {
     k.mirrorBytesInPlace = mirrorBytesInPlace;
     k.mirrorTriplesInPlace = mirrorTriplesInPlace;
     k.swapRows = swapRows;
+    k.copyRow = copyRow;
     return k;
 }
 

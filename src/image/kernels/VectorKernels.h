@@ -5,6 +5,7 @@
 // The kernels that every level with vectors has, in the vectors of the including source.
 
 #include "image/RowKernels.h"
+#include "image/kernels/CopyRow.h"
 #include "image/kernels/KernelLevels.h"
 #include "image/kernels/Matrices.h"
 #include "image/kernels/Means.h"
@@ -50,6 +51,7 @@ constexpr RowKernels vectorKernels() {
     k.mirrorBytesInPlace = mirrorBytesInPlace;
     k.mirrorTriplesInPlace = mirrorTriplesInPlace;
     k.swapRows = swapRows;
+    k.copyRow = copyRow;
     return k;
 }
 
