@@ -5,6 +5,7 @@
 // What Vectors512.h has in instructions that reach over the whole vector, for levels whose shuffles stay within lanes
 // of 128 bits: the same in every lane, a run of 16 pixels.
 
+#include "image/kernels/Stores.h"
 #include "image/kernels/Vectors.h"
 
 #include <immintrin.h>
@@ -139,12 +140,27 @@ inline Vec loadComponent(const unsigned char* src) {
     return shuffleBytes(selectInTurn<component>(parts.part[0], parts.part[1], parts.part[2]), loadVector(index.data()));
 }
 
-/// Five triples in reverse; one byte after them is read, and one after the target overwritten.
-constexpr std::size_t mirroredAtOnce = 5;
+/// What a part of a run in reverse has of one part of the run, the same in every lane.
+template <std::size_t part, std::size_t from>
+inline Vec reversedFrom(Vec v) {
+    static constexpr auto index = table([](std::size_t i) -> std::size_t {
+        const std::size_t at = 16 * part + i % 16;
+        const std::size_t source = 3 * (15 - at / 3) + at % 3;
+        return source / 16 == from ? source % 16 : 0x80;
+    });
+    return shuffleBytes(v, loadVector(index.data()));
+}
+
+/// A block of triples in reverse.
+constexpr std::size_t mirroredAtOnce = vectorBytes;
+constexpr bool mirrorsByteTooMany = false;
 inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
-    const __m128i order = _mm_setr_epi8(12, 13, 14, 9, 10, 11, 6, 7, 8, 3, 4, 5, 0, 1, 2, 15);
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm_shuffle_epi8(v, order));
+    const Parts p = loadPartsSwapped(src);
+    const Vec part0 = orBits(reversedFrom<0, 2>(p.part[2]), reversedFrom<0, 1>(p.part[1]));
+    const Vec part1 =
+        orBits(orBits(reversedFrom<1, 2>(p.part[2]), reversedFrom<1, 1>(p.part[1])), reversedFrom<1, 0>(p.part[0]));
+    const Vec part2 = orBits(reversedFrom<2, 1>(p.part[1]), reversedFrom<2, 0>(p.part[0]));
+    storeParts<Cached>(dst, part0, part1, part2);
 }
 
 } // namespace

@@ -49,19 +49,30 @@ void yccToJfif(Byte* __restrict jfif, const Byte* __restrict y, const Byte* __re
     Store::finish();
 }
 
-/// The first pixel goes alone and the last ones too, so that the byte too many never leaves the row.
+/// Where mirrorSome() reads and writes a byte too many, the first pixel goes alone and so does the last one: the byte
+/// never leaves the row then.
 void mirrorTriples(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
     const auto one = [=](std::size_t i) {
         std::memcpy(dst + 3 * i, src + 3 * (n - 1 - i), 3);
     };
-    std::size_t i = 0;
-    if (n != 0)
-        one(i++);
-#pragma GCC unroll 4
-    for (; i + mirroredAtOnce < n; i += mirroredAtOnce)
+    const auto some = [=](std::size_t i) {
         mirrorSome(dst + 3 * i, src + 3 * (n - i - mirroredAtOnce));
-    for (; i < n; ++i)
-        one(i);
+    };
+    constexpr std::size_t alone = mirrorsByteTooMany ? 1 : 0;
+    if (n < mirroredAtOnce + 2 * alone) {
+        for (std::size_t i = 0; i < n; ++i)
+            one(i);
+        return;
+    }
+    std::size_t i = alone;
+    for (; i + mirroredAtOnce + alone <= n; i += mirroredAtOnce)
+        some(i);
+    if (i + alone != n)
+        some(n - alone - mirroredAtOnce);
+    if (alone != 0) {
+        one(0);
+        one(n - 1);
+    }
 }
 
 void mirrorTriplesInPlace(Byte* row, std::size_t n) {

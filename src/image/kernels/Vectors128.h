@@ -165,6 +165,10 @@ struct Parts {
 inline Parts loadParts(const unsigned char* src) {
     return {{loadVector(src), loadVector(src + 16), loadVector(src + 32)}};
 }
+/// There is one run.
+inline Parts loadPartsSwapped(const unsigned char* src) {
+    return loadParts(src);
+}
 template <class Store>
 inline void storeParts(unsigned char* dst, Vec part0, Vec part1, Vec part2) {
     Store::store(dst, part0);

@@ -180,6 +180,14 @@ inline Parts loadParts(const unsigned char* src) {
     return {
         {_mm256_blend_epi32(v0, v1, 0xF0), _mm256_permute2x128_si256(v0, v2, 0x21), _mm256_blend_epi32(v1, v2, 0xF0)}};
 }
+/// The same, the upper run in the lower half.
+inline Parts loadPartsSwapped(const unsigned char* src) {
+    const Vec v0 = loadVector(src);
+    const Vec v1 = loadVector(src + 32);
+    const Vec v2 = loadVector(src + 64);
+    return {{_mm256_permute2x128_si256(v1, v0, 0x21), _mm256_blend_epi32(v2, v0, 0xF0),
+             _mm256_permute2x128_si256(v2, v1, 0x21)}};
+}
 template <class Store>
 inline void storeParts(unsigned char* dst, Vec part0, Vec part1, Vec part2) {
     Store::store(dst, _mm256_permute2x128_si256(part0, part1, 0x20));
