@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-2-Clause
 # Runs one of the README's two commands as a newcomer would, in a bare Debian, from a clone of what is committed; or makes
-# the Debian packages there, and in a second root installs them, builds a program with them, uses them and removes them.
+# the Debian packages there, twice, and in a second root installs them, builds a program with them, uses them and removes
+# them.
 # fresh.sh bookworm|trixie|sid [demo|test|package]
 #
 # The roots are made anew by debootstrap in KOVANTA_FRESH_DIR (default: build/fresh) and stay there, to be looked at.
@@ -65,18 +66,19 @@ root=$directory/$suite
 echo "== $suite: a bare root"
 bare "$root"
 git clone --quiet --no-local . "$root/kovanta"
-echo "== $suite: scripts/$task.sh ($SECONDS s)"
-inside "$root" "/kovanta/scripts/$task.sh"
+command=("scripts/$task.sh")
+[ "$task" != package ] || command+=(--twice)
+echo "== $suite: ${command[*]} ($SECONDS s)"
+inside "$root" "/kovanta/${command[0]}" "${command[@]:1}"
 
 if [ "$task" = package ]; then
   echo "== $suite: the packages in a second bare root ($SECONDS s)"
   user=$directory/$suite-user
   bare "$user"
-  # minbase leaves pages of the manual out
-  rm -f "$user"/etc/dpkg/dpkg.cfg.d/*
   mkdir "$user/packages"
   cp "$root"/kovanta/build/packages/*.deb "$user/packages"
   cp -r tests/package/consumer "$user/packages"
+  cp fuzz/corpus/video/seed_mp4_libx264 "$user/packages/clip.mp4"
   # shellcheck disable=SC2016
   inside "$user" bash -euc '
     cd /packages
@@ -95,7 +97,9 @@ if [ "$task" = package ]; then
     done
     printf "P6 1 1 255\nabc" >/tmp/one.ppm
     kovanta-convert /tmp/one.ppm /tmp/one.png >$log 2>&1
-    test -s /tmp/one.png
+    kovanta-track clip.mp4 /tmp/tracked.mkv >$log 2>&1
+    kovanta-contact /tmp/tracked.mkv /tmp/sheet.png >$log 2>&1
+    test -s /tmp/one.png -a -s /tmp/sheet.png
     apt-get purge -y libkovanta libkovanta-dev kovanta-tools >$log 2>&1
     left=$(find /usr /etc -iname "*kovanta*")
     [ -z "$left" ] || { echo "left behind: $left"; exit 1; }'

@@ -17,7 +17,7 @@ git() { command git -c safe.directory='*' "$@"; }
 SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
 export SOURCE_DATE_EPOCH
 
-# make PLACE: the packages in PLACE, built in PLACE/kovanta
+# make_in PLACE: the packages in PLACE, built in PLACE/kovanta
 make_in() {
   local tree=$1/kovanta
   rm -rf "$1"
