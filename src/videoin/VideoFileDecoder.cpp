@@ -29,6 +29,15 @@ bool known(std::int64_t time) {
     return time != AV_NOPTS_VALUE;
 }
 
+/// 0/1 or 0/0 where nothing tells. No rate that has a place for every picture lies below the average; libav's guess
+/// does where few packets have stamps (H.264 in program streams), since it is made from the gaps between these.
+AVRational guessRate(AVFormatContext& container, AVStream& stream) {
+    const AVRational guess = av_guess_frame_rate(&container, &stream, nullptr);
+    const AVRational average = stream.avg_frame_rate;
+    const bool tooLow = guess.num > 0 && average.den > 0 && av_q2d(guess) < 0.7 * av_q2d(average);
+    return tooLow ? average : guess;
+}
+
 } // namespace
 
 void VideoFileDecoder::open(const std::string& filename, const AVInputFormat* forcedFormat) {
@@ -42,7 +51,7 @@ void VideoFileDecoder::open(const std::string& filename, const AVInputFormat* fo
     chooseStream();
     openDecoder();
 
-    const AVRational guess = av_guess_frame_rate(opened, stream, nullptr);
+    const AVRational guess = guessRate(*opened, *stream);
     if (guess.num > 0 && guess.den > 0)
         rate = guess;
     clock = PictureClock(*opened, *stream, rate);

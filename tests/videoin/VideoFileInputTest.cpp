@@ -58,6 +58,8 @@ const Case cases[] = {
     {{"Mpeg4InTs"}, "ts", "-c:v mpeg4 -g 8"},
     {{"H265InTs"}, "ts", "-c:v libx265 -g 9 -x265-params log-level=none"},
     {{"H264InMpg"}, "mpg", "-c:v libx264 -g 9 -bf 3 -qp 1 -muxdelay 0 -muxpreload 0"},
+    // The gaps between its few stamps look like half the rate.
+    {{"H264WithFewStampsInMpg"}, "mpg", "-c:v libx264 -g 6 -bf 3 -qp 2 -muxdelay 0 -muxpreload 0"},
     {{"Mpeg2InMpg"}, "mpg", "-c:v mpeg2video -bf 2"}, // its length is too short by some pictures
     {{"Vp8InWebm"}, "webm", "-c:v libvpx -g 9"},
     {{"TheoraInOgv"}, "ogv", "-c:v libtheora -g 9 -q:v 9", true},
