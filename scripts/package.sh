@@ -8,7 +8,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 [[ $# -eq 0 || ($# -eq 1 && $1 == --twice) ]] || { echo "usage: package.sh [--twice]" >&2; exit 2; }
-scripts/setup.sh demo debhelper dpkg-dev git help2man lintian
+scripts/setup.sh demo build-essential debhelper dpkg-dev git help2man lintian
 
 number() { sed -n "s/^#define KOVANTA_VERSION_$1 //p" include/Kovanta/Version.h; }
 version=$(number MAJOR).$(number MINOR).$(number PATCH)
