@@ -10,7 +10,7 @@ namespace Ko {
 /// @{
 
 template <class T>
-class Image; // Kovanta/Image.h, which offers these functions too
+class KOVANTA_API Image; // Kovanta/Image.h, which offers these functions too
 
 /// @name Mirroring
 /// For PF_Y (plane 0 only), PF_YCC444P and PF_RGB images. One thread at a time per image; calls on different images
