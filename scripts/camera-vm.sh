@@ -82,9 +82,12 @@ fetchPackages() { # FOLDER: unpacks everything below it
     # What apt-get knows may be nothing, or out of date.
     downloadPackages "$1/packages" || { apt-get update -qq >/dev/null 2>&1 && downloadPackages "$1/packages"; } ||
         unavailable "$reason"
-    local package
+    local package folder
     for package in "$1"/packages/*.deb; do
         dpkg -x "$package" "$1/tree" || unavailable "cannot unpack $package"
+    done
+    for folder in bin lib; do # newer packages have all of it below usr
+        [ -e "$1/tree/$folder" ] || ln -s "usr/$folder" "$1/tree/$folder"
     done
 }
 
@@ -93,7 +96,8 @@ buildLoopback() { # FOLDER
     local kernelHeaders=$1/tree/usr/src/linux-headers-$release
     sed -i "s#/usr/src/#$1/tree/usr/src/#" "$kernelHeaders/Makefile"
     cp -r "$1"/tree/usr/src/v4l2loopback-* "$1/v4l2loopback"
-    make -s -C "$kernelHeaders" M="$1/v4l2loopback" modules >"$1/make.log" 2>&1 || {
+    # without its types in BTF, which take pahole and tell nobody here anything
+    make -s -C "$kernelHeaders" M="$1/v4l2loopback" CONFIG_DEBUG_INFO_BTF_MODULES= modules >"$1/make.log" 2>&1 || {
         cat "$1/make.log" >&2
         unavailable "v4l2loopback does not build here (it takes make, libelf1 and the compiler of the kernel)"
     }

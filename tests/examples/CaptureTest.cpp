@@ -111,8 +111,8 @@ TEST(CaptureExample, RecordsAndShowsACamera) {
 }
 
 TEST(CaptureExample, ListsWhatItDoesNotReadAndLeavesASilentCamera) {
-    const camera::Driver loopback("v4l2loopback", "devices=1 video_nr=9 card_label=Fed");
     const auto fed = [](unsigned int fourcc, const auto& look) {
+        const camera::Driver loopback("v4l2loopback", "devices=1 video_nr=9 card_label=Fed");
         camera::Node producer(9);
         producer.setFormat(fourcc, 320, 240, V4L2_BUF_TYPE_VIDEO_OUTPUT);
         camera::Frame frame{fourcc, 320, 240, 640};
