@@ -90,10 +90,11 @@ protected:
         constexpr std::size_t targets = (std::is_same_v<P, Byte*> + ...);
         for (const std::size_t n : sizes)
             for (const int place : {0, 1, 7, 32, ~0, ~13, ~63}) { // from the fence in front, or before the one behind
+                const auto distance = static_cast<std::size_t>(place >= 0 ? place : ~place);
                 Byte* wanted[sizeof...(P)] = {};
                 Byte* written[sizeof...(P)] = {};
                 for (std::size_t i = 0; i < bytes.size(); ++i) {
-                    const std::size_t at = place >= 0 ? place : FencedBytes::size - ~place - n * bytes[i];
+                    const std::size_t at = place >= 0 ? distance : FencedBytes::size - distance - n * bytes[i];
                     if (i >= targets) {
                         wanted[i] = written[i] = sourceRows[i - targets].begin() + at;
                         continue;

@@ -80,14 +80,14 @@ TEST_P(WrapEveryFormat, OverRectangles) {
         EXPECT_EQ(difference(Ko::wrapRectangle(std::as_const(im), x, y, w, h), part), "");
         EXPECT_EQ(Ko::wrapRectangle(part, 0, 0, 0, 0).plane[0].rows, nullptr);
     }
-    for (const auto& [x, y, w, h] : std::vector<std::array<unsigned, 4>>{
+    for (const auto& r : std::vector<std::array<unsigned, 4>>{
              {12, 0, 2, 2}, {2, 0, 11, 2}, {0, 10, 2, 2}, {0, 2, 2, 9}, {2, 2, 0xFFFFFFFF, 2}})
-        EXPECT_THAT(([&, x = x, y = y, w = w, h = h] { Ko::wrapRectangle(im, x, y, w, h); }),
+        EXPECT_THAT([&] { Ko::wrapRectangle(im, r[0], r[1], r[2], r[3]); },
                     ThrowsMessage<std::out_of_range>("[wrapRectangle]: The rectangle leaves the image."));
     const bool rowPairs = format == Ko::PF_YCC420P;
     const bool columnPairs = rowPairs || format == Ko::PF_JFIF422P || format == Ko::PF_YUY2;
     for (const auto& [x, y, refused] : {std::tuple{1u, 0u, columnPairs}, {0u, 1u, rowPairs}})
-        EXPECT_EQ(thrownText<std::logic_error>([&, x = x, y = y] { Ko::wrapRectangle(im, x, y, 4, 4); }),
+        EXPECT_EQ(thrownText<std::logic_error>([&, left = x, top = y] { Ko::wrapRectangle(im, left, top, 4, 4); }),
                   refused ? "[wrapRectangle]: The corner splits a pair of pixels." : "nothing thrown");
     im.width = 99; // the description claims more than the planes hold
     EXPECT_THROW(Ko::wrapRectangle(im, 4, 0, 9, 2), std::out_of_range);

@@ -14,7 +14,8 @@ for header in "$source_dir"/include/Kovanta/*.h; do
   [ "${header##*/}" != Kovanta.h ] || printf '%s\0' "-std=c++2b -I$source_dir/include" Kovanta/Kovanta.h >>"$list"
 done
 (cd "$source_dir/src" && find . -name '*.h' -printf '%P\n') | sort | while read -r header; do
-  options="-std=c++17 $*"
+  # Compiled alone, what it defines for its includer stands unused.
+  options="-std=c++17 -Wno-unused-function -Wno-unneeded-internal-declaration $*"
   [[ $header != image/kernels/* ]] || options+=" -march=icelake-server"
   printf '%s\0' "$options" "$header" >>"$list"
 done
@@ -24,7 +25,7 @@ count=$(tr -cd '\0' <"$list" | wc -c)
 compile() { # COMPILER OPTIONS HEADER
   local options
   read -ra options <<<"$2"
-  echo "#include \"$3\"" | "$1" "${options[@]}" -Wall -Wextra -Wpedantic -Werror -fsyntax-only -x c++ - ||
+  echo "#include \"$3\"" | "$1" -Wall -Wextra -Wpedantic -Werror "${options[@]}" -fsyntax-only -x c++ - ||
     { echo "FAILED: $3 with $2"; return 1; }
 }
 export -f compile

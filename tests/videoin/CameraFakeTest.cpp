@@ -239,7 +239,8 @@ TEST_F(CameraFake, TellsWhatTheDriverSaysOfItsFrames) {
     for (const auto& row : rows) {
         device.sequences = row.numbers;
         init(camera);
-        EXPECT_EQ(camera.getDriverSequence() + camera.getTimeStamp() + camera.getLostFrames(), 0u);
+        EXPECT_EQ(camera.getDriverSequence() + camera.getLostFrames(), 0u);
+        EXPECT_EQ(camera.getTimeStamp(), 0);
         for (unsigned int i = 0; i < 4; ++i) {
             expectFrame(camera, i);
             EXPECT_EQ(camera.getDriverSequence(), row.numbers[i]);

@@ -262,6 +262,8 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
                   : static_cast<int>(::syscall(SYS_ioctl, fd, request, argument));
 }
 
+// By another name, since the header has an inline definition of its own, or says that it reads nothing there.
+int fakePoll(pollfd* waiting, nfds_t count, int timeout) __asm__("poll");
 int fakePoll(pollfd* waiting, nfds_t count, int timeout) {
     fake::Device* const device = count == 1 ? fake::deviceOf(waiting->fd) : nullptr;
     if (device && fake::fails("poll"))
@@ -270,9 +272,6 @@ int fakePoll(pollfd* waiting, nfds_t count, int timeout) {
         return static_cast<int>(::syscall(SYS_poll, nullptr, 0, timeout));
     return static_cast<int>(::syscall(SYS_poll, waiting, count, timeout));
 }
-
-// The header says that poll reads nothing there.
-int poll(pollfd* waiting, nfds_t count, int timeout) __attribute__((alias("fakePoll")));
 
 void* mmap(void* address, size_t length, int protection, int flags, int fd, off_t offset) noexcept {
     const bool ours = fake::deviceOf(fd) != nullptr;

@@ -103,7 +103,7 @@ TEST(ThreadedBuffer, SeveralProducersAndConsumersShareASmallQueue) {
             threads.emplace_back([&] { values = getAll(buffer, producers * each / consumers); });
         bool ended = true;
         for (auto& thread : threads) {
-            ended = ended && thread.timed_join(boost::posix_time::seconds(60));
+            ended = ended && thread.timed_join(boost::posix_time::milliseconds(60000));
             if (!ended)
                 thread.interrupt();
         }
@@ -162,7 +162,7 @@ TEST(ThreadedBuffer, AnInterruptionThatMeetsAValueEndsTheNextWaitWhereverThatIs)
             boost::this_thread::yield();
         putAll(in, 1, 1);
         stage.interrupt();
-        const bool ended = stage.timed_join(boost::posix_time::seconds(60));
+        const bool ended = stage.timed_join(boost::posix_time::milliseconds(60000));
         EXPECT_TRUE(ended) << "in round " << round;
         if (!ended) {
             stage.interrupt();
