@@ -23,6 +23,7 @@ enum VideoPosId : unsigned int {
 /// time per object. What a position counts, and which errors are thrown, is said by each source.
 class KOVANTA_API VideoInput {
 public:
+    /// Closes the source.
     virtual ~VideoInput();
     /// Delivers the next frame, converted into the format that @p frame has; sizes it too.
     /// @return true when a frame was delivered, false at the end
