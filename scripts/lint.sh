@@ -28,10 +28,11 @@ licence() {
   [ -z "$lost" ] || { echo "lint: no licence in $lost"; return 1; }
 }
 
-# Every warning is an error; every picture that a page shows is there, every link between pages leads somewhere, and every
-# function, enumeration and piece of data of the interface has its place in an area.
+# Every warning is an error; every picture that a page shows is there, every link between pages leads somewhere, every
+# function, enumeration and piece of data of the interface has its place in an area, and every header that stands for
+# itself is named where a reader looks for it.
 docs() {
-  local html=build/docs/html lost=0 picture name areas
+  local html=build/docs/html lost=0 picture name areas page
   rm -rf build/docs
   mkdir -p build/docs
   { cat docs/Doxyfile && echo "WARN_AS_ERROR = FAIL_ON_WARNINGS"; } | doxygen - || return 1
@@ -50,6 +51,11 @@ docs() {
     sed -E 's/[[(].*//; s/^Ko:://' tests/package/exports.txt | grep -vE '::| '
     grep -ohE '^enum [A-Za-z_]+' include/Kovanta/*.h | cut -c6-
   } | sort -u)
+  while read -r name; do
+    for page in README.md docs/site/front.md; do
+      grep -qE "\`(Kovanta/)?$name\`" "$page" || { echo "lint: $page does not name $name"; lost=1; }
+    done
+  done < <(sed -nE 's|^#include "Kovanta/(.*)"$|\1|p' include/Kovanta/Kovanta.h)
   return $lost
 }
 
