@@ -107,6 +107,18 @@ public:
     /// @throws std::logic_error "[VideoOutputVideoFile::setColor]: Unknown color matrix.", "...: Unknown color range."
     ///         for what is no ColorMatrix or ColorRange; nothing changes then
     VideoOutputVideoFile& setColor(ColorMatrix matrix, ColorRange range);
+    /// Takes frames of more formats and sizes from the next open() on. Off until set.
+    ///
+    /// - Frames may have any format that convertIm() turns into PF_YCC444P: PF_RGB, PF_RGBA, PF_YUY2, PF_JFIF and
+    ///   PF_JFIF422P as well. RGB is converted by the matrix that setColor() names, else by BT.601.
+    /// - Odd sizes go to the encoder as 4:4:4 where it takes that (libx264, libx265, libvpx-vp9, ffv1, ...), so that
+    /// the
+    ///   last column and row keep their colours; not every player shows such files. Encoders of nothing but 4:2:0 that
+    ///   take odd sizes (mpeg4, mpeg2video, libvpx) get the neighbours' chroma there; the others still refuse.
+    /// - Encoders may be those that take 4:2:0 or 4:4:4 at all, not as their first choice, and those of full range
+    ///   (mjpeg): samples are brought to that, to the nearest. For other encoders open() throws std::logic_error
+    ///   "[VideoOutputVideoFile::openVideo]: The encoder takes neither 4:2:0 nor 4:4:4 of eight bits."
+    VideoOutputVideoFile& setAnyFormat(bool on);
 
     /// Writes mp4, mov and their like in fragments from the next open() on, one at each key frame and at least one a
     /// second: what was written before the disk was full or the program ended can be read. Without it such a file is

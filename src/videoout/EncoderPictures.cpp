@@ -10,11 +10,11 @@ namespace Ko {
 
 namespace {
 
-libav::FrameHandle allocPicture(int width, int height) {
+libav::FrameHandle allocPicture(int width, int height, AVPixelFormat format) {
     libav::FrameHandle frame(av_frame_alloc());
     if (!frame)
         throwRuntimeError("allocPicture", "avcodec_alloc_frame failed.");
-    frame->format = AV_PIX_FMT_YUV420P;
+    frame->format = format;
     frame->width = width;
     frame->height = height;
     if (av_frame_get_buffer(frame.get(), 0) < 0)
@@ -26,29 +26,31 @@ libav::FrameHandle allocPicture(int width, int height) {
     return frame;
 }
 
-std::unique_ptr<EncoderPicture> makePicture(unsigned int width, unsigned int height) {
+std::unique_ptr<EncoderPicture> makePicture(unsigned int width, unsigned int height, EncoderFormat format) {
     auto picture = std::make_unique<EncoderPicture>();
-    picture->frame = allocPicture(static_cast<int>(width), static_cast<int>(height));
+    picture->frame = allocPicture(static_cast<int>(width), static_cast<int>(height), format.libav);
     const AVFrame& frame = *picture->frame;
     picture->image = wrapMemory(
-        PF_YCC420P, width, height,
+        format.image, width, height,
         {{frame.data[0], frame.linesize[0]}, {frame.data[1], frame.linesize[1]}, {frame.data[2], frame.linesize[2]}});
+    picture->fullRange = format.fullRange;
     return picture;
 }
 
 } // namespace
 
-EncoderPictures::EncoderPictures(unsigned int w, unsigned int h)
+EncoderPictures::EncoderPictures(unsigned int w, unsigned int h, EncoderFormat f)
     : width(w)
-    , height(h) {
-    pictures.push_back(makePicture(width, height));
+    , height(h)
+    , format(f) {
+    pictures.push_back(makePicture(width, height, format));
 }
 
 EncoderPicture& EncoderPictures::writable() {
     for (const auto& picture : pictures)
         if (av_frame_is_writable(picture->frame.get()) > 0)
             return *picture;
-    pictures.push_back(makePicture(width, height));
+    pictures.push_back(makePicture(width, height, format));
     return *pictures.back();
 }
 

@@ -4,16 +4,18 @@
 
 #include "Kovanta/Image.h"
 #include "libav/Handles.h"
+#include "videoout/EncoderFormat.h"
 
 #include <memory>
 #include <vector>
 
 namespace Ko {
 
-/// A planar 4:2:0 picture for the encoder, and the same memory seen as an image.
+/// A planar picture for the encoder, and the same memory seen as an image.
 struct EncoderPicture {
     libav::FrameHandle frame;
     Image<> image{PF_YCC420P}; ///< Owns no pixels: its rows point into the frame's planes.
+    bool fullRange = false;    ///< What the encoder takes the samples for.
 };
 
 /// The pictures that go to an encoder, used again and again.
@@ -24,7 +26,7 @@ struct EncoderPicture {
 class EncoderPictures {
 public:
     /// Makes the first picture. @throws std::runtime_error "[allocPicture]: ... failed."
-    EncoderPictures(unsigned int width, unsigned int height);
+    EncoderPictures(unsigned int width, unsigned int height, EncoderFormat format);
 
     /// The picture made first, whoever refers to it.
     EncoderPicture& first() { return *pictures.front(); }
@@ -34,6 +36,7 @@ public:
 private:
     unsigned int width;
     unsigned int height;
+    EncoderFormat format;
     std::vector<std::unique_ptr<EncoderPicture>> pictures;
 };
 

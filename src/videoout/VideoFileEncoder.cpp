@@ -45,17 +45,6 @@ int toInt(unsigned int size) {
     return size > INT_MAX ? -1 : static_cast<int>(size);
 }
 
-/// The pixel format that an encoder names first; 4:4:4 where it takes any.
-AVPixelFormat firstFormat(const AVCodec& codec) {
-#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
-    const void* formats = nullptr;
-    avcodec_get_supported_config(nullptr, &codec, AV_CODEC_CONFIG_PIX_FORMAT, 0, &formats, nullptr);
-#else
-    const void* const formats = codec.pix_fmts;
-#endif
-    return formats ? *static_cast<const AVPixelFormat*>(formats) : AV_PIX_FMT_YUV444P;
-}
-
 /// libsvtav1 can neither be drained nor closed before it was given a picture: it waits for one for ever.
 bool mustBeFed(const AVCodec& codec) {
     return std::strcmp(codec.name, "libsvtav1") == 0;
@@ -130,8 +119,12 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     codecContext->bit_rate = settings.bitRate;
     codecContext->width = toInt(settings.width);
     codecContext->height = toInt(settings.height);
-    codecContext->pix_fmt = firstFormat(codec);
+    format = settings.anyFormat ? formatFor(codec, settings.width, settings.height) : usualFormat(codec);
     tagColor(*codecContext, settings.color);
+    if (format)
+        codecContext->pix_fmt = format->libav;
+    if (format && format->fullRange)
+        codecContext->color_range = AVCOL_RANGE_JPEG;
     stream->time_base = codecContext->time_base;
     stream->avg_frame_rate = codecContext->framerate;
     const Frac<unsigned int> aspect = settings.pixelAspect;
@@ -141,15 +134,18 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
 }
 
 void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec) {
-    if (codecContext->pix_fmt != AV_PIX_FMT_YUV420P)
-        throwLogicError(openingVideo, "Can only convert to 4:2:0 Planar YUV.");
+    if (!format)
+        throwLogicError(openingVideo, settings.anyFormat ? "The encoder takes neither 4:2:0 nor 4:4:4 of eight bits."
+                                                         : "Can only convert to 4:2:0 Planar YUV.");
+    if (settings.anyFormat)
+        anyFrame.emplace(settings.color.matrix);
     // libx265 prints past libav's log. The other encoders do not know the option.
     if (codec.priv_class && av_log_get_level() == AV_LOG_QUIET)
         av_opt_set(codecContext->priv_data, "x265-params", "log-level=none", 0);
     setEncoderOptions(settings);
     const auto makePictures = [this] {
         pictures.emplace(static_cast<unsigned int>(codecContext->width),
-                         static_cast<unsigned int>(codecContext->height));
+                         static_cast<unsigned int>(codecContext->height), *format);
     };
     // Without memory for a picture such an encoder could not be closed any more.
     if (mustBeFed(codec) && av_image_check_size(settings.width, settings.height, 0, nullptr) >= 0)
@@ -185,7 +181,10 @@ void VideoFileEncoder::frameWrite(const Image<>& image) {
         image.height != static_cast<unsigned int>(codecContext->height))
         throwLogicError("VideoOutputVideoFile::frameWrite", "Image size is not equal to the output file image size.");
     EncoderPicture& picture = pictures->writable();
-    convertIm(picture.image, image);
+    if (anyFrame)
+        anyFrame->convert(picture, image);
+    else
+        convertIm(picture.image, image);
     picture.frame->pts = frameCount;
     fed = true;
     if (avcodec_send_frame(codecContext.get(), picture.frame.get()) < 0)

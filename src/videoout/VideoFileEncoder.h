@@ -5,6 +5,7 @@
 #include "Kovanta/Frac.h"
 #include "Kovanta/Image.h"
 #include "libav/Handles.h"
+#include "videoout/AnyFrame.h"
 #include "videoout/ColorTags.h"
 #include "videoout/EncoderPictures.h"
 
@@ -30,6 +31,7 @@ public:
         bool fragments;                 ///< Where the container can be written so.
         Frac<unsigned int> pixelAspect; ///< {0, 1} for unknown.
         ColorTags color;
+        bool anyFormat;                                    ///< Whether frames and pictures may be others than 4:2:0.
         const std::map<std::string, std::string>& options; ///< Of the encoder, by name.
     };
 
@@ -61,8 +63,10 @@ private:
     libav::OutputContextHandle formatContext;
     libav::CodecContextHandle codecContext;
     libav::PacketHandle packet;
-    AVStream* stream = nullptr; ///< The one stream; belongs to the container.
+    AVStream* stream = nullptr;          ///< The one stream; belongs to the container.
+    std::optional<EncoderFormat> format; ///< Nothing where frames cannot be converted to what the encoder takes.
     std::optional<EncoderPictures> pictures;
+    std::optional<AnyFrame> anyFrame; ///< Where frames of any format are taken.
     std::uint32_t frameCount = 0;
     bool fed = false; ///< Whether the encoder was given a picture.
 };

@@ -70,6 +70,7 @@ struct KOVANTA_LOCAL VideoOutputVideoFile::Impl {
     bool fragments = false;
     Frac<unsigned int> pixelAspect{0, 1};
     ColorTags color;
+    bool anyFormat = false;
     std::map<std::string, std::string> options;
     std::atomic<bool> throwOnFailure{false};
     std::atomic<bool> failed{false}; ///< Spares each write() the lock.
@@ -177,7 +178,7 @@ void VideoOutputVideoFile::open(unsigned int width, unsigned int height, const s
     Impl::Output& output = *impl->output;
     output.encoder.open(filename,
                         {width, height, frameRate, bitRate, impl->codecFlags, impl->fragments, impl->pixelAspect,
-                         impl->color, impl->options},
+                         impl->color, impl->anyFormat, impl->options},
                         impl->codec);
     output.buffer.setCapacity(impl->queueSize);
     output.buffer.setDropOldest(false);
@@ -249,6 +250,11 @@ VideoOutputVideoFile& VideoOutputVideoFile::setColor(ColorMatrix matrix, ColorRa
     if (range > CR_FULL)
         throwLogicError("VideoOutputVideoFile::setColor", "Unknown color range.");
     impl->color = {matrix, range};
+    return *this;
+}
+
+VideoOutputVideoFile& VideoOutputVideoFile::setAnyFormat(bool on) {
+    impl->anyFormat = on;
     return *this;
 }
 

@@ -6,7 +6,7 @@
 namespace {
 
 TEST(EncoderPictures, APictureThatTheEncoderHoldsIsLeftAlone) {
-    Ko::EncoderPictures pictures(7, 5);
+    Ko::EncoderPictures pictures(7, 5, {AV_PIX_FMT_YUV420P, Ko::PF_YCC420P});
     Ko::EncoderPicture& first = pictures.writable();
     EXPECT_EQ(&pictures.writable(), &first);
     Ko::libav::FrameHandle held(av_frame_clone(first.frame.get()));

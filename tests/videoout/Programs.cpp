@@ -30,8 +30,8 @@ Decoded decode(const std::string& file, unsigned int width, unsigned int height)
     return decoded;
 }
 
-std::string rawPictures(const std::string& file) {
-    return outputOf("ffmpeg -nostdin -v error -i '" + file + "'" + raw("yuv420p"));
+std::string rawPictures(const std::string& file, const std::string& format) {
+    return outputOf("ffmpeg -nostdin -v error -i '" + file + "'" + raw(format));
 }
 
 std::string probe(const std::string& file, const std::string& entries) {

@@ -14,8 +14,8 @@ struct Decoded {
 };
 Decoded decode(const std::string& file, unsigned int width = 64, unsigned int height = 48);
 
-/// The pictures as planar 4:2:0, without padding.
-std::string rawPictures(const std::string& file);
+/// The pictures without padding, in one of ffmpeg's formats.
+std::string rawPictures(const std::string& file, const std::string& format = "yuv420p");
 
 /// Entries of the video stream ("stream=time_base,nb_read_frames") or of its frames ("frame=pts"), in ffprobe's own
 /// order, with commas between them; frames on a line each.

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: BSD-2-Clause
+#include "Kovanta/ConvertIm.h"
+#include "Kovanta/VideoOutput.h"
+#include "support/Rows.h"
+#include "support/TempDirectory.h"
+#include "support/TestImages.h"
+#include "videoout/Programs.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+// setAnyFormat(): frames and encoders of other formats than 4:2:0, and odd sizes.
+
+namespace {
+
+struct Source : test::Row {
+    Ko::PIXEL_FORMAT format;
+    unsigned width;
+    unsigned height;
+};
+constexpr Source sources[] = {
+    {{"Rgb"}, Ko::PF_RGB, 64, 48},         {{"Rgba"}, Ko::PF_RGBA, 64, 48},
+    {{"Jfif"}, Ko::PF_JFIF, 64, 48},       {{"Jfif422"}, Ko::PF_JFIF422P, 64, 48},
+    {{"Yuy2"}, Ko::PF_YUY2, 64, 48},       {{"Grey"}, Ko::PF_Y, 64, 48},
+    {{"Full"}, Ko::PF_YCC444P, 64, 48},    {{"Halved"}, Ko::PF_YCC420P, 64, 48},
+    {{"RgbOdd"}, Ko::PF_RGB, 65, 49},      {{"Yuy2Odd"}, Ko::PF_YUY2, 65, 49},
+    {{"FullOdd"}, Ko::PF_YCC444P, 65, 48}, {{"HalvedOdd"}, Ko::PF_YCC420P, 65, 49},
+};
+
+std::string bytesOf(const Ko::Image<>& im) {
+    std::string bytes;
+    for (int p = 0; p < 3; ++p)
+        for (unsigned y = 0; y < im.plane[p].height; ++y)
+            bytes.append(reinterpret_cast<const char*>(im.plane[p].row(y)), im.plane[p].width);
+    return bytes;
+}
+
+class Frames : public testing::TestWithParam<Source> {
+protected:
+    const test::TempDirectory directory;
+    const std::string file = directory / "video.mkv";
+};
+INSTANTIATE_TEST_SUITE_P(Every, Frames, testing::ValuesIn(sources), test::rowName);
+
+TEST_P(Frames, ReachALosslessEncoderAsConvertImWouldBringThem) {
+    const auto& [format, width, height] = std::tuple(GetParam().format, GetParam().width, GetParam().height);
+    const Ko::Image frame = test::randomImage(format, width, height);
+    Ko::VideoOutputVideoFile sink;
+    sink.setThrowOnFailure(true).setEncoder("ffv1").setAnyFormat(true).setColor(Ko::CM_BT709, Ko::CR_UNKNOWN);
+    sink.open(width, height, file, {25, 1}, 1000000);
+    sink.write(frame);
+    sink.close();
+
+    Ko::Image full(Ko::PF_YCC444P), halved(Ko::PF_YCC420P);
+    Ko::convertIm(full, frame, Ko::CM_BT709);
+    Ko::convertIm(halved, full);
+    const bool odd = width % 2 != 0;
+    EXPECT_EQ(test::probe(file, "stream=pix_fmt"), odd ? "yuv444p" : "yuv420p");
+    EXPECT_EQ(test::rawPictures(file, odd ? "yuv444p" : "yuv420p"), bytesOf(odd ? full : halved));
+}
+
+struct Encoder : test::Row {
+    const char* encoder;
+    const char* extension;
+    unsigned width;
+    unsigned height;
+    const char* pixels; ///< Of the file; the exception where there is none.
+};
+constexpr Encoder encoders[] = {
+    {{"H264"}, "libx264", "mp4", 65, 48, "yuv444p"},
+    {{"H264Even"}, "libx264", "mp4", 64, 48, "yuv420p"},
+    {{"H265"}, "libx265", "mkv", 65, 49, "yuv444p"},
+    {{"Mpeg4"}, "mpeg4", "avi", 65, 49, "yuv420p"},
+    {{"Vp8"}, "libvpx", "webm", 64, 49, "yuv420p"},
+    {{"MotionJpeg"}, "mjpeg", "avi", 64, 48, "yuvj420p"},
+    {{"MotionJpegOdd"}, "mjpeg", "avi", 65, 49, "yuvj444p"},
+    {{"NotItsFirst"}, "utvideo", "avi", 64, 48, "yuv420p"},
+    {{"EvenOnly"}, "wmv2", "avi", 65, 49, "[VideoOutputVideoFile::openVideo]: avcodec_open failed."},
+    {{"Neither"},
+     "prores_ks",
+     "mov",
+     64,
+     48,
+     "[VideoOutputVideoFile::openVideo]: The encoder takes neither 4:2:0 nor 4:4:4 of eight bits."},
+};
+class Encoders : public testing::TestWithParam<Encoder> {};
+INSTANTIATE_TEST_SUITE_P(Every, Encoders, testing::ValuesIn(encoders), test::rowName);
+
+/// Each pixel of a plain picture, the last column and row too.
+TEST_P(Encoders, KeepTheColorUpToTheLastPixel) {
+    const Encoder& e = GetParam();
+    const test::TempDirectory directory;
+    const std::string file = directory / (std::string("video.") + e.extension);
+    constexpr unsigned char color[] = {100, 60, 235};
+    Ko::Image frame(Ko::PF_YCC444P);
+    frame.size(e.width, e.height);
+    for (int p = 0; p < 3; ++p)
+        for (unsigned y = 0; y < e.height; ++y)
+            std::fill_n(frame.plane[p].row(y), e.width, color[p]);
+    Ko::VideoOutputVideoFile sink;
+    sink.setThrowOnFailure(true).setEncoder(e.encoder).setAnyFormat(true);
+    try {
+        sink.open(e.width, e.height, file, {25, 1}, 2000000);
+    } catch (const std::exception& refusal) {
+        EXPECT_STREQ(refusal.what(), e.pixels);
+        return;
+    }
+    for (int n = 0; n < 3; ++n)
+        sink.write(frame);
+    sink.close();
+    EXPECT_EQ(test::probe(file, "stream=pix_fmt"), e.pixels);
+    const std::string pictures = test::rawPictures(file, "yuv444p"); // ffmpeg brings full range to studio range
+    const std::size_t plane = std::size_t{e.width} * e.height;
+    ASSERT_EQ(pictures.size(), 3 * 3 * plane);
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+        ASSERT_LE(std::abs(static_cast<unsigned char>(pictures[i]) - color[i / plane % 3]), 4) << i << " of " << plane;
+}
+
+TEST(AnyFormat, WhatConvertImDoesNotKnowEndsTheWriterByName) {
+    const test::TempDirectory directory;
+    Ko::VideoOutputVideoFile sink;
+    sink.setThrowOnFailure(true).setAnyFormat(true).open(64, 48, directory / "a.avi", {25, 1}, 1000000);
+    sink.write(test::randomImage(Ko::PF_BGR, 64, 48));
+    EXPECT_THAT([&] { sink.close(); }, testing::ThrowsMessage<std::runtime_error>(
+                                           "[convertIm]: Don't know how to convert from PF_BGR (Packed BGR) "
+                                           "to PF_YCC420P (Planar Y'CbCr 4:2:0)."));
+}
+
+} // namespace
