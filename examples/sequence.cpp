@@ -42,7 +42,8 @@ void makeVideo(const Options& options) {
     example::requireReplaceable(options.output, options.force);
     example::catchStops();
     Ko::VideoOutputVideoFile output;
-    output.setThrowOnFailure(true);
+    output.setThrowOnFailure(true).setAnyFormat(true); // stills of odd sizes too
+    output.setColor(Ko::CM_BT601, Ko::CR_STUDIO);      // what readImage() makes of them, whatever their size
     output.open(width, height, options.output, options.rate, options.bitRate);
     example::Progress progress;
     std::size_t done = 0;

@@ -68,14 +68,16 @@ grep -qx '8 of 8 stills' out.log || fail "the count"
 [ "$(ffprobe -v error -show_entries stream=r_frame_rate -of csv=p=0 out.avi)" = 30000/1001 ] || fail "the rate"
 ! "$sequence" stills out.avi 2> error < /dev/null || fail "a video was replaced without --force"
 
-# By name 10 comes before 2, by number behind it; the ramp of greys tells.
+# By name 10 comes before 2, by number behind it; the ramp of greys tells. An odd size is kept.
 mkdir numbered
-for i in 1 2 10; do magick -size 64x48 "xc:gray($((i * 20)))" -depth 8 "numbered/s$i.pgm"; done
+for i in 1 2 10; do magick -size 65x49 "xc:gray($((i * 20)))" -depth 8 "numbered/s$i.pgm"; done
 greys() { ffmpeg -v error -i "$1" -vf scale=1:1,format=gray -f rawvideo - | od -An -v -tu1 -w1 | sort -nc 2> /dev/null && echo rising; }
 "$sequence" numbered by-name.mkv > out.log 2> error
 "$sequence" numbered by-number.mkv --rate 2.5 --natural > out.log 2> error
 [ "$(greys by-name.mkv)" != rising ] || fail "the order of names"
 [ "$(greys by-number.mkv)" = rising ] || fail "the order of numbers"
+[ "$(ffprobe -v error -show_entries stream=width,height,pix_fmt,color_space -of csv=p=0 by-name.mkv)" = \
+  65,49,yuv444p,smpte170m ] || fail "the size or the matrix"
 
 # A signal ends it like the end does.
 mkdir large
