@@ -13,6 +13,8 @@
 #include <opencv2/videoio.hpp>
 #endif
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -22,9 +24,10 @@ namespace {
 
 using namespace bench;
 
-constexpr int width = 1280;
-constexpr int height = 720;
-constexpr int frames = 75;
+// --size=WxH takes another size, and fewer frames of it.
+int width = 1280;
+int height = 720;
+int frames = 75;
 constexpr int seeks = 10;
 constexpr int bitRate = 4000000;
 constexpr Ko::YCCColor green{173, 42, 26};
@@ -47,7 +50,7 @@ struct Folder {
 /// A gradient that moves, with some noise for the encoder.
 Ko::Image<> frameNumber(int n) {
     Ko::Image<> im(Ko::PF_YCC444P);
-    im.size(width, height);
+    im.size(static_cast<unsigned>(width), static_cast<unsigned>(height));
     std::minstd_rand random(static_cast<unsigned int>(n) + 1);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
@@ -66,7 +69,7 @@ void draw(Ko::Image<>& im) {
 template <class Feed>
 void write(const std::string& file, Feed feed) {
     Ko::VideoOutputVideoFile out;
-    out.setEncoder("mpeg4").open(width, height, file, {25, 1}, bitRate);
+    out.setEncoder("mpeg4").open(static_cast<unsigned>(width), static_cast<unsigned>(height), file, {25, 1}, bitRate);
     feed(out);
     out.close();
 }
@@ -80,9 +83,20 @@ std::vector<Target> targets(Target length) {
     return all;
 }
 
+/// @return what the contests' names end in
+std::string takeSize(int& argc, char** argv) {
+    if (argc < 2 || std::sscanf(argv[1], "--size=%dx%d", &width, &height) != 2)
+        return {};
+    frames = 16;
+    std::copy(argv + 2, argv + argc + 1, argv + 1);
+    --argc;
+    return ", " + std::to_string(width) + "x" + std::to_string(height);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    const std::string size = takeSize(argc, argv);
     const Folder folder;
     const std::string source = folder / "source.mp4";
     const std::string target = folder / "target.mp4";
@@ -96,7 +110,7 @@ int main(int argc, char** argv) {
     Ko::Image<> im(Ko::PF_YCC444P);
     Ko::Image<> picture(Ko::PF_YCC420P);
 
-    Contest decode{"read into 4:4:4", frames, {}};
+    Contest decode{"read into 4:4:4" + size, static_cast<double>(frames), {}};
     decode.contenders.push_back({"VideoInputVideoFile", Side::ours, [&] {
                                      Ko::VideoInputVideoFile in(source);
                                      while (in.read(im)) {
@@ -110,7 +124,7 @@ int main(int argc, char** argv) {
                                      }
                                  }});
 
-    Contest encode{"write from 4:4:4", frames, {}};
+    Contest encode{"write from 4:4:4" + size, static_cast<double>(frames), {}};
     encode.contenders.push_back({"VideoOutputVideoFile", Side::ours, [&] {
                                      write(target, [&](Ko::VideoOutputVideoFile& out) {
                                          for (int n = 0; n < frames; ++n)
@@ -127,7 +141,7 @@ int main(int argc, char** argv) {
                                      out.close();
                                  }});
 
-    Contest road{"read, draw a box, write", frames, {}};
+    Contest road{"read, draw a box, write" + size, static_cast<double>(frames), {}};
     road.contenders.push_back({"ours", Side::ours, [&] {
                                    Ko::VideoInputVideoFile in(source);
                                    write(target, [&](Ko::VideoOutputVideoFile& out) {
@@ -151,7 +165,7 @@ int main(int argc, char** argv) {
                                    out.close();
                                }});
 
-    Contest seek{"seek and read", seeks, {}};
+    Contest seek{"seek and read" + size, seeks, {}};
     Ko::VideoInputVideoFile seeker(source);
     seek.contenders.push_back({"VideoInputVideoFile", Side::ours, [&] {
                                    for (const long to : targets(seeker.getLength())) {

@@ -33,6 +33,7 @@ done
 for program in stills text videoread road startup; do
   run "$program" "" "$@"
 done
+run road "" --size=3840x2160 "$@"
 mv "$results.new" "$results"
 printf '\n== growth\n'
 "$build/bench/bench_growth" 20000 2>"$build/growth.log" | tee "$build/growth.txt"
