@@ -83,7 +83,7 @@ protected:
         compareTwo(name, std::invoke(kernel, Ko::portableKernels.cached), std::invoke(kernel, fast()), bytes);
     }
 
-    /// A kernel takes rows to write, then rows to read, then n.
+    /// A kernel takes rows to write, then rows to read, then n, then the depth or the scale.
     template <class... P>
     void compareTwo(const char* name, void (*defined)(P...), void (*kernel)(P...),
                     const std::vector<std::size_t>& bytes) {
@@ -116,11 +116,18 @@ protected:
     std::size_t compared = 0;
 
 private:
+    static constexpr int tenBits = 10;
+    static constexpr Ko::WordScale lumaOfWords{6, tenBits, 219, 511, 16};
+
     template <class... P, std::size_t... i>
     static void run(void (*kernel)(P...), Byte* const* rows, std::size_t n, std::index_sequence<i...>) {
         const auto argument = [&](auto* parameter, std::size_t index) {
             if constexpr (std::is_same_v<decltype(parameter), std::size_t*>)
                 return n;
+            else if constexpr (std::is_same_v<decltype(parameter), int*>)
+                return tenBits;
+            else if constexpr (std::is_same_v<decltype(parameter), Ko::WordScale*>)
+                return lumaOfWords;
             else
                 return rows[index];
         };
@@ -157,6 +164,39 @@ TEST_P(KernelLevels, GiveTheSameBytesAndTouchNothingElse) {
     compare("swapRows", &RowKernels::swapRows, {1, 1});
     compare("copyRow", &RowKernels::copyRow, {1, 1});
     EXPECT_EQ(compared, sizeof(RowKernels) / sizeof(void (*)())) << "a kernel is not compared";
+}
+
+TEST_P(KernelLevels, GiveTheSameBytesOfStoredSamples) {
+    const Ko::SampleKernels& defined = Ko::portableKernels.samples;
+    const Ko::SampleKernels& kernels = Ko::kernelsOf(level())->samples;
+    compareTwo("roundWords", defined.roundWords, kernels.roundWords, {1, 2});
+    compareTwo("scaleWords", defined.scaleWords, kernels.scaleWords, {1, 2});
+    compareTwo("chromaToStudio", defined.chromaToStudio, kernels.chromaToStudio, {1, 1});
+    compareTwo("firstOfPairs", defined.firstOfPairs, kernels.firstOfPairs, {1, 2});
+    compareTwo("secondOfPairs", defined.secondOfPairs, kernels.secondOfPairs, {1, 2});
+    compareTwo("repeated", defined.repeated, kernels.repeated, {2, 1});
+    compareTwo("meanOfRows", defined.meanOfRows, kernels.meanOfRows, {1, 1, 1});
+    compareTwo("bgrxToYcc", defined.bgrxToYcc, kernels.bgrxToYcc, {1, 1, 1, 4});
+    compareTwo("planesToRgbx", defined.planesToRgbx, kernels.planesToRgbx, {4, 1, 1, 1});
+    static_assert(sizeof(Ko::SampleKernels) == 9 * sizeof(void (*)()), "a kernel is not compared");
+
+    constexpr std::size_t n = 1 << 16;
+    std::vector<Byte> words(2 * n), wanted(n), written(n);
+    for (std::size_t i = 0; i < 2 * n; ++i)
+        words[i] = static_cast<Byte>(i / 2 >> i % 2 * 8);
+    for (int depth = 9; depth <= 16; ++depth) {
+        defined.roundWords(wanted.data(), words.data(), n, depth);
+        kernels.roundWords(written.data(), words.data(), n, depth);
+        ASSERT_EQ(wanted, written) << depth;
+        const int half = ((1 << depth) - 1) / 2;
+        for (const Ko::WordScale scale : {Ko::WordScale{0, depth, 219, half, 16},
+                                          {16 - depth, depth, 224, half - 112, 16},
+                                          {0, depth, 255, half, 0}}) {
+            defined.scaleWords(wanted.data(), words.data(), n, scale);
+            kernels.scaleWords(written.data(), words.data(), n, scale);
+            ASSERT_EQ(wanted, written) << depth << " bits times " << scale.span;
+        }
+    }
 }
 
 /// Every conversion, with source and target over the same bytes from another column on: one sample after the other.
