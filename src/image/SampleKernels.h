@@ -21,7 +21,8 @@ struct WordScale {
 struct SampleKernels {
     using Byte = unsigned char;
 
-    /// Studio range of 9 to 16 bits to eight, to the nearest, at most 255: (v + 2^(depth - 9)) >> (depth - 8).
+    /// Studio range of 9 to 16 bits to eight, to the nearest, at most 255: (v + 2^(depth - 9)) >> (depth - 8). So are words
+    /// above 2^depth.
     void (*roundWords)(Byte* dst, const Byte* words, std::size_t n, int depth);
     /// Any other range.
     void (*scaleWords)(Byte* dst, const Byte* words, std::size_t n, WordScale scale);
@@ -31,6 +32,8 @@ struct SampleKernels {
     // The first or the second bytes of n pairs.
     void (*firstOfPairs)(Byte* dst, const Byte* pairs, std::size_t n);
     void (*secondOfPairs)(Byte* dst, const Byte* pairs, std::size_t n);
+    /// Both.
+    void (*separatePairs)(Byte* first, Byte* second, const Byte* pairs, std::size_t n);
 
     /// Each of n samples written twice.
     void (*repeated)(Byte* dst, const Byte* src, std::size_t n);
@@ -45,11 +48,11 @@ struct SampleKernels {
 
 /// Whether every kernel is there, as of RowKernels.
 constexpr bool isComplete(const SampleKernels& k) {
-    const auto& [k0, k1, k2, k3, k4, k5, k6, k7, k8] = k;
+    const auto& [k0, k1, k2, k3, k4, k5, k6, k7, k8, k9] = k;
     const auto all = [](const auto&... kernel) {
         return (... && (kernel != nullptr));
     };
-    return all(k0, k1, k2, k3, k4, k5, k6, k7, k8);
+    return all(k0, k1, k2, k3, k4, k5, k6, k7, k8, k9);
 }
 
 /// The kernels in use, of the same level as rowKernels().

@@ -4,6 +4,7 @@
 #include "image/RowKernels.h"
 #include "util/Errors.h"
 
+#include <cstdlib>
 #include <cstring>
 
 extern "C" {
@@ -75,46 +76,58 @@ void ComponentRows::scaleWords(Byte* dst, const Byte* words, std::size_t n, int 
     sampleKernels().scaleWords(dst, words, n, shifted);
 }
 
-/// The n samples of the component among items of one byte.
-const Byte* ComponentRows::pick(Byte* dst, const Byte* items, std::size_t n) const {
-    const int unit = layout == Layout::words ? 2 : 1;
-    int offset = place.offset / unit;
-    for (int step = place.step / unit; step > 1; step /= 2, offset /= 2) {
-        Byte* to = step == 2 ? dst : room.pairs();
-        const auto kernel = offset % 2 == 0 ? sampleKernels().firstOfPairs : sampleKernels().secondOfPairs;
-        kernel(to, items, n * static_cast<std::size_t>(step) / 2);
-        items = to;
+/// Bytes among which every so many-th is a sample, counted from the first or, in steps of two, from the second: in @p
+/// dst unless the picture has them so. Not for other layouts.
+const Byte* ComponentRows::items(Byte* dst, std::size_t row, std::size_t n, int step) const {
+    const Byte* from = first + static_cast<std::ptrdiff_t>(row) * stride;
+    int stored = itemStep();
+    if (layout == Layout::words) {
+        Byte* bytes = stored == step ? dst : room.groups();
+        scaleWords(bytes, from, n * static_cast<std::size_t>(stored), place.shift);
+        from = bytes;
     }
-    return items;
+    for (int offset = itemOffset(); stored > step; offset /= 2) {
+        stored /= 2;
+        Byte* to = stored == step ? dst : room.pairs();
+        const auto pick = offset % 2 == 0 ? sampleKernels().firstOfPairs : sampleKernels().secondOfPairs;
+        pick(to, from, n * static_cast<std::size_t>(stored));
+        from = to;
+    }
+    return from;
 }
 
 const Byte* ComponentRows::at(std::size_t row, Byte* dst, std::size_t n) const {
-    const Byte* src = first + static_cast<std::ptrdiff_t>(row) * stride;
-    switch (layout) {
-    case Layout::bytes: {
-        const Byte* samples = pick(dst, src, n);
+    if (layout != Layout::other) {
+        const Byte* samples = items(dst, row, n, 1);
         if (!mapBytes)
             return samples;
         mapBytes(dst, samples, n);
         return dst;
     }
-    case Layout::words: {
-        const auto step = static_cast<std::size_t>(place.step) / 2;
-        Byte* items = step == 1 ? dst : room.groups();
-        scaleWords(items, src, n * step, place.shift);
-        return pick(dst, items, n);
-    }
-    case Layout::other:
-        if (place.depth > 8) {
-            collect(room.groups(), src, n);
-            scaleWords(dst, room.groups(), n, 0);
-        } else
-            collect(dst, src, n);
-        if (mapBytes)
-            mapBytes(dst, dst, n);
-        return dst;
-    }
+    const Byte* src = first + static_cast<std::ptrdiff_t>(row) * stride;
+    if (place.depth > 8) {
+        collect(room.groups(), src, n);
+        scaleWords(dst, room.groups(), n, 0);
+    } else
+        collect(dst, src, n);
+    if (mapBytes)
+        mapBytes(dst, dst, n);
     return dst;
+}
+
+bool ComponentRows::isBeside(const ComponentRows& other) const {
+    return layout != Layout::other && layout == other.layout && place.plane == other.place.plane &&
+           place.step == other.place.step && itemStep() > 1 &&
+           std::abs(itemOffset() - other.itemOffset()) == itemStep() / 2;
+}
+
+void ComponentRows::both(Byte* mine, Byte* others, std::size_t row, std::size_t n) const {
+    const bool leads = itemOffset() < itemStep() / 2;
+    sampleKernels().separatePairs(leads ? mine : others, leads ? others : mine, items(room.pairs(), row, n, 2), n);
+    if (!mapBytes)
+        return;
+    mapBytes(mine, mine, n);
+    mapBytes(others, others, n);
 }
 
 void ComponentRows::into(Byte* dst, std::size_t row, std::size_t n) const {

@@ -31,12 +31,19 @@ public:
     /// The first n samples of a row, in @p dst.
     void into(unsigned char* dst, std::size_t row, std::size_t n) const;
 
+    /// Whether another component lies in turn with this one.
+    bool isBeside(const ComponentRows& other) const;
+    /// The first n samples of a row of this component and of the one beside it.
+    void both(unsigned char* mine, unsigned char* others, std::size_t row, std::size_t n) const;
+
 private:
     enum class Layout : unsigned char { bytes, words, other };
 
     void collect(unsigned char* dst, const unsigned char* src, std::size_t n) const;
     void scaleWords(unsigned char* dst, const unsigned char* words, std::size_t n, int shift) const;
-    const unsigned char* pick(unsigned char* dst, const unsigned char* items, std::size_t n) const;
+    int itemStep() const { return layout == Layout::words ? place.step / 2 : place.step; }
+    int itemOffset() const { return layout == Layout::words ? place.offset / 2 : place.offset; }
+    const unsigned char* items(unsigned char* dst, std::size_t row, std::size_t n, int step) const;
 
     StoredComponent place;
     bool bigEndian;

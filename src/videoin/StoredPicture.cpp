@@ -41,8 +41,8 @@ void repeat(Byte* dst, const Byte* src, std::size_t n) {
 /// Each sample 2^shift times, n samples in all.
 void widen(Byte* dst, const Byte* src, std::size_t n, int shift, RowRoom& room) {
     if (shift == 2) {
-        repeat(room.row(3), src, (n + 1) / 2);
-        src = room.row(3);
+        repeat(room.row(5), src, (n + 1) / 2);
+        src = room.row(5);
     }
     if (shift != 0)
         repeat(dst, src, n);
@@ -50,48 +50,78 @@ void widen(Byte* dst, const Byte* src, std::size_t n, int shift, RowRoom& room) 
         std::memcpy(dst, src, n);
 }
 
-/// A plane of chroma at full resolution.
-void replicate(const Rows& to, Extent all, const ComponentRows& from, const StoredFormat& format, RowRoom& room) {
+/// Cb and Cr, which many formats have in turn.
+class ChromaRows {
+public:
+    ChromaRows(const StoredFormat& format, const AVFrame& picture, RowRoom& room)
+        : component{{format, 1, picture, room}, {format, 2, picture, room}}
+        , inTurn(component[0].isBeside(component[1])) {}
+
+    struct Samples {
+        const Byte* of[2];
+    };
+    /// The first n samples of a row each, in @p cb and @p cr unless the picture has them as they should be.
+    Samples at(std::size_t row, Byte* cb, Byte* cr, std::size_t n) const {
+        if (!inTurn)
+            return {component[0].at(row, cb, n), component[1].at(row, cr, n)};
+        component[0].both(cb, cr, row, n);
+        return {cb, cr};
+    }
+
+private:
+    ComponentRows component[2];
+    bool inTurn;
+};
+
+/// At full resolution.
+void replicate(const Rows (&to)[2], Extent all, const ChromaRows& from, const StoredFormat& format, RowRoom& room) {
     const int shift = format.chromaShiftX;
     const std::size_t block = std::size_t{1} << format.chromaShiftY;
     const std::size_t stored = ((all.n - 1) >> shift) + 1;
     for (std::size_t r = 0; r < all.rows; r += block) {
         const std::size_t some = least(block, all.rows - r);
-        Byte* target = shift == 0 ? to[r] : room.row(0);
-        const Byte* samples = from.at(r / block, target, stored);
-        if (shift == 1 && some == 2) {
-            rowKernels().doubled(to[r], to[r + 1], samples, all.n / 2);
-            if (all.n % 2 != 0)
-                to[r][all.n - 1] = to[r + 1][all.n - 1] = samples[stored - 1];
-            continue;
+        const bool whole = shift == 0;
+        const ChromaRows::Samples samples =
+            from.at(r / block, whole ? to[0][r] : room.row(0), whole ? to[1][r] : room.row(2), stored);
+        for (int p = 0; p < 2; ++p) {
+            Byte* row = to[p][r];
+            if (shift == 1 && some == 2) {
+                rowKernels().doubled(row, to[p][r + 1], samples.of[p], all.n / 2);
+                if (all.n % 2 != 0)
+                    row[all.n - 1] = to[p][r + 1][all.n - 1] = samples.of[p][stored - 1];
+                continue;
+            }
+            widen(row, samples.of[p], all.n, shift, room);
+            for (std::size_t more = 1; more < some; ++more)
+                std::memcpy(to[p][r + more], row, all.n);
         }
-        widen(to[r], samples, all.n, shift, room);
-        for (std::size_t more = 1; more < some; ++more)
-            std::memcpy(to[r + more], to[r], all.n);
     }
 }
 
-/// A plane of chroma for blocks of 2 x 2 pixels.
-void average(const Rows& to, Extent all, const ComponentRows& from, const StoredFormat& format, RowRoom& room) {
+/// For blocks of 2 x 2 pixels.
+void average(const Rows (&to)[2], Extent all, const ChromaRows& from, const StoredFormat& format, RowRoom& room) {
     const int shift = format.chromaShiftX;
     const std::size_t stored = shift == 0 ? 2 * all.n : ((all.n - 1) >> (shift - 1)) + 1;
     for (std::size_t r = 0; r < all.rows; ++r) {
         const std::size_t upper = 2 * r >> format.chromaShiftY;
         const std::size_t lower = (2 * r + 1) >> format.chromaShiftY;
-        if (upper == lower && shift == 1) {
-            from.into(to[r], upper, stored);
-            continue;
+        const bool asStored = upper == lower && shift == 1;
+        const ChromaRows::Samples above =
+            from.at(upper, asStored ? to[0][r] : room.row(0), asStored ? to[1][r] : room.row(2), stored);
+        const ChromaRows::Samples below = upper == lower ? above : from.at(lower, room.row(1), room.row(3), stored);
+        for (int p = 0; p < 2; ++p) {
+            const Byte* row = above.of[p];
+            if (shift == 0) {
+                rowKernels().meanOfBlocks(to[p][r], row, below.of[p], all.n);
+                continue;
+            }
+            if (upper != lower) {
+                Byte* mean = shift == 1 ? to[p][r] : room.row(4);
+                sampleKernels().meanOfRows(mean, row, below.of[p], stored);
+                row = mean;
+            }
+            widen(to[p][r], row, all.n, shift - 1, room);
         }
-        const Byte* row0 = from.at(upper, room.row(0), stored);
-        const Byte* row1 = upper == lower ? row0 : from.at(lower, room.row(1), stored);
-        if (shift == 0) {
-            rowKernels().meanOfBlocks(to[r], row0, row1, all.n);
-            continue;
-        }
-        Byte* mean = shift == 1 ? to[r] : room.row(2);
-        if (upper != lower)
-            sampleKernels().meanOfRows(mean, row0, row1, stored);
-        widen(to[r], upper == lower ? row0 : mean, all.n, shift - 1, room);
     }
 }
 
@@ -101,17 +131,19 @@ void convertComponents(Image<>& frame, const AVFrame& picture, const StoredForma
     const ComponentRows stored(format, 0, picture, room);
     for (std::size_t r = 0; r < luma.rows; ++r)
         stored.into(y[r], r, luma.n);
-    for (int p = 1; p <= 2; ++p) {
-        const Rows to = targetRows(frame, p);
-        const Extent chroma = extentOf(frame, p, to);
-        if (chroma.n == 0)
-            continue;
-        if (format.kind == StoredFormat::Kind::grey)
-            for (std::size_t r = 0; r < chroma.rows; ++r)
-                std::memset(to[r], 128, chroma.n);
-        else
-            (frame.format == PF_YCC444P ? replicate : average)(to, chroma, {format, p, picture, room}, format, room);
-    }
+
+    const Rows to[2] = {targetRows(frame, 1), targetRows(frame, 2)};
+    const Extent blue = extentOf(frame, 1, to[0]);
+    const Extent red = extentOf(frame, 2, to[1]);
+    const Extent chroma{least(blue.n, red.n), least(blue.rows, red.rows)};
+    if (chroma.n == 0)
+        return;
+    if (format.kind == StoredFormat::Kind::grey)
+        for (std::size_t r = 0; r < chroma.rows; ++r)
+            for (const Rows& plane : to)
+                std::memset(plane[r], 128, chroma.n);
+    else
+        (frame.format == PF_YCC444P ? replicate : average)(to, chroma, {format, picture, room}, format, room);
 }
 
 void convertRgb(Image<>& frame, const AVFrame& picture, const StoredFormat& format, RowRoom& room) {

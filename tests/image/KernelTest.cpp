@@ -174,11 +174,12 @@ TEST_P(KernelLevels, GiveTheSameBytesOfStoredSamples) {
     compareTwo("chromaToStudio", defined.chromaToStudio, kernels.chromaToStudio, {1, 1});
     compareTwo("firstOfPairs", defined.firstOfPairs, kernels.firstOfPairs, {1, 2});
     compareTwo("secondOfPairs", defined.secondOfPairs, kernels.secondOfPairs, {1, 2});
+    compareTwo("separatePairs", defined.separatePairs, kernels.separatePairs, {1, 1, 2});
     compareTwo("repeated", defined.repeated, kernels.repeated, {2, 1});
     compareTwo("meanOfRows", defined.meanOfRows, kernels.meanOfRows, {1, 1, 1});
     compareTwo("bgrxToYcc", defined.bgrxToYcc, kernels.bgrxToYcc, {1, 1, 1, 4});
     compareTwo("planesToRgbx", defined.planesToRgbx, kernels.planesToRgbx, {4, 1, 1, 1});
-    static_assert(sizeof(Ko::SampleKernels) == 9 * sizeof(void (*)()), "a kernel is not compared");
+    static_assert(sizeof(Ko::SampleKernels) == 10 * sizeof(void (*)()), "a kernel is not compared");
 
     constexpr std::size_t n = 1 << 16;
     std::vector<Byte> words(2 * n), wanted(n), written(n);

@@ -92,6 +92,11 @@ class RandomPicture {
 public:
     RandomPicture(AVPixelFormat format, int width, int height, bool upsideDown) {
         static std::mt19937 random(11);
+        const AVPixFmtDescriptor& about = *av_pix_fmt_desc_get(format);
+        const AVComponentDescriptor& first = about.comp[0];
+        const bool inLowBits = first.depth > 8 && first.shift == 0; // those above are 0
+        const unsigned upper = inLowBits ? (1U << (first.depth - 8)) - 1 : 255;
+        const std::size_t bigEnd = (about.flags & AV_PIX_FMT_FLAG_BE) != 0 ? 0 : 1;
         frame->format = format;
         frame->width = width;
         frame->height = height;
@@ -104,7 +109,8 @@ public:
             if (sizes[p] == 0)
                 continue;
             memory[p] = std::make_unique<std::uint8_t[]>(sizes[p]);
-            std::generate_n(memory[p].get(), sizes[p], [&] { return static_cast<std::uint8_t>(random() >> 3); });
+            for (std::size_t i = 0; i < sizes[p]; ++i)
+                memory[p][i] = static_cast<std::uint8_t>(random() >> 3 & (i % 2 == bigEnd ? upper : 255));
             frame->data[p] = memory[p].get();
             if (upsideDown && strides[p] != 0) {
                 frame->data[p] += static_cast<std::ptrdiff_t>(sizes[p]) - strides[p];

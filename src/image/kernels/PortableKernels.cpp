@@ -170,6 +170,7 @@ constexpr SampleKernels definedSampleKernels() {
     k.chromaToStudio = mapRange<chromaToStudio>;
     k.firstOfPairs = ofPairs<0>;
     k.secondOfPairs = ofPairs<1>;
+    k.separatePairs = separatePairs;
     k.repeated = repeated;
     k.meanOfRows = meanOfRows;
     k.bgrxToYcc = packedToYcc<Bt601, 4, 2, 0>;

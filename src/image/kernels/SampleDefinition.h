@@ -12,18 +12,18 @@
 namespace Ko {
 namespace {
 
-inline int sampleOf(const Byte* word, int shift, int depth) {
-    return ((word[0] | word[1] << 8) >> shift) & ((1 << depth) - 1);
+inline int wordAt(const Byte* p) {
+    return p[0] | p[1] << 8;
 }
 
 void roundWords(Byte* dst, const Byte* words, std::size_t n, int depth) {
     for (std::size_t i = 0; i < n; ++i)
-        dst[i] = clamped((sampleOf(words + 2 * i, 0, depth) + (1 << (depth - 9))) >> (depth - 8));
+        dst[i] = clamped((wordAt(words + 2 * i) + (1 << (depth - 9))) >> (depth - 8));
 }
 
 void scaleWords(Byte* dst, const Byte* words, std::size_t n, WordScale scale) {
     for (std::size_t i = 0; i < n; ++i) {
-        const int v = sampleOf(words + 2 * i, scale.shift, scale.depth);
+        const int v = (wordAt(words + 2 * i) >> scale.shift) & ((1 << scale.depth) - 1);
         dst[i] = static_cast<Byte>((v * scale.span + scale.bias) / ((1 << scale.depth) - 1) + scale.offset);
     }
 }
@@ -32,6 +32,13 @@ template <std::size_t which>
 void ofPairs(Byte* dst, const Byte* pairs, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
         dst[i] = pairs[2 * i + which];
+}
+
+void separatePairs(Byte* first, Byte* second, const Byte* pairs, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        first[i] = pairs[2 * i];
+        second[i] = pairs[2 * i + 1];
+    }
 }
 
 void repeated(Byte* dst, const Byte* src, std::size_t n) {

@@ -5,6 +5,7 @@
 // The kernels for samples as decoders store them, as loops in forms that compilers vectorise.
 
 #include "image/SampleKernels.h"
+#include "image/kernels/Blocks.h"
 #include "image/kernels/Matrices.h"
 #include "image/kernels/PlainLoops.h"
 #include "image/kernels/Ranges.h"
@@ -12,13 +13,25 @@
 namespace Ko {
 namespace {
 
-/// Depths that the compiler knows cost half of those that it does not.
+/// Half of a sum of two is rounded in one instruction, and packing stops at 255.
 template <int depth>
 void roundWordsOf(Byte* __restrict dst, const Byte* __restrict words, std::size_t n) {
+    const auto half = [=](std::size_t i) {
+        return averageWords(shiftRightWords<depth - 9>(loadVector(words + 2 * i)), zero());
+    };
+    if (n >= vectorBytes)
+        forBlocks(n, vectorBytes, [=](std::size_t i) {
+            storeVector(dst + i, deinterleave(packWords(half(i), half(i + vectorBytes / 2))));
+        });
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i)
+        dst[i] = clamped((load<Word>(words + 2 * i) + (1 << (depth - 9))) >> (depth - 8));
+}
+
+/// Halves of the largest words would not be packed as what they are.
+template <>
+void roundWordsOf<9>(Byte* __restrict dst, const Byte* __restrict words, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        const Word v = load<Word>(words + 2 * i) & ((1 << depth) - 1);
-        const auto halved = static_cast<Word>(static_cast<Word>(v >> (depth - 9)) + 1);
-        const auto rounded = static_cast<Word>(halved >> 1);
+        const Dword rounded = (load<Word>(words + 2 * i) + 1U) >> 1;
         dst[i] = static_cast<Byte>(rounded > 255 ? 255 : rounded);
     }
 }
@@ -53,6 +66,14 @@ void secondOfPairs(Byte* __restrict dst, const Byte* __restrict pairs, std::size
         dst[i] = static_cast<Byte>(load<Word>(pairs + 2 * i) >> 8);
 }
 
+void separatePairs(Byte* __restrict first, Byte* __restrict second, const Byte* __restrict pairs, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const Word pair = load<Word>(pairs + 2 * i);
+        first[i] = static_cast<Byte>(pair);
+        second[i] = static_cast<Byte>(pair >> 8);
+    }
+}
+
 void repeated(Byte* __restrict dst, const Byte* __restrict src, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
         store(dst + 2 * i, both(src[i]));
@@ -76,6 +97,7 @@ constexpr SampleKernels vectorSampleKernels() {
     k.chromaToStudio = mapRange<Cached, ChromaToStudio>;
     k.firstOfPairs = firstOfPairs;
     k.secondOfPairs = secondOfPairs;
+    k.separatePairs = separatePairs;
     k.repeated = repeated;
     k.meanOfRows = meanOfRows;
     k.bgrxToYcc = packedToYcc<Cached, Bt601, 4, 2, 0>;

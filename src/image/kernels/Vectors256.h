@@ -81,6 +81,10 @@ inline Vec minBytes(Vec a, Vec b) {
 inline Vec addWords(Vec a, Vec b) {
     return _mm256_add_epi16(a, b);
 }
+/// Halves of the sums of unsigned words, rounded up.
+inline Vec averageWords(Vec a, Vec b) {
+    return _mm256_avg_epu16(a, b);
+}
 /// The upper halves of the products of words.
 inline Vec multiplyWordsHigh(Vec a, Vec b) {
     return _mm256_mulhi_epu16(a, b);
