@@ -24,10 +24,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     try {
         Ko::VideoInputVideoFile source;
         source.setLoop(choices.flip());
+        source.setAnyFormat(choices.flip());
         source.open(file.path());
         if (std::uint64_t{source.getWidth()} * source.getHeight() > 1 << 18)
             return 0;
-        Ko::Image frame(choices.flip() ? Ko::PF_YCC444P : Ko::PF_YCC420P);
+        constexpr Ko::PIXEL_FORMAT formats[] = {Ko::PF_YCC444P, Ko::PF_YCC420P, Ko::PF_RGB};
+        Ko::Image frame(formats[choices.below(3)]);
         for (unsigned i = 0; i < steps; ++i) {
             if (choices.below(3) != 0) {
                 const bool read = source.read(frame);

@@ -21,8 +21,8 @@ struct WordScale {
 struct SampleKernels {
     using Byte = unsigned char;
 
-    /// Studio range of 9 to 16 bits to eight, to the nearest, at most 255: (v + 2^(depth - 9)) >> (depth - 8). So are words
-    /// above 2^depth.
+    /// Studio range of 9 to 16 bits to eight, to the nearest, at most 255: (v + 2^(depth - 9)) >> (depth - 8). So are
+    /// words above 2^depth.
     void (*roundWords)(Byte* dst, const Byte* words, std::size_t n, int depth);
     /// Any other range.
     void (*scaleWords)(Byte* dst, const Byte* words, std::size_t n, WordScale scale);

@@ -115,6 +115,10 @@ const Byte* ComponentRows::at(std::size_t row, Byte* dst, std::size_t n) const {
     return dst;
 }
 
+bool ComponentRows::joins(std::size_t n) const {
+    return layout != Layout::other && itemStep() == 1 && stride == static_cast<std::ptrdiff_t>(n) * place.step;
+}
+
 bool ComponentRows::isBeside(const ComponentRows& other) const {
     return layout != Layout::other && layout == other.layout && place.plane == other.place.plane &&
            place.step == other.place.step && itemStep() > 1 &&

@@ -127,8 +127,10 @@ void average(const Rows (&to)[2], Extent all, const ChromaRows& from, const Stor
 
 void convertComponents(Image<>& frame, const AVFrame& picture, const StoredFormat& format, RowRoom& room) {
     const Rows y = targetRows(frame, 0);
-    const Extent luma = extentOf(frame, 0, y);
+    Extent luma = extentOf(frame, 0, y);
     const ComponentRows stored(format, 0, picture, room);
+    if (stored.joins(luma.n) && followOneAnother(y, luma.n, luma.rows))
+        luma = {luma.n * luma.rows, luma.rows == 0 ? 0 : std::size_t{1}};
     for (std::size_t r = 0; r < luma.rows; ++r)
         stored.into(y[r], r, luma.n);
 

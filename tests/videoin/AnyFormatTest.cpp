@@ -5,6 +5,7 @@
 #include "Kovanta/VideoInput.h"
 #include "image/kernels/KernelLevels.h"
 #include "libav/Handles.h"
+#include "support/Allocations.h"
 #include "support/Commands.h"
 #include "support/ConversionOracle.h"
 #include "support/Rows.h"
@@ -266,12 +267,18 @@ TEST_P(Streams, AreReadExactlyIntoEveryFormat) {
     ASSERT_GE(expected.size(), 4u);
 
     in.setLoop(true);
+    std::size_t before = 0; // what pixels take
     for (const Ko::PIXEL_FORMAT format : {Ko::PF_YCC444P, Ko::PF_YCC420P, Ko::PF_RGB, Ko::PF_Y, Ko::PF_YCC444P}) {
         Image<> frame(format);
         for (std::size_t i = 0; i < expected.size(); ++i) {
             ASSERT_TRUE(in.read(frame));
             EXPECT_EQ(test::difference(frame, test::inFormat(format, expected[i])), "") << i;
         }
+        in.read(frame);
+        before = test::bigAllocations();
+        for (std::size_t i = 1; i < expected.size(); ++i)
+            in.read(frame);
+        EXPECT_EQ(test::bigAllocations(), before) << "a frame costs memory";
     }
     in.setLoop(false);
     Image<> frame(Ko::PF_YCC444P);
