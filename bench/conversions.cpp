@@ -4,6 +4,8 @@
 // to the instructions of one level.
 #include "Contest.h"
 #include "Frames.h"
+#include "Levels.h"
+#include "Scaling.h"
 
 #include "Kovanta/ConvertIm.h"
 #include "Kovanta/Flip.h"
@@ -82,16 +84,6 @@ void share(Ko::Image<>& im, Byte*& packed, Byte* (&plane)[3]) {
         peers = im.plane[p].data;
     }
 }
-
-struct Level {
-    const char* name;
-    Ko::KernelLevel level;
-};
-constexpr Level levels[] = {{"portable", Ko::KernelLevel::portable},
-                            {"SSE4.1", Ko::KernelLevel::sse4},
-                            {"AVX2", Ko::KernelLevel::avx2},
-                            {"AVX-VNNI", Ko::KernelLevel::avxVnni},
-                            {"AVX-512", Ko::KernelLevel::avx512}};
 
 Contest contestOf(const Job& job, const std::shared_ptr<SpareMemory>& spare, const std::vector<Peer>& peers,
                   std::optional<Ko::KernelLevel> only) {
@@ -200,5 +192,7 @@ int main(int argc, char** argv) {
         for (const Job& job : jobs)
             contests.push_back(contestOf(job, spare, peers, only));
     }
+    for (Contest& contest : scalingContests(only))
+        contests.push_back(std::move(contest));
     return runContests(argc, argv, contests, {"million pixels a second", 1e6, true});
 }

@@ -5,7 +5,7 @@
 #include "image/ImageLayout.h"
 #include "image/MissingSamples.h"
 #include "image/PlaneRows.h"
-#include "image/ScalePlane.h"
+#include "image/PlaneScaler.h"
 #include "image/SharedMemory.h"
 #include "util/Errors.h"
 
@@ -52,28 +52,50 @@ Image<> completed(const Image<>& src) {
     return whole;
 }
 
-void fillRows(const PlaneRows<unsigned char*>& rows, ImageLayout::PlaneSize size, unsigned char value) {
-    for (std::size_t y = 0; y < size.height; ++y)
-        std::memset(rows[y], value, size.width);
+/// Chroma of pictures that are too small for it is neutral.
+PlaneScaler scalerFor(const ScaleSizes& sizes) {
+    using Source = PlaneRows<const unsigned char*>;
+    using Target = PlaneRows<unsigned char*>;
+    if (sizes.toWidth == 0 || sizes.toHeight == 0)
+        return [](const Target&, const Source&) {
+        }; // there need be no rows
+    if (sizes.fromWidth == 0 || sizes.fromHeight == 0)
+        return [sizes](const Target& to, const Source&) {
+            for (std::size_t y = 0; y < sizes.toHeight; ++y)
+                std::memset(to[y], 128, sizes.toWidth * sizes.units);
+        };
+    return makePlaneScaler(sizes);
 }
 
+/// Nothing is written before all memory is there.
 void scaleAll(Image<>& dst, const Image<>& src) {
+    struct Way {
+        ScaleSizes sizes;
+        PlaneScaler scale;
+    };
     const std::size_t bytes = ImageLayout::unitBytes(src);
+    const auto sizesOf = [&](int p) {
+        const auto have = ImageLayout::planeSize(src, p, src.width, src.height);
+        const auto want = ImageLayout::planeSize(dst, p, dst.width, dst.height);
+        const auto unit = static_cast<std::uint32_t>(bytes);
+        return ScaleSizes{have.width / unit, have.height, want.width / unit, want.height, bytes};
+    };
+    Way ways[ImageLayout::planeCount]; // planes of one size go the same
+    std::size_t wayOf[ImageLayout::planeCount] = {};
+    std::size_t count = 0;
     for (int p = 0; p < ImageLayout::planeCount; ++p) {
         if (!ImageLayout::isUsed(src, p))
             continue;
-        const auto have = ImageLayout::planeSize(src, p, src.width, src.height);
-        const auto want = ImageLayout::planeSize(dst, p, dst.width, dst.height);
-        const auto to = targetRows(dst, p);
-        const auto unit = static_cast<std::uint32_t>(bytes);
-        if (want.width == 0 || want.height == 0)
-            continue; // there need be no rows
-        if (have.width == 0 || have.height == 0)
-            fillRows(to, want, 128);
-        else
-            scalePlane(to, {want.width / unit, want.height}, sourceRows(src, p), {have.width / unit, have.height},
-                       bytes);
+        const ScaleSizes sizes = sizesOf(p);
+        std::size_t& way = wayOf[p];
+        while (way < count && !(ways[way].sizes == sizes))
+            ++way;
+        if (way == count)
+            ways[count++] = {sizes, scalerFor(sizes)};
     }
+    for (int p = 0; p < ImageLayout::planeCount; ++p)
+        if (ImageLayout::isUsed(src, p))
+            ways[wayOf[p]].scale(targetRows(dst, p), sourceRows(src, p));
 }
 
 } // namespace

@@ -11,36 +11,9 @@ namespace Ko {
 
 namespace {
 
-constexpr std::size_t block = 16;
+constexpr std::size_t block = transposedAtOnce;
 /// Columns of the source that are worked on together: a cache line, so that none is fetched twice.
 constexpr std::size_t stripe = 64;
-
-/// Block of 16 x 16 bytes: column j of the 16 source rows becomes target row j.
-void transposeBlock(unsigned char* const* to, const unsigned char* const* from) {
-#ifdef __SSE2__
-    // Four rounds of interleaving row i with row i + 8 bring each byte to its place.
-    __m128i rows[block];
-    __m128i next[block];
-    for (std::size_t i = 0; i < block; ++i)
-        rows[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from[i]));
-    for (int round = 0; round < 2; ++round) {
-        for (std::size_t i = 0; i < block / 2; ++i) {
-            next[2 * i] = _mm_unpacklo_epi8(rows[i], rows[i + block / 2]);
-            next[2 * i + 1] = _mm_unpackhi_epi8(rows[i], rows[i + block / 2]);
-        }
-        for (std::size_t i = 0; i < block / 2; ++i) {
-            rows[2 * i] = _mm_unpacklo_epi8(next[i], next[i + block / 2]);
-            rows[2 * i + 1] = _mm_unpackhi_epi8(next[i], next[i + block / 2]);
-        }
-    }
-    for (std::size_t i = 0; i < block; ++i)
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to[i]), rows[i]);
-#else
-    for (std::size_t j = 0; j < block; ++j)
-        for (std::size_t i = 0; i < block; ++i)
-            to[j][i] = from[i][j];
-#endif
-}
 
 /// The transpose with its rows and columns in the order asked for.
 template <std::size_t bytes>
@@ -102,6 +75,32 @@ private:
 };
 
 } // namespace
+
+void transposeBlock(unsigned char* const* to, const unsigned char* const* from) {
+#ifdef __SSE2__
+    // Four rounds of interleaving row i with row i + 8 bring each byte to its place.
+    __m128i rows[block];
+    __m128i next[block];
+    for (std::size_t i = 0; i < block; ++i)
+        rows[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from[i]));
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = 0; i < block / 2; ++i) {
+            next[2 * i] = _mm_unpacklo_epi8(rows[i], rows[i + block / 2]);
+            next[2 * i + 1] = _mm_unpackhi_epi8(rows[i], rows[i + block / 2]);
+        }
+        for (std::size_t i = 0; i < block / 2; ++i) {
+            rows[2 * i] = _mm_unpacklo_epi8(next[i], next[i + block / 2]);
+            rows[2 * i + 1] = _mm_unpackhi_epi8(next[i], next[i + block / 2]);
+        }
+    }
+    for (std::size_t i = 0; i < block; ++i)
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to[i]), rows[i]);
+#else
+    for (std::size_t j = 0; j < block; ++j)
+        for (std::size_t i = 0; i < block; ++i)
+            to[j][i] = from[i][j];
+#endif
+}
 
 void transposeUnits(const PlaneRows<unsigned char*>& to, const PlaneRows<const unsigned char*>& from, std::size_t w,
                     std::size_t h, std::size_t bytes, bool mirrors, bool flips) {

@@ -89,4 +89,8 @@ const SampleKernels& sampleKernels() {
     return levelInUse().samples;
 }
 
+const ResizeKernels& resizeKernels() {
+    return levelInUse().resize;
+}
+
 } // namespace Ko

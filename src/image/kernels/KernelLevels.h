@@ -2,6 +2,7 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_KERNELLEVELS_H
 #define KOVANTA_SRC_IMAGE_KERNELS_KERNELLEVELS_H
 
+#include "image/ResizeKernels.h"
 #include "image/RowKernels.h"
 #include "image/SampleKernels.h"
 
@@ -15,6 +16,7 @@ struct LevelKernels {
     RowKernels cached;
     RowKernels streaming; ///< Past the cache, where that is worth it.
     SampleKernels samples;
+    ResizeKernels resize;
 };
 
 /// The kernels of a level; null when this processor or this build has no such level.

@@ -132,6 +132,16 @@ inline void storeDescaled(unsigned char* dst, Vec lowR, Vec lowG, Vec lowB, Vec 
                       orBits(pickedFrom<2, From::highRedGreen>(high), pickedFrom<2, From::blue>(blue)));
 }
 
+/// What packs made of four vectors' 32-bit lanes, one for each quarter of a block, in the order of the block: so lie
+/// the quarters that loadPixels() takes.
+inline Vec orderQuarters(Vec packed) {
+    return packed;
+}
+/// Two vectors of words of each two quarters, packed, in the order of the block.
+inline void storeHalves(unsigned char* dst, Vec first, Vec second) {
+    storeInterleaved(dst, first, second);
+}
+
 /// One component of a block of triples.
 template <std::size_t component>
 inline Vec loadComponent(const unsigned char* src) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "image/kernels/Definition.h"
 #include "image/kernels/KernelLevels.h"
+#include "image/kernels/ResizeLoops.h"
 #include "image/kernels/SampleDefinition.h"
 
 #include <cstddef>
@@ -180,7 +181,8 @@ constexpr SampleKernels definedSampleKernels() {
 
 } // namespace
 
-constexpr LevelKernels portableKernels{definedKernels(), definedKernels(), definedSampleKernels()};
+constexpr LevelKernels portableKernels{definedKernels(), definedKernels(), definedSampleKernels(),
+                                       plainResizeKernels()};
 static_assert(!__builtin_constant_p(isComplete(portableKernels.cached)) || isComplete(portableKernels.cached));
 static_assert(!__builtin_constant_p(isComplete(portableKernels.samples)) || isComplete(portableKernels.samples));
 

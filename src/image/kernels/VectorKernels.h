@@ -11,6 +11,7 @@
 #include "image/kernels/Means.h"
 #include "image/kernels/PlainLoops.h"
 #include "image/kernels/Ranges.h"
+#include "image/kernels/ResizeVectors.h"
 #include "image/kernels/SampleLoops.h"
 #include "image/kernels/Triples.h"
 
@@ -57,7 +58,7 @@ constexpr RowKernels vectorKernels() {
 
 /// A level made of its kernels.
 constexpr LevelKernels bothStores(const RowKernels& k) {
-    return {k, withStores<Streaming>(k), vectorSampleKernels()};
+    return {k, withStores<Streaming>(k), vectorSampleKernels(), vectorResizeKernels()};
 }
 
 } // namespace

@@ -92,6 +92,10 @@ inline Vec multiplyWordsHigh(Vec a, Vec b) {
 inline Vec addBytePairs(Vec v) {
     return _mm_maddubs_epi16(v, broadcastBytes(1));
 }
+/// The same with each byte times one of signed weights; no sum may pass a signed word.
+inline Vec addWeightedBytePairs(Vec v, Vec weights) {
+    return _mm_maddubs_epi16(v, weights);
+}
 /// Words to bytes, clamped; undoes interleaveBytesLow() and interleaveBytesHigh().
 inline Vec packWords(Vec low, Vec high) {
     return _mm_packus_epi16(low, high);
@@ -101,6 +105,10 @@ inline Vec packSignedWords(Vec low, Vec high) {
 }
 /// What packWords() made of two vectors' words, in the order of the words: it is already.
 inline Vec deinterleave(Vec packed) {
+    return packed;
+}
+/// What packs made of four vectors' 32-bit lanes, in the order of the lanes: it is already.
+inline Vec orderDwords(Vec packed) {
     return packed;
 }
 inline Vec interleaveBytesLow(Vec a, Vec b) {
@@ -122,6 +130,11 @@ inline Vec multiplyPairs(Vec a, Vec b) {
 constexpr bool dotProductsAdd = false; // in one instruction
 inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm_add_epi32(sum, multiplyPairs(a, b));
+}
+constexpr bool byteDotProducts = false; // in one instruction
+/// To each 32-bit sum, its four bytes.
+inline Vec addByteQuads(Vec sum, Vec v) {
+    return addDotProducts(sum, addBytePairs(v), broadcastWords(1));
 }
 inline Vec shuffleBytes(Vec v, Vec index) {
     return _mm_shuffle_epi8(v, index);

@@ -93,6 +93,10 @@ inline Vec multiplyWordsHigh(Vec a, Vec b) {
 inline Vec addBytePairs(Vec v) {
     return _mm256_maddubs_epi16(v, broadcastBytes(1));
 }
+/// The same with each byte times one of signed weights; no sum may pass a signed word.
+inline Vec addWeightedBytePairs(Vec v, Vec weights) {
+    return _mm256_maddubs_epi16(v, weights);
+}
 /// Words to bytes, clamped; undoes interleaveBytesLow() and interleaveBytesHigh().
 inline Vec packWords(Vec low, Vec high) {
     return _mm256_packus_epi16(low, high);
@@ -103,6 +107,10 @@ inline Vec packSignedWords(Vec low, Vec high) {
 /// What packWords() made of two vectors' words, in the order of the words.
 inline Vec deinterleave(Vec packed) {
     return _mm256_permute4x64_epi64(packed, 0xD8);
+}
+/// What packs made of four vectors' 32-bit lanes, in the order of the lanes.
+inline Vec orderDwords(Vec packed) {
+    return _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 }
 inline Vec interleaveBytesLow(Vec a, Vec b) {
     return _mm256_unpacklo_epi8(a, b);
@@ -125,10 +133,19 @@ constexpr bool dotProductsAdd = true; // in one instruction
 inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm256_dpwssd_avx_epi32(sum, a, b);
 }
+constexpr bool byteDotProducts = true; // in one instruction
+/// To each 32-bit sum, its four bytes.
+inline Vec addByteQuads(Vec sum, Vec v) {
+    return _mm256_dpbusd_avx_epi32(sum, v, broadcastBytes(1));
+}
 #else
 constexpr bool dotProductsAdd = false;
 inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm256_add_epi32(sum, multiplyPairs(a, b));
+}
+constexpr bool byteDotProducts = false;
+inline Vec addByteQuads(Vec sum, Vec v) {
+    return addDotProducts(sum, addBytePairs(v), broadcastWords(1));
 }
 #endif
 inline Vec shuffleBytes(Vec v, Vec index) {

@@ -89,6 +89,15 @@ inline Vec multiplyWordsHigh(Vec a, Vec b) {
 inline Vec addBytePairs(Vec v) {
     return _mm512_maddubs_epi16(v, broadcastBytes(1));
 }
+/// The same with each byte times one of signed weights; no sum may pass a signed word.
+inline Vec addWeightedBytePairs(Vec v, Vec weights) {
+    return _mm512_maddubs_epi16(v, weights);
+}
+constexpr bool byteDotProducts = true; // in one instruction
+/// To each 32-bit sum, its four bytes.
+inline Vec addByteQuads(Vec sum, Vec v) {
+    return _mm512_dpbusd_epi32(sum, v, broadcastBytes(1));
+}
 /// Words to bytes, clamped; undoes interleaveBytesLow() and interleaveBytesHigh().
 inline Vec packWords(Vec low, Vec high) {
     return _mm512_packus_epi16(low, high);
@@ -113,6 +122,32 @@ inline Vec interleaveWordsHigh(Vec a, Vec b) {
 /// To each 32-bit sum, the products of the two signed 16-bit pairs.
 inline Vec addDotProducts(Vec sum, Vec a, Vec b) {
     return _mm512_dpwssd_epi32(sum, a, b);
+}
+
+/// 32-bit lanes to words, as they are.
+inline Vec packDwords(Vec low, Vec high) {
+    return _mm512_packus_epi32(low, high);
+}
+/// What packs made of four vectors' 32-bit lanes, in the order of the lanes.
+inline Vec orderDwords(Vec packed) {
+    const Vec order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    return _mm512_permutexvar_epi32(order, packed);
+}
+/// The same of four quarters of a block.
+inline Vec orderQuarters(Vec packed) {
+    return orderDwords(packed);
+}
+/// Two vectors of words of each two quarters, packed, in the order of the block.
+inline void storeHalves(unsigned char* dst, Vec first, Vec second) {
+    storeVector(dst, deinterleave(first));
+    storeVector(dst + vectorBytes, deinterleave(second));
+}
+/// What interleaveBytesLow() and interleaveBytesHigh() gave, in order.
+inline void storeInterleaved(unsigned char* dst, Vec low, Vec high) {
+    const Vec first = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
+    const Vec second = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+    storeVector(dst, _mm512_permutex2var_epi64(low, first, high));
+    storeVector(dst + vectorBytes, _mm512_permutex2var_epi64(low, second, high));
 }
 
 /// The first products of a sum, which begins with its bias.

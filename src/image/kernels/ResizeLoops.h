@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: BSD-2-Clause
+#ifndef KOVANTA_SRC_IMAGE_KERNELS_RESIZELOOPS_H
+#define KOVANTA_SRC_IMAGE_KERNELS_RESIZELOOPS_H
+
+// Scaled copies as loops. For any ratio they are in a form that compilers vectorise, for simple ratios they are the
+// definition. Local to the including source, as all that is compiled for several levels.
+
+#include "image/ResizeKernels.h"
+#include "image/kernels/Definition.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Ko {
+namespace {
+
+void plainMeanOfNine(Byte* __restrict dst, const Byte* __restrict row0, const Byte* __restrict row1,
+                     const Byte* __restrict row2, std::size_t n) {
+    const auto column = [=](std::size_t i) {
+        return row0[i] + row1[i] + row2[i];
+    };
+    for (std::size_t i = 0; i < n; ++i)
+        dst[i] = static_cast<Byte>((column(3 * i) + column(3 * i + 1) + column(3 * i + 2) + 4) / 9);
+}
+
+void plainMeanOfSixteen(Byte* __restrict dst, const Byte* __restrict row0, const Byte* __restrict row1,
+                        const Byte* __restrict row2, const Byte* __restrict row3, std::size_t n) {
+    const auto column = [=](std::size_t i) {
+        return row0[i] + row1[i] + row2[i] + row3[i];
+    };
+    for (std::size_t i = 0; i < n; ++i)
+        dst[i] =
+            static_cast<Byte>((column(4 * i) + column(4 * i + 1) + column(4 * i + 2) + column(4 * i + 3) + 8) / 16);
+}
+
+void plainTwoOfThree(Byte* __restrict dst, const Byte* __restrict heavy, const Byte* __restrict light, std::size_t n) {
+    const auto above = [=](std::size_t i) {
+        return 2 * heavy[i] + light[i];
+    };
+    for (std::size_t i = 0; i < n; ++i) {
+        dst[2 * i] = static_cast<Byte>((2 * above(3 * i) + above(3 * i + 1) + 4) / 9);
+        dst[2 * i + 1] = static_cast<Byte>((above(3 * i + 1) + 2 * above(3 * i + 2) + 4) / 9);
+    }
+}
+
+/// The two samples between the centres i and i + 1.
+inline void betweenCentres(Byte* dst, const Byte* near, const Byte* far, std::size_t i) {
+    const int left = 3 * near[i] + far[i];
+    const int right = 3 * near[i + 1] + far[i + 1];
+    dst[2 * i + 1] = static_cast<Byte>((3 * left + right + 8) / 16);
+    dst[2 * i + 2] = static_cast<Byte>((left + 3 * right + 8) / 16);
+}
+/// The first and the last sample, beyond the centres.
+inline void beyondCentres(Byte* dst, const Byte* near, const Byte* far, std::size_t n) {
+    if (n == 0)
+        return;
+    dst[0] = static_cast<Byte>((3 * near[0] + far[0] + 2) / 4);
+    dst[2 * n - 1] = static_cast<Byte>((3 * near[n - 1] + far[n - 1] + 2) / 4);
+}
+
+void plainTwoOfOne(Byte* __restrict dst, const Byte* __restrict near, const Byte* __restrict far, std::size_t n) {
+    beyondCentres(dst, near, far, n);
+    for (std::size_t i = 0; i + 1 < n; ++i)
+        betweenCentres(dst, near, far, i);
+}
+
+template <std::size_t units>
+void plainSplit(Byte* const* dst, const Byte* __restrict src, std::size_t n) {
+    for (std::size_t b = 0; b < units; ++b) {
+        Byte* __restrict plane = dst[b];
+        for (std::size_t i = 0; i < n; ++i)
+            plane[i] = src[units * i + b];
+    }
+}
+
+template <std::size_t units>
+void plainJoin(Byte* __restrict dst, const Byte* const* src, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        for (std::size_t b = 0; b < units; ++b)
+            dst[units * i + b] = src[b][i];
+}
+
+template <class Sum>
+void weighRowsTo(Sum* __restrict sums, const Byte* const* rows, const KernelTaps& taps, std::size_t begin,
+                 std::size_t n) {
+    const Sum weights[] = {static_cast<Sum>(taps.firstWeight), static_cast<Sum>(taps.innerWeight),
+                           static_cast<Sum>(taps.lastWeight)};
+    const Byte* __restrict first = rows[0] + begin;
+    const Byte* __restrict last = rows[taps.count - 1] + begin;
+    const auto weighed = [](Byte sample, Sum weight) {
+        return static_cast<Sum>(sample * weight);
+    };
+    if (taps.count == 1) {
+        for (std::size_t i = 0; i < n; ++i)
+            sums[i] = weighed(first[i], weights[0]);
+        return;
+    }
+    if (taps.count == 3) {
+        const Byte* __restrict inner = rows[1] + begin;
+        for (std::size_t i = 0; i < n; ++i)
+            sums[i] = static_cast<Sum>(weighed(first[i], weights[0]) + weighed(inner[i], weights[1]) +
+                                       weighed(last[i], weights[2]));
+        return;
+    }
+    for (std::size_t i = 0; i < n; ++i)
+        sums[i] = static_cast<Sum>(weighed(first[i], weights[0]) + weighed(last[i], weights[2]));
+    for (std::uint32_t r = 1; r + 1 < taps.count; ++r) {
+        const Byte* __restrict inner = rows[r] + begin;
+        for (std::size_t i = 0; i < n; ++i)
+            sums[i] = static_cast<Sum>(sums[i] + weighed(inner[i], weights[1]));
+    }
+}
+
+template <class Sum>
+void weighColumnsOf(Byte* __restrict dst, const Sum* __restrict sums, const KernelTaps* taps, std::size_t begin,
+                    std::size_t n, std::size_t units, const KernelDivisor& divisor) {
+    constexpr std::size_t lanes = ResizeKernels::lanes;
+    const std::size_t step = units * lanes;
+    for (std::size_t x = 0; x < n; ++x) {
+        const KernelTaps t = taps[x];
+        for (std::size_t unit = 0; unit < units; ++unit) {
+            const Sum* column = sums + (t.first - begin) * step + unit * lanes;
+            std::uint32_t all[lanes];
+            for (std::size_t i = 0; i < lanes; ++i)
+                all[i] = divisor.half + t.firstWeight * column[i];
+            for (std::uint32_t c = 2; c < t.count; ++c) {
+                column += step;
+                for (std::size_t i = 0; i < lanes; ++i)
+                    all[i] += t.innerWeight * column[i];
+            }
+            if (t.count > 1) {
+                column += step;
+                for (std::size_t i = 0; i < lanes; ++i)
+                    all[i] += t.lastWeight * column[i];
+            }
+            for (std::size_t i = 0; i < lanes; ++i) {
+                const auto high = static_cast<std::uint32_t>((std::uint64_t{all[i]} * divisor.factor) >> 32);
+                dst[i] = static_cast<Byte>(high >> divisor.shift);
+            }
+            dst += lanes;
+        }
+    }
+}
+
+constexpr ResizeKernels plainResizeKernels() {
+    return {plainMeanOfNine,
+            plainMeanOfSixteen,
+            plainTwoOfThree,
+            plainTwoOfOne,
+            plainSplit<3>,
+            plainJoin<3>,
+            plainSplit<4>,
+            plainJoin<4>,
+            weighRowsTo<std::uint16_t>,
+            weighRowsTo<std::uint32_t>,
+            weighColumnsOf<std::uint16_t>,
+            weighColumnsOf<std::uint32_t>};
+}
+
+} // namespace
+} // namespace Ko
+
+#endif
