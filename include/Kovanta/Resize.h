@@ -21,10 +21,9 @@ namespace Ko {
 /// Columns and rows are scaled each in its own way, of n samples to m:
 /// - m <= n: the mean over the stretch that a target sample covers. Sample x covers [x n/m, (x+1) n/m) of the source,
 ///   whose sample i covers [i, i+1), and each one weighs what is covered of it. (n = m is a copy.)
-/// - m > n: between the two nearest centres, in a straight line. Sample x has its centre at p = (x + 1/2) n/m - 1/2;
-/// with
-///   i = floor(p) sample i weighs 1 - (p - i) and sample i+1 weighs p - i. Beyond the first and the last centre these
-///   are continued.
+/// - m > n: a straight line between the two nearest centres. Sample x lies at p = (x + 1/2) n/m - 1/2; with i = floor(p)
+///   sample i weighs 1 - (p - i) and sample i+1 weighs p - i. Before the first centre and behind the last one the
+///   outermost sample has all the weight.
 ///
 /// A target sample is floor(S + 1/2), where S is the sum of the source samples, each times its column's and its row's
 /// weight, over the sum of all weights. The weights are taken as the fractions that they are, and nothing is rounded
@@ -38,7 +37,8 @@ namespace Ko {
 /// @throws std::logic_error "[resize]: Don't know how to resize FORMAT.", "[resize]: The source is FORMAT, the target
 ///         FORMAT.", "[resize]: The source has no size.", "[resize]: The target has no size.", and when @p dst wraps
 ///         less than its size: "[Array2D<T>::resize]: ..."
-/// @throws std::bad_alloc; @p dst is then as it was
+/// @throws std::runtime_error "[resize]: Image too large." for a target without memory for its size, std::bad_alloc; @p
+///         dst is then as it was
 KOVANTA_API void resize(Image<>& dst, const Image<>& src);
 
 /// @}
