@@ -21,9 +21,9 @@ namespace Ko {
 /// Columns and rows are scaled each in its own way, of n samples to m:
 /// - m <= n: the mean over the stretch that a target sample covers. Sample x covers [x n/m, (x+1) n/m) of the source,
 ///   whose sample i covers [i, i+1), and each one weighs what is covered of it. (n = m is a copy.)
-/// - m > n: a straight line between the two nearest centres. Sample x lies at p = (x + 1/2) n/m - 1/2; with i = floor(p)
-///   sample i weighs 1 - (p - i) and sample i+1 weighs p - i. Before the first centre and behind the last one the
-///   outermost sample has all the weight.
+/// - m > n: a straight line between the two nearest centres. Sample x lies at p = (x + 1/2) n/m - 1/2 between the
+///   samples i = floor(p), which weighs 1 - (p - i), and i+1, which weighs p - i. Before the first centre and behind
+///   the last one the outermost sample has all the weight.
 ///
 /// A target sample is floor(S + 1/2), where S is the sum of the source samples, each times its column's and its row's
 /// weight, over the sum of all weights. The weights are taken as the fractions that they are, and nothing is rounded
