@@ -5,6 +5,7 @@
 #include "support/Program.h"
 #include "support/Upright.h"
 
+#include <Kovanta/ConvertIm.h>
 #include <Kovanta/ImageFile.h>
 #include <Kovanta/Resize.h>
 #include <Kovanta/VideoInput.h>
@@ -91,6 +92,14 @@ Frames readFrames(Ko::VideoInputVideoFile& source, std::size_t count, unsigned i
     return spread;
 }
 
+/// What made the stream's samples. Where the file does not tell, size decides, as in players.
+Ko::ColorMatrix matrixOf(const Ko::VideoInputVideoFile& source) {
+    const Ko::ColorMatrix told = source.getColorMatrix();
+    if (told != Ko::CM_UNKNOWN)
+        return told;
+    return source.getWidth() >= 1280 || source.getHeight() > 576 ? Ko::CM_BT709 : Ko::CM_BT601;
+}
+
 void makeSheet(const Options& options) {
     example::requireReplaceable(options.sheet, options.force);
     const std::size_t count = std::size_t{options.columns} * options.rows;
@@ -119,7 +128,9 @@ void makeSheet(const Options& options) {
             Ko::wrapRectangle(sheet, i % options.columns * (width + gap), i / options.columns * (height + gap), w, h);
         place = *Ko::wrapRectangle(frame, 0, 0, w, h);
     }
-    Ko::writeImage(options.sheet, sheet);
+    Ko::Image rgb(Ko::PF_RGB);
+    Ko::convertIm(rgb, sheet, matrixOf(source));
+    Ko::writeImage(options.sheet, rgb);
 }
 
 } // namespace

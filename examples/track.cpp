@@ -201,7 +201,8 @@ void track(const Options& options) {
     if (rate.num == 0 || rate.den == 0)
         rate = {25, 1}; // the file does not tell
     Ko::VideoOutputVideoFile sink;
-    sink.setThrowOnFailure(true);
+    sink.setThrowOnFailure(true).setAnyFormat(true);       // odd sizes too
+    sink.setColor(source.getColorMatrix(), Ko::CR_STUDIO); // samples are those of the input, in studio range
     if (!options.encoder.empty())
         sink.setEncoder(options.encoder);
     const bool onItsSide = example::isQuarterTurn(source.getOrientation());

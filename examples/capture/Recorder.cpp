@@ -26,6 +26,7 @@ Recorder::Recorder(unsigned int w, unsigned int h, const std::string& file, exam
                                               : example::Rate{25, 1})
     , settled(chosen.num != 0) {
     sink.setThrowOnFailure(true);
+    sink.setColor(Ko::CM_BT601, Ko::CR_STUDIO); // as cameras have it, of any size
     open();
 }
 

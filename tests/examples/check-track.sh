@@ -55,6 +55,13 @@ for video in turned.mp4 upright.mp4; do
     [ "$(convert sheet.png -format "%[fx:p{$spot}.g > 0.9]" info:)" = 1 ] || fail "$video: nothing white at $spot of the sheet"
   done
 done
+# Red by the matrix that a file names comes out as red, and a tracked copy names it too.
+ffmpeg -v error -f lavfi -i "color=red:size=161x120:duration=0.4,format=rgb24,scale=out_color_matrix=bt709,format=yuv444p" -c:v libx264 \
+  -colorspace bt709 red.mp4
+"$track" red.mp4 tracked.mp4 >run.log 2>err.log || fail "track red.mp4"
+[ "$(ffprobe -v error -show_entries stream=width,color_space -of csv=p=0 tracked.mp4)" = 161,bt709 ] || fail "the matrix of a copy"
+"$contact" red.mp4 sheet.png --force --columns 1 --rows 1 2>err.log || fail "contact red.mp4"
+[ "$(convert sheet.png -format '%[fx:p{80,100}.r > 0.99 && p{80,100}.g < 0.02]' info:)" = 1 ] || fail "red became another colour"
 "$contact" missing.mp4 sheet.png 2>err.log && fail "contact took a missing file"
 
 # expect_error TEXT ARGUMENTS...

@@ -31,7 +31,7 @@ TEST(Color, BarsOfHighDefinitionComeOutAsTheyAre) {
     Ko::Image frame(Ko::PF_YCC420P), full(Ko::PF_YCC444P), rgb(Ko::PF_RGB), asBt601(Ko::PF_RGB);
     ASSERT_TRUE(source.read(frame));
     Ko::convertIm(full, frame);
-    Ko::convertIm(rgb, full, Ko::CM_BT709);
+    Ko::convertIm(rgb, full, source.getColorMatrix());
     Ko::convertIm(asBt601, full);
     int mostOff = 0;
     for (unsigned bar = 0; bar < 7; ++bar) {
@@ -58,7 +58,7 @@ constexpr Tagged tagged[] = {
     {{"Untold"}, "mp4", "libx264", Ko::CM_UNKNOWN, Ko::CR_UNKNOWN, "unknown,unknown,unknown,unknown"},
     {{"Mp4"}, "mp4", "libx264", Ko::CM_BT709, Ko::CR_STUDIO, "tv,bt709,bt709,bt709"},
     {{"Mp4ByItself"}, "mp4", "mpeg4", Ko::CM_BT2020, Ko::CR_STUDIO, "tv,bt2020nc,bt2020-10,bt2020"},
-    {{"MatrixAlone"}, "mkv", "libx264", Ko::CM_BT601, Ko::CR_UNKNOWN, "tv,smpte170m,unknown,unknown"},
+    {{"WithoutPrimaries"}, "mkv", "libx264", Ko::CM_BT601, Ko::CR_STUDIO, "tv,smpte170m,unknown,unknown"},
     {{"RangeAlone"}, "mkv", "ffv1", Ko::CM_UNKNOWN, Ko::CR_FULL, "pc,unknown,unknown,unknown"},
     {{"AviH264"}, "avi", "libx264", Ko::CM_BT709, Ko::CR_STUDIO, "tv,bt709,bt709,bt709"},
     {{"NoPlaceForTags"}, "avi", "mpeg4", Ko::CM_BT709, Ko::CR_STUDIO, "unknown,unknown,unknown,unknown"},
@@ -81,6 +81,11 @@ TEST_P(Tags, AreWrittenBesideTheSameSamples) {
         EXPECT_EQ(test::probe(file, "stream=color_range,color_space,color_transfer,color_primaries"),
                   tags ? GetParam().tags : tagged[0].tags);
         pictures[tags] = test::rawPictures(file);
+        Ko::VideoInputVideoFile source;
+        source.setAnyFormat(true).open(file);
+        const bool held = tags && GetParam().tags != std::string(tagged[0].tags);
+        EXPECT_EQ(source.getColorMatrix(), held ? GetParam().matrix : Ko::CM_UNKNOWN);
+        EXPECT_EQ(source.getColorRange(), held ? GetParam().range : Ko::CR_UNKNOWN);
     }
     EXPECT_EQ(pictures[0], pictures[1]);
 }
