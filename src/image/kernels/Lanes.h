@@ -5,7 +5,6 @@
 // What Vectors512.h has in instructions that reach over the whole vector, for levels whose shuffles stay within lanes
 // of 128 bits: the same in every lane, a run of 16 pixels.
 
-#include "image/kernels/Stores.h"
 #include "image/kernels/Vectors.h"
 
 #include <immintrin.h>
@@ -164,13 +163,14 @@ inline Vec reversedFrom(Vec v) {
 /// A block of triples in reverse.
 constexpr std::size_t mirroredAtOnce = vectorBytes;
 constexpr bool mirrorsByteTooMany = false;
+template <class Store>
 inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
     const Parts p = loadPartsSwapped(src);
     const Vec part0 = orBits(reversedFrom<0, 2>(p.part[2]), reversedFrom<0, 1>(p.part[1]));
     const Vec part1 =
         orBits(orBits(reversedFrom<1, 2>(p.part[2]), reversedFrom<1, 1>(p.part[1])), reversedFrom<1, 0>(p.part[0]));
     const Vec part2 = orBits(reversedFrom<2, 1>(p.part[1]), reversedFrom<2, 0>(p.part[0]));
-    storeParts<Cached>(dst, part0, part1, part2);
+    storeParts<Store>(dst, part0, part1, part2);
 }
 
 } // namespace

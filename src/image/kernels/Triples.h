@@ -8,6 +8,7 @@
 #include "image/kernels/Blocks.h"
 #include "image/kernels/PlainLoops.h"
 #include "image/kernels/Ranges.h"
+#include "image/kernels/Stores.h"
 
 namespace Ko {
 namespace {
@@ -56,7 +57,7 @@ void mirrorTriples(Byte* __restrict dst, const Byte* __restrict src, std::size_t
         std::memcpy(dst + 3 * i, src + 3 * (n - 1 - i), 3);
     };
     const auto some = [=](std::size_t i) {
-        mirrorSome(dst + 3 * i, src + 3 * (n - i - mirroredAtOnce));
+        mirrorSome<Cached>(dst + 3 * i, src + 3 * (n - i - mirroredAtOnce));
     };
     constexpr std::size_t alone = mirrorsByteTooMany ? 1 : 0;
     if (n < mirroredAtOnce + 2 * alone) {

@@ -255,9 +255,10 @@ inline Vec loadComponent(const unsigned char* src) {
 /// Triples in reverse; one byte after them is read, and one after the target overwritten.
 constexpr std::size_t mirroredAtOnce = 21;
 constexpr bool mirrorsByteTooMany = true;
+template <class Store>
 inline void mirrorSome(unsigned char* dst, const unsigned char* src) {
     static constexpr auto order = table([](std::size_t i) { return i == 63 ? 63 : 60 - i / 3 * 3 + i % 3; });
-    storeVector(dst, _mm512_permutexvar_epi8(loadVector(order.data()), loadVector(src)));
+    Store::store(dst, _mm512_permutexvar_epi8(loadVector(order.data()), loadVector(src)));
 }
 
 } // namespace
