@@ -3,6 +3,7 @@
 
 #include "Kovanta/Wrap.h"
 #include "image/RowKernels.h"
+#include "image/SampleKernels.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -35,16 +36,12 @@ bool V4LBuffer::wrap(const v4l2_pix_format& format) {
 }
 
 void V4LBuffer::toStudioRange() {
-    const RowKernels& kernels = rowKernels();
     Array2D<unsigned char>& luma = image.plane[0];
     for (unsigned int y = 0; y < luma.height; ++y)
-        kernels.lumaToStudio(luma.view[y], luma.view[y], luma.width);
+        rowKernels().lumaToStudio(luma.view[y], luma.view[y], luma.width);
     for (int p = 1; p < 3; ++p)
-        for (unsigned int y = 0; y < image.plane[p].height; ++y) {
-            unsigned char* const row = image.plane[p].view[y];
-            for (unsigned int x = 0; x < image.plane[p].width; ++x)
-                row[x] = static_cast<unsigned char>(row[x] * 224 / 255 + 16);
-        }
+        for (unsigned int y = 0; y < image.plane[p].height; ++y)
+            sampleKernels().chromaToStudio(image.plane[p].view[y], image.plane[p].view[y], image.plane[p].width);
 }
 
 } // namespace Ko
