@@ -129,9 +129,12 @@ private:
 
 Capture::Capture(const Options& chosen)
     : options(chosen) {
-    camera.setBufferCount(4);
+    camera.setBufferCount(8); // an encoder takes its time to open
     camera.setFrameRate(options.cameraRate);
     camera.setEmulatedFormats(options.emulated);
+    // Before the camera streams: a window takes longer to open than its buffers hold frames for.
+    if (options.show)
+        display.emplace(example::evenSize(options.width), example::evenSize(options.height), false);
     try {
         camera.init(options.device, options.width, options.height, 0);
     } catch (const std::runtime_error& e) {
@@ -140,6 +143,8 @@ Capture::Capture(const Options& chosen)
             throw;
         throw std::runtime_error(std::string(e.what()) + "\nIt offers " + formats + ": try --emulated.");
     }
+    if (display)
+        display->setFrameSize(example::evenSize(camera.getWidth()), example::evenSize(camera.getHeight()));
     if (!options.output.empty())
         recorder.emplace(camera.getWidth(), camera.getHeight(), options.output, options.rate, camera.getFrameRate(),
                          options.bitRate);
@@ -200,12 +205,8 @@ void Capture::take() {
     writing.start();
     if (recorder)
         recorder->write(frame, pace.framesPerSecond());
-    if (options.show) {
-        const Ko::ConstImage even = example::evenFrame(frame, room);
-        if (!display)
-            display.emplace(even->width, even->height, false);
-        display->write(even);
-    }
+    if (display)
+        display->write(example::evenFrame(frame, room));
     writing.stop();
     ++taken;
     if (progress.due())

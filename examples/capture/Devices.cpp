@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Devices.h"
 
-#include <Kovanta/VideoInput.h>
-
 #include <fcntl.h>
 #include <linux/videodev2.h>
 #include <sys/ioctl.h>
@@ -34,6 +32,7 @@ public:
     }
 
     bool isOpen() const { return descriptor != -1; }
+    bool ask(unsigned long request, void* record) const { return ::ioctl(descriptor, request, record) != -1; }
 
     /// Calls visit(record) for index 0, 1, ... until the driver refuses.
     template <class Record, class Visitor>
@@ -98,17 +97,20 @@ std::optional<unsigned int> deviceNumber(const std::string& word) {
 }
 
 void listDevices() {
-    const std::vector<std::string> names = Ko::VideoInputCaptureV4L().listDevs();
     bool any = false;
     for (unsigned int number = 0; number < deviceNumbers; ++number) {
-        const bool answered = number < names.size() && names[number] != "none";
-        if (!answered && Device(number).isOpen())
-            continue; // something else
-        if (!answered && errno == ENOENT)
+        const Device device(number);
+        const int error = errno;
+        v4l2_capability capability{};
+        std::string what;
+        if (device.isOpen() && device.ask(VIDIOC_QUERYCAP, &capability))
+            what = text(capability.card, sizeof capability.card) + " " +
+                   text(capability.bus_info, sizeof capability.bus_info);
+        else if (device.isOpen() || error == ENOENT) // something else, or nothing
             continue;
-        const std::string why = answered ? names[number] : std::strerror(errno);
-        std::cout << number << ": " << why << (!answered && errno == EACCES ? " (are you in the group video?)" : "")
-                  << "\n";
+        else
+            what = std::strerror(error) + std::string(error == EACCES ? " (are you in the group video?)" : "");
+        std::cout << number << ": " << what << "\n";
         any = true;
     }
     if (!any)

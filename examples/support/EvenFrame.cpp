@@ -5,9 +5,13 @@
 
 namespace example {
 
+unsigned int evenSize(unsigned int size) {
+    return std::max(size & ~1u, 2u);
+}
+
 Ko::ConstImage evenFrame(const Ko::Image<>& frame, Ko::Image<>& room) {
-    const unsigned int width = std::max(frame.width & ~1u, 2u);
-    const unsigned int height = std::max(frame.height & ~1u, 2u);
+    const unsigned int width = evenSize(frame.width);
+    const unsigned int height = evenSize(frame.height);
     const bool doubled = width > frame.width || height > frame.height;
     if (doubled) {
         room.size(width, height);

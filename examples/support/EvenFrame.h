@@ -7,6 +7,9 @@
 
 namespace example {
 
+/// What a window takes of a width or height: less by one where it is odd, but never 0.
+unsigned int evenSize(unsigned int size);
+
 /// The frame in the even size that a window takes. An odd last column or row is left out, which costs no copy; where
 /// there is no other, it is doubled.
 /// @param frame in PF_YCC444P; has to outlive the result, as has @p room

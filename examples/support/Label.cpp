@@ -15,9 +15,11 @@ void Label::draw(Ko::Image<>& frame, const std::string& text) {
     }
     const int unit = static_cast<int>(size);
     const int bottom = static_cast<int>(frame.height) - unit / 2;
-    const int width = static_cast<int>(text.size()) * ((6 * unit + 5) / 10) + unit; // 0.6 of the size a letter
-    Ko::drawBbox(frame, {unit / 2, bottom - unit * 3 / 2, unit / 2 + width, bottom}, {40, 128, 128}, true);
-    font.drawText(frame, text, {unit, bottom - unit / 2}, {235, 128, 128});
+    const Ko::Point<int> pen{unit, bottom - unit / 2};
+    // As high as the highest letters, whatever the text has, so that it does not flicker.
+    Ko::drawBbox(frame, {unit / 2, bottom - unit * 3 / 2, font.getExtent(text, pen).right + unit / 2, bottom},
+                 {40, 128, 128}, true);
+    font.drawText(frame, text, pen, {235, 128, 128});
 }
 
 } // namespace example

@@ -12,7 +12,9 @@ namespace example {
 
 CLI::Validator fileName() {
     const auto check = [](const std::string& name) -> std::string {
-        if (std::filesystem::path(name).has_extension())
+        const std::string last = std::filesystem::path(name).filename().string();
+        const std::size_t dot = last.rfind('.'); // at the beginning too: ".png" is one to the library
+        if (dot != std::string::npos && dot + 1 < last.size())
             return "";
         return "'" + name + "' has no extension, which would choose the format.";
     };

@@ -49,7 +49,9 @@ TEST(CaptureExample, RecordsAndShowsACamera) {
     const std::string file = folder.file("red.avi");
     EXPECT_EQ(capture(""), "No camera found.\n0\n");
     const camera::Driver vivid("vivid", "n_devs=1 node_types=0x1 num_inputs=1 input_types=0x0 vid_cap_nr=2");
+    test::outputOf("mknod /dev/video1 c 1 3"); // opens, but is no camera
     EXPECT_EQ(capture(""), "2: vivid platform:vivid-000\n0\n");
+    std::filesystem::remove("/dev/video1");
     EXPECT_EQ(capture("", "setpriv --reuid 65534 --clear-groups"),
               "2: Permission denied (are you in the group video?)\n0\n");
     EXPECT_THAT(capture("2 --formats"), testing::ContainsRegex("format Planar YUV 4:2:0\n    320x180 at .*60"));
@@ -82,9 +84,13 @@ TEST(CaptureExample, RecordsAndShowsACamera) {
 
     // Without -noreset a slow server is still resetting after SDL's first try when SDL connects again.
     const std::string both = folder.file("both.mkv");
-    EXPECT_EQ(framesIn(both, "\n" + capture("2 320x180 -n 20 --show " + both,
-                                            "xvfb-run -a -s '-screen 0 640x480x24 -noreset'")),
-              20);
+    const std::string shown = "\n" + capture("2 320x180 -n 20 --camera-rate 5 --show " + both,
+                                             "xvfb-run -a -s '-screen 0 640x480x24 -noreset'");
+    EXPECT_EQ(framesIn(both, shown), 20);
+    EXPECT_THAT(shown, HasSubstr(", 0 dropped\n"));
+    const std::string blind = folder.file("blind.avi");
+    EXPECT_THAT(capture("2 320x180 -n 20 --show " + blind, "env -u DISPLAY"), testing::EndsWith("\n1\n"));
+    EXPECT_FALSE(std::filesystem::exists(blind)) << "without a window";
     EXPECT_EQ(capture("7 " + folder.file("no.avi")),
               "capture: [VideoInputCaptureV4L::init]: Cannot open /dev/video7: No such file or directory.\n1\n");
     // What cannot be written is found before a frame is waited for.

@@ -40,6 +40,8 @@ refused "'out' has no extension" sequence stills out
 refused "'out' has no extension" convert in.pgm out
 refused "'out' has no extension" contact in.mp4 out
 refused "'out' has no extension" text in.pgm out
+refused "'out.' has no extension" convert in.pgm out.
+refused "'dir.d/out' has no extension" convert in.pgm dir.d/out
 refused "unlike '0'" track in.mp4 out.mp4 --bitrate 0
 refused "unlike '1k'" track in.mp4 out.mp4 --bitrate 1k
 refused "unlike '25/0'" sequence stills out.avi --rate 25/0
@@ -53,6 +55,10 @@ refused "unlike '-1'" capture -n -1 --show
 refused "Give a file to write, or --show." capture 0 320x240
 refused "Give a file to write, or --show." capture -n 5
 refused "unlike '08'" contact --columns 08 clip.mp4 sheet.png
+
+# What the library takes for an extension is one.
+"${program[convert]}" in.pgm .png >out.log 2>err.log || fail "a name that is an extension"
+[ "$(head -c 4 .png | tail -c 3)" = PNG ] || fail "its format"
 
 # Writers of stills, like those of videos, keep what exists unless told otherwise.
 question="out.png exists. Replace it? [y/N] "
