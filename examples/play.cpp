@@ -53,11 +53,15 @@ public:
     bool play(Source& source);
     /// Leaves the last frame there until the user goes.
     void hold();
+    /// How many were shown until now.
+    unsigned long frames() const { return count; }
 
 private:
     bool ended() const { return example::stopAsked() || (display && display->getQuit()); }
     Clock::duration period() const;
+    bool isTooHigh(unsigned int width, unsigned int height) const;
     void openWindow(unsigned int width, unsigned int height);
+    void resizeWindow(unsigned int width, unsigned int height);
     void show();
     void tell();
     void poll();
@@ -73,6 +77,7 @@ private:
     double rate = 25; // frames per second
     double pace = 1;  // by which the user multiplies it
     double jump = 0;  // seconds that the user wants to go on, or back
+    unsigned long count = 0;
     Clock::time_point shown;
 };
 
@@ -96,6 +101,10 @@ bool Player::play(Source& source) {
             wait(); // as long as the frame before is to be seen
         if (ended())
             return false;
+        if (jump > 0 && !delivered) { // there is nothing further on
+            jump = 0;
+            return true;
+        }
         if (jump != 0) {
             const double frames = std::round(jump * rate);
             const auto further = static_cast<long>(jump > 0 ? std::max(frames, 1.0) : std::min(frames, -1.0));
@@ -121,25 +130,42 @@ Clock::duration Player::period() const {
     return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / (rate * pace)));
 }
 
+/// Whether the window of the wished width would be higher than any server takes.
+bool Player::isTooHigh(unsigned int width, unsigned int height) const {
+    return options.width != 0 && static_cast<double>(height) * options.width / width > 32767;
+}
+
 void Player::openWindow(unsigned int width, unsigned int height) {
     constexpr unsigned int least = 320; // that the next frame, whose size may be another, can be seen as well
     const bool narrow = width < least && height / 16 <= width; // what is much higher than wide is fitted at once
     if (options.width == 0 && !narrow) {
         display.emplace(width, height, options.fullscreen); // no larger than the screen
     } else {
-        display.emplace(options.width == 0 ? least : options.width, 0, width, height, options.fullscreen);
-        display->setFitScreen(options.width == 0);
+        const bool high = isTooHigh(width, height);
+        display.emplace(options.width == 0 ? least : options.width, 0, high ? 32 : width, high ? 2 : height,
+                        options.fullscreen);
+        resizeWindow(width, height);
     }
     display->setKeepAspect(true);
+}
+
+void Player::resizeWindow(unsigned int width, unsigned int height) {
+    const bool fit = options.width == 0 || isTooHigh(width, height);
+    if (fit)
+        display->setFitScreen(true);
+    display->setFrameSize(width, height);
+    if (!fit)
+        display->setFitScreen(false);
 }
 
 void Player::show() {
     const Ko::ConstImage even = example::evenFrame(frame, room);
     if (display)
-        display->setFrameSize(even->width, even->height);
+        resizeWindow(even->width, even->height);
     else
         openWindow(even->width, even->height);
     display->write(even);
+    ++count;
     const Clock::time_point now = Clock::now();
     const Clock::time_point due = shown + period();
     shown = now >= due && now - due < period() ? due : now; // what is later than that is not caught up with
@@ -195,13 +221,18 @@ void playAll(const Options& options) {
     example::catchStops();
     Player player(options);
     bool single = options.inputs.size() == 1;
+    unsigned long before = 0;
     do {
+        before = player.frames();
         for (const std::string& input : options.inputs) {
             Source source(input);
             single = single && source.isSingle();
             if (!player.play(source))
                 return;
         }
+        if (player.frames() == before)
+            throw std::runtime_error(options.inputs.size() == 1 ? options.inputs.front() + " holds no frame."
+                                                                : "None of the inputs holds a frame.");
     } while (options.loop);
     if (options.hold || single) // there would be nothing to see
         player.hold();

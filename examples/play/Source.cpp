@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <utility>
 
 Source::Source(const std::string& name) {
     std::filesystem::path path = std::filesystem::absolute(name).lexically_normal();
@@ -32,15 +33,33 @@ bool Source::isSingle() const {
 }
 
 bool Source::read(Ko::Image<>& frame) {
+    const bool sought = std::exchange(jumped, false);
     if (video ? !upright.read(*video, frame) : frameNumber == static_cast<long>(stills.size()))
-        return false;
+        return sought && video && readLast(frame);
     if (!video)
         upright.read(stills[static_cast<std::size_t>(frameNumber)], frame);
     ++frameNumber;
     return true;
 }
 
+/// Where the container promises more than there are pictures: sound goes on for longer, say.
+bool Source::readLast(Ko::Image<>& frame) {
+    const double end = static_cast<double>(frameNumber) / framesPerSecond;
+    for (double back = 1;; back *= 4) {
+        const bool start = back >= end;
+        video->seek(start ? 0 : video->position(end - back), Ko::VP_BEGIN);
+        bool any = false;
+        while (upright.read(*video, frame))
+            any = true;
+        if (any)
+            frameNumber = std::lround(video->seconds(video->tell() - 1) * framesPerSecond) + 1;
+        if (any || start)
+            return any;
+    }
+}
+
 void Source::jump(long frames) {
+    jumped = true;
     const long before = std::max(frameNumber + frames - 1, 0L); // frames before the wanted one
     if (video)
         jumpInVideo(before - (frameNumber - 1));

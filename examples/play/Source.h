@@ -32,12 +32,14 @@ public:
 
 private:
     void jumpInVideo(long frames);
+    bool readLast(Ko::Image<>& frame);
 
     std::string lastPart;
     std::optional<Ko::VideoInputVideoFile> video; // or
     std::vector<std::string> stills;
     example::Upright upright;
     long frameNumber = 0;
+    bool jumped = false; // and not read since
     double framesPerSecond = 25;
 };
 

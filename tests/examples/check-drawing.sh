@@ -30,6 +30,23 @@ ffmpeg -v error -f lavfi -i testsrc2=size=161x121:rate=50:duration=0.4 -pix_fmt 
 "$play" --rate 200 --overlay "$mixed" "$work/clip.avi" "$mixed/b.ppm" || fail "play: to the end"
 "$play" --width 400 "$work/clip.avi" || fail "play: file"
 
+# What is much higher than wide, in the middle and first, is fitted whatever width is wished.
+mkdir "$work/high"
+for still in a=64x48 b=1x300 c=48x64; do
+  convert -size "${still#*=}" xc:orange -depth 8 "$work/high/${still%=*}.ppm"
+done
+"$play" --rate 200 --width 400 "$work/high" "$work/high/b.ppm" || fail "play: 1x300 in the middle"
+"$play" --rate 200 --width 400 "$work/high/b.ppm" "$work/high" || fail "play: 1x300 first"
+# A video without a picture is said to be that, in a loop too.
+ffmpeg -v error -i "$work/clip.avi" -c:v rawvideo "$work/raw.avi"
+head -c $(($(grep -abo movi "$work/raw.avi" | head -n 1 | cut -d : -f 1) + 4)) "$work/raw.avi" >"$work/empty.avi"
+for option in --hold --loop; do
+  code=0
+  timeout 60 "$play" $option "$work/empty.avi" 2>"$work/error" || code=$?
+  [ "$code" -eq 1 ] || fail "play $option: exit code $code for no picture"
+  grep -qx "play: $work/empty.avi holds no frame." "$work/error" || fail "play $option: $(cat "$work/error")"
+done
+
 start() { # NAME ARGUMENTS...: the player in the background, its window, whose caption begins with the name, in front
   "$play" "${@:2}" &
   player=$!
@@ -72,6 +89,21 @@ xdotool key Right # five seconds, more than there are
 shows "frame 20, .*paused"
 xdotool key q
 ends 0
+
+# Beyond the end is the last frame, also where the ticks are finer than frames and the sound is longer; further on than
+# that is the next input, as behind a still.
+for clip in c.mp4 c.mkv c.ts; do
+  ffmpeg -v error -f lavfi -i testsrc2=size=160x120:rate=24:duration=2 -f lavfi -i sine=duration=5 -pix_fmt yuv420p -g 12 "$work/$clip"
+  start $clip --rate 1 "$work/$clip" "$mixed/b.ppm" "$mixed/d.ppm"
+  xdotool key Up
+  shows "frame 48, "
+  xdotool key Right
+  shows "^b.ppm - frame 1, "
+  xdotool key Right
+  shows "^d.ppm - frame 1, "
+  xdotool key q
+  ends 0
+done
 
 # What the user has chosen outlives a change of size, and so does the wish to end.
 start mixed --loop --rate 20 "$mixed/"
