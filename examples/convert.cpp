@@ -5,6 +5,7 @@
 // only, and where a pair is missing, PF_YCC444P, which nearly everything converts to and from, makes the bridge.
 
 #include "convert/StillHeader.h"
+#include "convert/Transparency.h"
 #include "support/Output.h"
 #include "support/Program.h"
 #include "support/Upright.h"
@@ -98,10 +99,6 @@ bool isGrey(const Ko::Image<>& image) {
     }
 }
 
-bool isOpaque(const Ko::Image<>& image) {
-    return image.format == Ko::PF_RGBA && all(image, 4, [](const unsigned char* p) { return p[3] == 255; });
-}
-
 bool convertExactly(Ko::Image<>& target, const Ko::Image<>& source, bool grey) {
     const auto* const way = std::find_if(std::begin(exactWays), std::end(exactWays), [&](const ExactWay& candidate) {
         return candidate.from == source.format && candidate.to == target.format && (grey || !candidate.greyOnly);
@@ -151,7 +148,7 @@ void run(const Options& options) {
     std::cout << target.width << " x " << target.height << (turned ? ", turned upright, " : ", ") << way << "\n";
 
     std::vector<std::string> losses;
-    if (header.transparency && !isOpaque(source))
+    if (header.transparency && hasTransparentPixel(options.input))
         losses.emplace_back("transparency");
     if (header.sixteenBits)
         losses.emplace_back("the low byte of 16-bit samples");

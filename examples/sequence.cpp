@@ -44,7 +44,7 @@ void makeVideo(const Options& options) {
     Ko::VideoOutputVideoFile output;
     output.setThrowOnFailure(true).setAnyFormat(true); // stills of odd sizes too
     output.setColor(Ko::CM_BT601, Ko::CR_STUDIO);      // what readImage() makes of them, whatever their size
-    output.open(width, height, options.output, options.rate, options.bitRate);
+    example::openOutput(output, width, height, options.output, options.rate, options.bitRate);
     example::Progress progress;
     std::size_t done = 0;
     for (; done < stills.size() && !example::stopAsked(); ++done) {

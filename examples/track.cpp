@@ -206,8 +206,8 @@ void track(const Options& options) {
     if (!options.encoder.empty())
         sink.setEncoder(options.encoder);
     const bool onItsSide = example::isQuarterTurn(source.getOrientation());
-    sink.open(onItsSide ? source.getHeight() : source.getWidth(), onItsSide ? source.getWidth() : source.getHeight(),
-              options.output, rate, options.bitRate);
+    example::openOutput(sink, onItsSide ? source.getHeight() : source.getWidth(),
+                        onItsSide ? source.getWidth() : source.getHeight(), options.output, rate, options.bitRate);
 
     Ko::Timer reading, finding, drawing, writing;
     Ko::Image frame(Ko::PF_YCC444P);

@@ -105,6 +105,29 @@ window_inside() {
   say "play stills/ with 1-pixel stills" "$(caption) $(cat "$work/stderr")"
   shot stills
   gone
+  mkdir "$work/high"
+  convert -size 64x48 plasma:red-white "$work/high/a.png"
+  convert -size 1x300 gradient: "$work/high/b.png"
+  convert -size 48x64 plasma:blue-white "$work/high/c.png"
+  start --rate 1 --hold --width 400 "$work/high"
+  sleep 3
+  say "play --width 400: 1x300 between others" "$(caption) $(head -n 1 "$work/stderr")"
+  shot high
+  gone
+  start "$work/high/a.png" "$work/high/c.png"
+  xdotool key Right
+  sleep 1
+  say "play a.png c.png: right arrow" "$(caption)"
+  gone
+  ffmpeg -v error -i "$work/clip.mp4" -f lavfi -i sine=duration=40 -t 40 -c:v copy "$work/sound.mkv"
+  start --loop "$work/sound.mkv"
+  xdotool key Up
+  sleep 1
+  say "play: up in a video of 20 s whose sound is longer" "$(caption)"
+  gone
+  ffmpeg -v error -i "$work/clip.mp4" -t 0.1 -c:v rawvideo "$work/raw.avi"
+  head -c $(($(grep -abo movi "$work/raw.avi" | head -n 1 | cut -d : -f 1) + 4)) "$work/raw.avi" >"$work/empty.avi"
+  say "play --loop of a video without a picture" "$(code "$programs/play" --loop "$work/empty.avi")"
   start --overlay "$work/clip.mp4"
   xdotool key Right
   sleep 1
@@ -135,12 +158,19 @@ terminal() {
   say "track at a terminal" "$(grep -a Thread "$work/terminal" | cat -v)"
   say "track again, without a terminal" "$(code "$programs/track" "$work/short.avi" "$work/new.mp4")"
   say "track into a name without extension" "$(code "$programs/track" "$work/short.avi" "$work/new")"
+  say "track into an unknown container" "$(code "$programs/track" "$work/short.avi" "$work/new.nonsense")"
+  ffmpeg -v error -i "$work/short.avi" -vf scale=161:121 -c:v mpeg4 "$work/odd.avi"
+  say "track 161x121 into mp4" "$(code "$programs/track" "$work/odd.avi" "$work/odd.mp4")"
+  say "track 161x121 into 3gp" "$(code "$programs/track" "$work/odd.avi" "$work/odd.3gp")"
   say "track --bitrate 0" "$(code "$programs/track" "$work/short.avi" "$work/newer.mp4" --bitrate 0)"
   say "track --version" "$(code "$programs/track" --version)"
   convert -size 4x2 gradient:gray20-gray80 -depth 8 -define png:color-type=0 "$work/grey.png"
   say "convert a grey PNG to PPM" "$(code "$programs/convert" "$work/grey.png" "$work/grey.ppm"), $(compare -metric AE "$work/grey.png" "$work/grey.ppm" null: 2>&1) samples differ"
   convert -size 4x2 gradient:red-blue -alpha set -channel A -evaluate set 50% +channel -define png:bit-depth=16 "$work/deep.png"
   say "convert 16-bit colours with alpha to PGM" "$(code "$programs/convert" "$work/deep.png" "$work/deep.pgm")"
+  convert "$work/grey.png" -alpha set -define png:color-type=4 "$work/opaque.png"
+  say "convert opaque grey with alpha to PGM" "$(code "$programs/convert" "$work/opaque.png" "$work/opaque.pgm")"
+  say "convert into .pgm" "$(cd "$work" && code "$programs/convert" grey.png .pgm)"
   ffmpeg -v error -i "$work/short.avi" -c copy -f matroska - | cat >"$work/piped.mkv"
   rm -f "$out/sheet.png"
   say "contact of a stream of unknown length" "$(code "$programs/contact" "$work/piped.mkv" "$out/sheet.png")"
@@ -176,8 +206,22 @@ camera_inside() {
   done
   rm -f "$video"
   xvfb-run -a -s "-screen 0 640x480x24 -noreset" bash -c "
-    '$capture' 0 320x180 -n 30 --show '$video' >/dev/null 2>&1 & sleep 6; import -window root '$out/camera.png'; wait" || true
-  say "capture 0 320x180 --show and a file at once" "file: $(ffprobe -v error -count_frames -show_entries stream=nb_read_frames -of csv=p=0 "$video" 2>&1 | tail -n 1)"
+    '$capture' 0 320x180 -n 30 --camera-rate 5 --show '$video' >'$work/stdout' 2>&1 & sleep 6; import -window root '$out/camera.png'; wait" || true
+  say "capture 0 320x180 --show and a file at once" "$(grep dropped "$work/stdout"), file: $(ffprobe -v error -count_frames -show_entries stream=nb_read_frames -of csv=p=0 "$video" 2>&1 | tail -n 1)"
+  camera_compressed
+}
+
+camera_compressed() { # a camera that sends Motion JPEG only
+  local capture=$programs/capture feeder
+  insmod /run/modules/v4l2loopback.ko devices=1 video_nr=9 card_label=Fed
+  ffmpeg -v error -re -f lavfi -i testsrc2=size=640x480:rate=5:d=60 -c:v mjpeg -pix_fmt yuvj420p -f v4l2 /dev/video9 2>/dev/null &
+  feeder=$!
+  until "$capture" 9 --formats 2>/dev/null | grep -q JPEG; do sleep 0.2; done
+  say "capture 9 (Motion JPEG only)" "$(code "$capture" 9 640x480 -n 5 "$work/refused.avi")"
+  say "" "$(tail -n 1 "$work/stderr")"
+  say "capture 9 --emulated -n 20" "$(code "$capture" 9 640x480 --emulated -n 20 "$work/decoded.avi"), $(head -n 1 "$work/stdout")"
+  ffmpeg -v error -i "$work/decoded.avi" -vf "select=eq(n\\,10)" -frames:v 1 -y "$out/decoded.png"
+  kill $feeder
 }
 
 [ $# -gt 0 ] || set -- window terminal camera

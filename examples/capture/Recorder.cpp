@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Recorder.h"
 
+#include "support/Output.h"
+
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -25,8 +27,8 @@ Recorder::Recorder(unsigned int w, unsigned int h, const std::string& file, exam
            : guess.num != 0 && guess.den != 0 ? guess
                                               : example::Rate{25, 1})
     , settled(chosen.num != 0) {
-    sink.setThrowOnFailure(true);
-    sink.setColor(Ko::CM_BT601, Ko::CR_STUDIO); // as cameras have it, of any size
+    sink.setThrowOnFailure(true).setAnyFormat(true); // odd sizes too
+    sink.setColor(Ko::CM_BT601, Ko::CR_STUDIO);      // as cameras have it, of any size
     open();
 }
 
@@ -37,7 +39,7 @@ Recorder::~Recorder() {
 }
 
 void Recorder::open() {
-    sink.open(width, height, name, rate, bitRate);
+    example::openOutput(sink, width, height, name, rate, bitRate);
 }
 
 void Recorder::settle(double measured) {

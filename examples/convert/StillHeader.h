@@ -10,7 +10,7 @@
 struct StillHeader {
     Ko::PIXEL_FORMAT format =
         Ko::PF_YCC444P;        ///< That of its samples; where nothing tells, one that all stills go into.
-    bool transparency = false; ///< Beside the colours, for which the format may have no room.
+    bool transparency = false; ///< Beside the colours, where some pixel uses it.
     bool sixteenBits = false;
 };
 

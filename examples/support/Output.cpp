@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -37,6 +38,24 @@ void requireReplaceable(const std::string& name, bool force) {
     std::getline(std::cin, answer);
     if (answer.empty() || (answer[0] != 'y' && answer[0] != 'Y'))
         throw std::runtime_error(name + " stays as it is.");
+}
+
+void openOutput(Ko::VideoOutputVideoFile& sink, unsigned int width, unsigned int height, const std::string& name,
+                Rate rate, unsigned int bitRate) {
+    try {
+        sink.open(width, height, name, rate, bitRate);
+    } catch (const std::runtime_error& e) {
+        const std::string reason = e.what();
+        std::ostringstream sentence;
+        if (reason.find("guess_format failed") != std::string::npos)
+            sentence << "No container goes by the extension of " << name;
+        else if (reason.find("avcodec_open failed") != std::string::npos)
+            sentence << "The encoder for " << name << " does not take frames of " << width << "x" << height << ", "
+                     << perSecond(rate) << " a second";
+        else
+            throw;
+        throw std::runtime_error(sentence.str() + ". (" + reason + ")");
+    }
 }
 
 } // namespace example

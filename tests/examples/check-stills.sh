@@ -40,6 +40,15 @@ loses "transparency, the low byte of 16-bit samples" deep.png a.png
 loses "transparency, the low byte of 16-bit samples, colour" deep.png a.pgm
 loses "colour" colour.png a.pgm
 loses "" opaque.png a.ppm
+# What a file could be seen through by counts only where it is.
+magick -size 4x2 gradient:gray20-gray80 -alpha set -define png:color-type=4 -depth 8 opaque-grey.png
+magick opaque-grey.png -channel A -evaluate set 99% +channel -define png:color-type=4 sheer-grey.png
+magick opaque-grey.png -define png:color-type=4 -define png:bit-depth=16 -depth 16 opaque-deep.png
+magick -size 4x2 xc:red xc:none -append PNG8:sheer-palette.png
+loses "" opaque-grey.png a.pgm
+loses "transparency" sheer-grey.png a.pgm
+loses "the low byte of 16-bit samples" opaque-deep.png a.pgm
+loses "transparency" sheer-palette.png a.ppm
 loses "what JPEG rounds" colour.png a.jpg
 loses "colour" a.jpg back.pgm
 [ "$(stat -c %s back.pgm)" = 19 ] || fail "size of the grey file"

@@ -76,7 +76,13 @@ expect_error() {
 expect_error "Failed to open missing.mp4." missing.mp4 new.mp4
 head -c 3000 /dev/urandom >garbage.mp4
 expect_error "track: [VideoInputVideoFile::VideoInputVideoFile]: " garbage.mp4 new.mp4
-expect_error "guess_format failed." in.mp4 out.nonsense
+expect_error "track: No container goes by the extension of out.nonsense." in.mp4 out.nonsense
+ffmpeg -v error -f lavfi -i testsrc2=rate=25:duration=0.2 -vf scale=161:121 -pix_fmt yuv420p -c:v mpeg4 odd.avi
+expect_error "track: The encoder for odd.3gp does not take frames of 161x121, 25 a second." odd.avi odd.3gp
+for output in odd.mp4 odd.mkv; do
+  "$track" odd.avi $output >run.log 2>err.log || fail "161x121 into $output"
+  [ "$(frames $output) $(ffprobe -v error -show_entries stream=width,height -of csv=p=0 $output)" = "5 161,121" ] || fail "$output"
+done
 expect_error "url_fopen failed to open no/such/place.mp4." in.mp4 no/such/place.mp4
 expect_error "the same file." in.mp4 ./in.mp4
 expect_error "avcodec_find_encoder_by_name failed." in.mp4 new.mp4 --encoder nonsense
