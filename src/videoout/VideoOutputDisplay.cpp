@@ -2,10 +2,11 @@
 #include "Kovanta/VideoOutputDisplay.h"
 
 #include "Kovanta/ConvertIm.h"
-#include "Kovanta/Wrap.h"
 #include "util/Errors.h"
+#include "videoout/Overlay.h"
 #include "videoout/SdlConnections.h"
 #include "videoout/SdlDriver.h"
+#include "videoout/SdlFailure.h"
 #include "videoout/ServerHold.h"
 #include "videoout/Size.h"
 #include "videoout/XErrors.h"
@@ -16,9 +17,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <deque>
-#include <iostream>
 #include <utility>
 
 namespace {
@@ -42,11 +41,6 @@ constexpr char setModeCall[] = "SDL_SetVideoMode";
 constexpr char setFrameSizeName[] = "VideoOutputDisplay::setFrameSize";
 constexpr std::size_t mostKeys = 32;
 constexpr std::uint32_t largestWindow = 32767; // coordinates of X and SDL have 16 bits
-constexpr std::uint32_t largestPitch = 65535;  // of an overlay; SDL cuts larger ones off without a word
-
-[[noreturn]] void throwFailed(const char* function, const char* call, const std::string& reason) {
-    throwRuntimeError(function, std::string(call) + " failed: " + reason + ".");
-}
 
 void requireFrameSize(const char* function, const Size& frames) {
     if (frames.width == 0 || frames.height == 0)
@@ -57,19 +51,7 @@ void requireFrameSize(const char* function, const Size& frames) {
 
 void requireWindowSize(const char* function, const Size& size) {
     if (size.width > largestWindow || size.height > largestWindow)
-        throwFailed(function, setModeCall, "Window too large");
-}
-
-/// Runs one step of tearing down; what the X server's end makes of it is printed.
-template <class Step>
-bool survives(Step step) noexcept {
-    try {
-        step();
-        return true;
-    } catch (const std::exception& e) {
-        std::cerr << e.what() << std::endl;
-        return false;
-    }
+        throwSdlFailure(function, setModeCall, "Window too large");
 }
 
 /// SDL has one window, and the end of a display ends SDL.
@@ -87,14 +69,6 @@ private:
     static inline std::atomic<bool> exists{false};
 };
 
-struct OverlayDeleter {
-    void operator()(SDL_Overlay* freed) const noexcept {
-        survives([freed] { SDL_FreeYUVOverlay(freed); });
-    }
-};
-
-using Overlay = std::unique_ptr<SDL_Overlay, OverlayDeleter>;
-
 } // namespace
 
 struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
@@ -104,7 +78,6 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     ~Impl();
 
     void initVideo();
-    Overlay makeOverlay(const Size& frames, const char* function) const;
     void openScreen(const Size& size, std::uint32_t flags, const char* function);
     void openFullscreen(const char* function);
     void applyMode(const char* function);
@@ -115,10 +88,6 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     void placePicture(const Size& size, const Size& room);
     void placeOnFullscreen();
     void requireScreen(const char* function) const;
-    void blacken();
-    void lockOverlay();
-    void show();
-    void showAgain();
     void handle(const SDL_Event& event);
 
     const OnlyDisplay only;
@@ -138,9 +107,6 @@ struct KOVANTA_LOCAL VideoOutputDisplay::Impl {
     bool quit = false;
     bool stepMode = false;
     bool paused = false;
-    bool locked = false; // the overlay stays locked when a conversion throws
-    bool blank = true;   // the overlay's memory was never written
-    bool shown = false;  // a frame was shown
     std::deque<std::string> keys;
 };
 
@@ -162,7 +128,7 @@ VideoOutputDisplay::Impl::Impl(std::uint32_t windowW, std::uint32_t w, std::uint
     SDL_Delay(100);
     applyMode(constructorName);
     SDL_WM_SetCaption(DEFAULT_CAPTION, DEFAULT_CAPTION);
-    overlay = makeOverlay(frame, constructorName);
+    overlay = Overlay(frame, screen, constructorName);
     SDL_EnableKeyRepeat(500, 30);
     operation.check();
 }
@@ -171,7 +137,7 @@ VideoOutputDisplay::Impl::~Impl() {
     bool lost = XErrors::takeLoss();
     const XErrors::Operation operation("VideoOutputDisplay::~VideoOutputDisplay");
     lost = lost || !survives([&] { connections.require(); });
-    overlay.reset();
+    overlay = {};
     // Losing the server on the way leaves SDL half closed; it knows by then and finishes without the server.
     if (!survives([] { SDL_Quit(); }))
         survives([] { SDL_Quit(); });
@@ -208,20 +174,6 @@ void VideoOutputDisplay::Impl::initVideo() {
         fullscreenMode = {modes[0]->w, modes[0]->h};
 }
 
-Overlay VideoOutputDisplay::Impl::makeOverlay(const Size& frames, const char* function) const {
-    const char* const call = "SDL_CreateYUVOverlay";
-    // Four bytes a pixel at most, counted in int by SDL.
-    if (frames.width > largestPitch || frames.height > 0x7fffffffu / 4 / frames.width)
-        throwFailed(function, call, "Frames too large");
-    Overlay made(SDL_CreateYUVOverlay(static_cast<int>(frames.width), static_cast<int>(frames.height), SDL_YV12_OVERLAY,
-                                      screen));
-    if (!made)
-        throwFailed(function, call, SDL_GetError());
-    if (made->pitches[0] < frames.width || made->pitches[1] < frames.width / 2 || made->pitches[2] < frames.width / 2)
-        throwFailed(function, call, "Unusable layout");
-    return made;
-}
-
 void VideoOutputDisplay::Impl::openScreen(const Size& size, std::uint32_t flags, const char* function) {
     if (screen)
         SDL_PumpEvents(); // into SDL's queue: a change of mode drops what waits at the X server
@@ -233,7 +185,7 @@ void VideoOutputDisplay::Impl::openScreen(const Size& size, std::uint32_t flags,
     requireWindowSize(function, size);
     screen = SDL_SetVideoMode(static_cast<int>(size.width), static_cast<int>(size.height), 0, flags);
     if (!screen)
-        throwFailed(function, setModeCall, SDL_GetError());
+        throwSdlFailure(function, setModeCall, SDL_GetError());
     pixels = screen->pixels;
 }
 
@@ -259,7 +211,7 @@ void VideoOutputDisplay::Impl::applyMode(const char* function) {
         placePicture(window, window);
         openScreen(window, windowFlags, function);
     }
-    showAgain();
+    overlay.showAgain(displayRect);
 }
 
 /// The window for frames of a size and the width that was last asked for.
@@ -302,10 +254,8 @@ void VideoOutputDisplay::Impl::setFrameSize(const Size& frames) {
     requireScreen(setFrameSizeName);
     if (!fullscreen)
         requireWindowSize(setFrameSizeName, windowFor(frames));
-    overlay = makeOverlay(frames, setFrameSizeName);
+    overlay = Overlay(frames, screen, setFrameSizeName);
     frame = frames;
-    locked = shown = false;
-    blank = true;
     updateWindow(setFrameSizeName);
     if (fullscreen)
         placeOnFullscreen();
@@ -330,36 +280,7 @@ void VideoOutputDisplay::Impl::placeOnFullscreen() {
 
 void VideoOutputDisplay::Impl::requireScreen(const char* function) const {
     if (!screen)
-        throwFailed(function, setModeCall, "No window");
-}
-
-void VideoOutputDisplay::Impl::blacken() {
-    for (int p = 0; p < 3; ++p)
-        std::memset(overlay->pixels[p], p == 0 ? 16 : 128,
-                    std::size_t{overlay->pitches[p]} * (p == 0 ? frame.height : frame.height / 2));
-    blank = false;
-}
-
-void VideoOutputDisplay::Impl::lockOverlay() {
-    if (locked)
-        return;
-    if (SDL_LockYUVOverlay(overlay.get()) != 0)
-        throwFailed(writeName, "SDL_LockYUVOverlay", SDL_GetError());
-    locked = true;
-}
-
-void VideoOutputDisplay::Impl::show() {
-    if (locked)
-        SDL_UnlockYUVOverlay(overlay.get());
-    locked = false;
-    SDL_DisplayYUVOverlay(overlay.get(), &displayRect);
-    shown = true;
-}
-
-/// A new or uncovered window is black, and the next frame may be far away.
-void VideoOutputDisplay::Impl::showAgain() {
-    if (shown)
-        show();
+        throwSdlFailure(function, setModeCall, "No window");
 }
 
 void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
@@ -369,9 +290,9 @@ void VideoOutputDisplay::Impl::handle(const SDL_Event& event) {
         setWindowWidth(static_cast<std::uint32_t>(std::max(1, event.resize.w)));
         placePicture(window, window);
         openScreen(window, windowFlags, pollName);
-        showAgain();
+        overlay.showAgain(displayRect);
     } else if (event.type == SDL_VIDEOEXPOSE) {
-        showAgain();
+        overlay.showAgain(displayRect);
     } else if (event.type == SDL_KEYDOWN) {
         switch (event.key.keysym.sym) {
         case SDLK_f:
@@ -440,7 +361,7 @@ void VideoOutputDisplay::setKeepAspect(bool on) {
     impl->keepAspect = on;
     if (impl->fullscreen && impl->screen) {
         impl->placeOnFullscreen();
-        impl->showAgain();
+        impl->overlay.showAgain(impl->displayRect);
     }
     operation.check();
 }
@@ -483,16 +404,9 @@ bool VideoOutputDisplay::write(const Image<>& image) {
         throwLogicError(writeName, "Frame does not fit the display.");
     impl->requireScreen(writeName);
 
-    impl->lockOverlay();
-    if (impl->blank) // a frame which does not cover everything must not have chance memory beside it
-        impl->blacken();
-    const auto plane = [&overlay = *impl->overlay](int p) {
-        return PlaneMemory{overlay.pixels[p], overlay.pitches[p]};
-    };
-    // YV12 keeps Cr before Cb.
-    Image target = wrapMemory(PF_YCC420P, image.width, image.height, {plane(0), plane(2), plane(1)});
+    Image target = impl->overlay.frame(image.width, image.height, writeName);
     convertIm(target, image);
-    impl->show();
+    impl->overlay.show(impl->displayRect);
     if (impl->stepMode)
         impl->paused = true;
     operation.check();
