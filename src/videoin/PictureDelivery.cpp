@@ -62,7 +62,7 @@ void PictureDelivery::deliver(Image<>& frame, const AVFrame& picture) {
                  {{picture.data[0], picture.linesize[0]},
                   {picture.data[1], picture.linesize[1]},
                   {picture.data[2], picture.linesize[2]}});
-    const bool directly = !anyFormat || canConvert(*own, frame.format) || !canConvert(PF_YCC444P, frame.format);
+    const bool directly = !anyFormat || canConvert(*own, frame.format);
     if (!directly)
         convertIm(between, wrapper);
     convertIm(frame, directly ? wrapper : between);

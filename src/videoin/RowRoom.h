@@ -13,7 +13,7 @@ class RowRoom {
 public:
     /// For pictures of a width. @throws std::bad_alloc
     void fit(std::size_t width) {
-        columns = width + 1; // chroma is rounded up to whole pairs
+        columns = width;
         if (memory.size() < bytes * columns)
             memory.resize(bytes * columns);
     }
