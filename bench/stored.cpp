@@ -3,7 +3,6 @@
 // stream that setAnyFormat() opened, beside libyuv, libswscale and memcpy of as many bytes. Arguments are those of
 // Google Benchmark, and --table=FILE.
 #include "Contest.h"
-#include "image/kernels/KernelLevels.h"
 #include "libav/Handles.h"
 #include "videoin/StoredPicture.h"
 
@@ -139,16 +138,9 @@ Contest contestOf(const Job& job, unsigned w, unsigned h) {
     const auto room = std::make_shared<Ko::RowRoom>();
     const Ko::StoredFormat format = *Ko::storedFormatOf(job.from, job.range);
     Contest contest{job.name + (", " + std::to_string(w) + "x" + std::to_string(h)), double(w) * h, {}};
-    constexpr std::pair<const char*, Ko::KernelLevel> levels[] = {{"portable", Ko::KernelLevel::portable},
-                                                                  {"SSE4.1", Ko::KernelLevel::sse4},
-                                                                  {"AVX2", Ko::KernelLevel::avx2},
-                                                                  {"AVX-512", Ko::KernelLevel::avx512}};
-    for (const auto& [name, level] : levels)
-        if (Ko::kernelsOf(level))
-            contest.contenders.push_back({name, Side::ours, [=, forced = level] {
-                                              Ko::useKernels(forced);
-                                              Ko::convertStored(*to, *from->frame, format, *room);
-                                          }});
+    contest.contenders.push_back({"Kovanta", Side::ours, [=] {
+                                      Ko::convertStored(*to, *from->frame, format, *room);
+                                  }});
 #ifdef BENCH_LIBYUV
     if (job.libyuv)
         contest.contenders.push_back({"libyuv", Side::peer, [=, run = job.libyuv] {

@@ -70,8 +70,11 @@ def summary(results, size):
         yield f"| {name} | " + " | ".join(cells) + " |"
 
 
-def jobs(results, programs):
+def jobs(results, programs, scale=1):
     """Ours beside the others, one line a contest; a bound counts where there is no peer."""
+    def figure(rate):
+        return f"{rate / scale:.4g}" if rate < 1e4 * scale else f"{rate / scale:.0f}"
+
     yield "| job | ours | others | ours over the first of them |"
     yield "|---|---|---|---|"
     for program in programs:
@@ -79,8 +82,8 @@ def jobs(results, programs):
             ours = [rate for _, side, rate in rows if side == "ours"]
             others = [(name, rate) for name, side, rate in rows if side != "ours"]
             if ours and others:
-                listed = ", ".join(f"{name} {rate:.4g}" for name, rate in others)
-                yield f"| {contest} | {ours[0]:.4g} | {listed} | {ours[0] / others[0][1]:.2f} |"
+                listed = ", ".join(f"{name} {figure(rate)}" for name, rate in others)
+                yield f"| {contest} | {figure(ours[0])} | {listed} | {ours[0] / others[0][1]:.2f} |"
 
 
 def growth(path):
@@ -115,6 +118,7 @@ def main():
             "1920x1080": conversions(results, "1920x1080"),
             "3840x2160": conversions(results, "3840x2160"),
             "video": jobs(results, ["road", "videoread"]),
+            "stored": jobs(results, ["stored"], 1e6),
             "startup": jobs(results, ["startup"]),
             "growth": growth(growth_file),
         },

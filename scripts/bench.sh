@@ -30,7 +30,7 @@ run() { # PROGRAM LEVEL ARGUMENT...
 for level in AVX-512 AVX-VNNI AVX2 SSE4.1 portable; do
   run conversions "$level" --level="$level" "$@"
 done
-for program in stills text videoread road startup; do
+for program in stills text videoread stored road startup; do
   run "$program" "" "$@"
 done
 run road "" --size=3840x2160 "$@"
