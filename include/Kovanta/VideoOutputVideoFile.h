@@ -99,25 +99,27 @@ public:
     /// Containers that cannot hold it leave it out. {0, 1}, as at the start, is unknown: players take it for square.
     VideoOutputVideoFile& setPixelAspect(Frac<unsigned int> aspect);
     /// Says what the samples are, from the next open() on, so that players need not guess: what made them of RGB, and
-    /// which bytes they use. Only the file's tags change; frames are encoded as they are. CM_BT709 and CM_BT2020 also
-    /// tag the primaries and the transfer function of their standards; CM_BT601, which serves several systems, tags
-    /// the matrix alone (the others by setOption() under "color_primaries" and "color_trc"). Of what is unknown, as
-    /// both are at the start, the file says nothing, so what a VideoInputVideoFile tells can be passed on as it is.
-    /// Containers and encoders without place for a tag leave it out.
+    /// which bytes they use. Without setAnyFormat() only the file's tags change, and frames are encoded as they are.
+    /// CM_BT709 and CM_BT2020 also tag the primaries and the transfer function of their standards; CM_BT601, which
+    /// serves several systems, tags the matrix alone (the others by setOption() under "color_primaries" and
+    /// "color_trc"). Of what is unknown, as both are at the start, the file says nothing, so what a VideoInputVideoFile
+    /// tells can be passed on as it is. Containers and encoders without place for a tag leave it out.
     /// @throws std::logic_error "[VideoOutputVideoFile::setColor]: Unknown color matrix.", "...: Unknown color range."
     ///         for what is no ColorMatrix or ColorRange; nothing changes then
     VideoOutputVideoFile& setColor(ColorMatrix matrix, ColorRange range);
     /// Takes frames of more formats and sizes from the next open() on. Off until set.
     ///
     /// - Frames may have any format that convertIm() turns into PF_YCC444P: PF_RGB, PF_RGBA, PF_YUY2, PF_JFIF and
-    ///   PF_JFIF422P as well. RGB is converted by the matrix that setColor() names, else by BT.601.
-    /// - Odd sizes go to the encoder as 4:4:4 where it takes that (libx264, libx265, libvpx-vp9, ffv1, ...), so that
-    /// the
-    ///   last column and row keep their colours; not every player shows such files. Encoders of nothing but 4:2:0 that
+    ///   PF_JFIF422P as well.
+    /// - They are brought to what setColor() says of the file: RGB by its matrix (BT.601 without), PF_JFIF and
+    ///   PF_JFIF422P from BT.601, and all to full range with CR_FULL, to the nearest. Other Y'CbCr frames have that
+    ///   matrix already.
+    /// - Odd sizes go to the encoder as 4:4:4 where it takes that (libx264, libx265, libvpx-vp9, ffv1, ...): the last
+    ///   column and row keep their colours, but not every player shows such files. Encoders of nothing but 4:2:0 that
     ///   take odd sizes (mpeg4, mpeg2video, libvpx) get the neighbours' chroma there; the others still refuse.
-    /// - Encoders may be those that take 4:2:0 or 4:4:4 at all, not as their first choice, and those of full range
-    ///   (mjpeg): samples are brought to that, to the nearest. For other encoders open() throws std::logic_error
-    ///   "[VideoOutputVideoFile::openVideo]: The encoder takes neither 4:2:0 nor 4:4:4 of eight bits."
+    /// - Encoders may be those that list 4:2:0 or 4:4:4 anywhere, not only first, and Motion JPEG, whose files are full
+    ///   range and BT.601 whatever setColor() says. For other encoders open() throws std::logic_error
+    ///   "[VideoOutputVideoFile::openVideo]: The encoder lists neither 4:2:0 nor 4:4:4 of eight bits."
     VideoOutputVideoFile& setAnyFormat(bool on);
 
     /// Writes mp4, mov and their like in fragments from the next open() on, one at each key frame and at least one a

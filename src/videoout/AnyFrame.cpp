@@ -55,21 +55,39 @@ void toFullRange(const EncoderPicture& picture) {
     }
 }
 
+ColorMatrix knownMatrix(ColorMatrix matrix) {
+    return matrix == CM_UNKNOWN ? CM_BT601 : matrix;
+}
+
 } // namespace
+
+AnyFrame::AnyFrame(ColorMatrix frames, ColorTags pictures)
+    : frameMatrix(knownMatrix(frames))
+    , pictureMatrix(knownMatrix(pictures.matrix))
+    , fullRange(pictures.range == CR_FULL) {}
 
 void AnyFrame::convert(EncoderPicture& to, const Image<>& frame) {
     const bool odd = frame.width % 2 != 0 || frame.height % 2 != 0;
+    const bool unbound = frame.format == PF_RGB || frame.format == PF_RGBA || frame.format == PF_Y;
+    const bool jpeg = frame.format == PF_JFIF || frame.format == PF_JFIF422P;
+    const ColorMatrix made = unbound ? pictureMatrix : jpeg ? CM_BT601 : frameMatrix;
+    const bool another = made != pictureMatrix;
     const Image<>* source = &frame;
     // What owns its pixels gets those too that odd sizes leave unwritten in the picture.
-    if ((odd || !canConvert(frame.format, to.image.format)) && frame.format != PF_YCC444P &&
-        canConvert(frame.format, PF_YCC444P)) {
-        convertIm(between, frame, matrix);
+    if (frame.format != PF_YCC444P && canConvert(frame.format, PF_YCC444P) &&
+        (odd || another || !canConvert(frame.format, to.image.format))) {
+        convertIm(between, frame, pictureMatrix);
         source = &between;
     }
-    convertIm(to.image, *source, matrix);
+    if (another) {
+        convertIm(rgb, *source, made);
+        convertIm(between, rgb, pictureMatrix);
+        source = &between;
+    }
+    convertIm(to.image, *source);
     if (odd && to.image.format == PF_YCC420P)
         completeChroma(*to.frame);
-    if (to.fullRange)
+    if (fullRange)
         toFullRange(to);
 }
 

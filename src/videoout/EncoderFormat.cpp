@@ -5,7 +5,7 @@ namespace Ko {
 
 namespace {
 
-/// Ends with AV_PIX_FMT_NONE; null where the encoder takes any.
+/// Ends with AV_PIX_FMT_NONE; null where the encoder has no list.
 const AVPixelFormat* formatsOf(const AVCodec& codec) {
 #if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
     const void* formats = nullptr;
@@ -16,13 +16,11 @@ const AVPixelFormat* formatsOf(const AVCodec& codec) {
 #endif
 }
 
-bool takes(const AVCodec& codec, AVPixelFormat wanted) {
+bool lists(const AVCodec& codec, AVPixelFormat wanted) {
     const AVPixelFormat* format = formatsOf(codec);
-    if (!format)
-        return true;
-    while (*format != AV_PIX_FMT_NONE && *format != wanted)
+    while (format && *format != AV_PIX_FMT_NONE && *format != wanted)
         ++format;
-    return *format == wanted;
+    return format && *format == wanted;
 }
 
 AVPixelFormat firstFormat(const AVCodec& codec) {
@@ -31,7 +29,7 @@ AVPixelFormat firstFormat(const AVCodec& codec) {
 }
 
 constexpr EncoderFormat studio[] = {{AV_PIX_FMT_YUV420P, PF_YCC420P}, {AV_PIX_FMT_YUV444P, PF_YCC444P}};
-constexpr EncoderFormat full[] = {{AV_PIX_FMT_YUVJ420P, PF_YCC420P, true}, {AV_PIX_FMT_YUVJ444P, PF_YCC444P, true}};
+constexpr EncoderFormat jpeg[] = {{AV_PIX_FMT_YUVJ420P, PF_YCC420P, true}, {AV_PIX_FMT_YUVJ444P, PF_YCC444P, true}};
 
 } // namespace
 
@@ -44,12 +42,12 @@ std::optional<EncoderFormat> usualFormat(const AVCodec& codec) {
 std::optional<EncoderFormat> formatFor(const AVCodec& codec, unsigned int width, unsigned int height) {
     const AVPixelFormat first = firstFormat(codec);
     // Motion JPEG's studio-range formats are not what its readers expect.
-    const bool prefersFull =
+    const bool prefersJpeg =
         first == AV_PIX_FMT_YUVJ420P || first == AV_PIX_FMT_YUVJ422P || first == AV_PIX_FMT_YUVJ444P;
-    const EncoderFormat(&formats)[2] = prefersFull ? full : studio;
+    const EncoderFormat(&formats)[2] = prefersJpeg ? jpeg : studio;
     const bool odd = width % 2 != 0 || height % 2 != 0;
     for (const EncoderFormat& format : {formats[odd], formats[!odd]})
-        if (takes(codec, format.libav))
+        if (lists(codec, format.libav))
             return format;
     return std::nullopt;
 }

@@ -15,16 +15,16 @@ namespace Ko {
 /// What the pictures of an encoder are.
 struct EncoderFormat {
     AVPixelFormat libav;
-    PIXEL_FORMAT image;     ///< The same for ours.
-    bool fullRange = false; ///< Whether samples use all of 0..255 instead of studio range.
+    PIXEL_FORMAT image; ///< The same for ours.
+    bool jpeg = false;  ///< Whether it is JPEG's: full range and BT.601 for every reader.
 };
 
 /// Studio-range 4:2:0. @return nothing unless it is the pixel format that the encoder names first
 std::optional<EncoderFormat> usualFormat(const AVCodec& codec);
 
-/// The best that an encoder takes for a size: 4:2:0, which all players know, where both sides are even; else 4:4:4,
+/// The best that an encoder lists for a size: 4:2:0, which all players know, where both sides are even; else 4:4:4,
 /// where each pixel has its chroma, before 4:2:0.
-/// @return nothing where it takes neither
+/// @return nothing where it lists neither; one without a list would write what a container may have no code for
 std::optional<EncoderFormat> formatFor(const AVCodec& codec, unsigned int width, unsigned int height);
 
 } // namespace Ko

@@ -33,7 +33,6 @@ std::unique_ptr<EncoderPicture> makePicture(unsigned int width, unsigned int hei
     picture->image = wrapMemory(
         format.image, width, height,
         {{frame.data[0], frame.linesize[0]}, {frame.data[1], frame.linesize[1]}, {frame.data[2], frame.linesize[2]}});
-    picture->fullRange = format.fullRange;
     return picture;
 }
 

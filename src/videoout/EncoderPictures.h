@@ -15,7 +15,6 @@ namespace Ko {
 struct EncoderPicture {
     libav::FrameHandle frame;
     Image<> image{PF_YCC420P}; ///< Owns no pixels: its rows point into the frame's planes.
-    bool fullRange = false;    ///< What the encoder takes the samples for.
 };
 
 /// The pictures that go to an encoder, used again and again.

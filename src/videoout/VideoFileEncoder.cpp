@@ -120,11 +120,15 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
     codecContext->width = toInt(settings.width);
     codecContext->height = toInt(settings.height);
     format = settings.anyFormat ? formatFor(codec, settings.width, settings.height) : usualFormat(codec);
-    tagColor(*codecContext, settings.color);
-    if (format)
+    ColorTags color = settings.color;
+    if (format) {
         codecContext->pix_fmt = format->libav;
-    if (format && format->fullRange)
-        codecContext->color_range = AVCOL_RANGE_JPEG;
+        if (format->jpeg)
+            color = {color.matrix == CM_UNKNOWN ? CM_UNKNOWN : CM_BT601, CR_FULL};
+    }
+    tagColor(*codecContext, color);
+    if (settings.anyFormat)
+        anyFrame.emplace(settings.color.matrix, color);
     stream->time_base = codecContext->time_base;
     stream->avg_frame_rate = codecContext->framerate;
     const Frac<unsigned int> aspect = settings.pixelAspect;
@@ -135,10 +139,8 @@ void VideoFileEncoder::addVideoStream(const Settings& settings, const AVCodec& c
 
 void VideoFileEncoder::openVideo(const Settings& settings, const AVCodec& codec) {
     if (!format)
-        throwLogicError(openingVideo, settings.anyFormat ? "The encoder takes neither 4:2:0 nor 4:4:4 of eight bits."
+        throwLogicError(openingVideo, settings.anyFormat ? "The encoder lists neither 4:2:0 nor 4:4:4 of eight bits."
                                                          : "Can only convert to 4:2:0 Planar YUV.");
-    if (settings.anyFormat)
-        anyFrame.emplace(settings.color.matrix);
     // libx265 prints past libav's log. The other encoders do not know the option.
     if (codec.priv_class && av_log_get_level() == AV_LOG_QUIET)
         av_opt_set(codecContext->priv_data, "x265-params", "log-level=none", 0);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/ConvertIm.h"
+#include "Kovanta/VideoInput.h"
 #include "Kovanta/VideoOutput.h"
 #include "support/Rows.h"
 #include "support/TempDirectory.h"
@@ -54,12 +55,16 @@ TEST_P(Frames, ReachALosslessEncoderAsConvertImWouldBringThem) {
     sink.write(frame);
     sink.close();
 
-    Ko::Image full(Ko::PF_YCC444P), halved(Ko::PF_YCC420P);
+    Ko::Image full(Ko::PF_YCC444P), halved(Ko::PF_YCC420P), rgb(Ko::PF_RGB);
     Ko::convertIm(full, frame, Ko::CM_BT709);
+    if (format == Ko::PF_JFIF || format == Ko::PF_JFIF422P) { // are BT.601
+        Ko::convertIm(rgb, full);
+        Ko::convertIm(full, rgb, Ko::CM_BT709);
+    }
     Ko::convertIm(halved, full);
     const bool odd = width % 2 != 0;
     EXPECT_EQ(test::probe(file, "stream=pix_fmt"), odd ? "yuv444p" : "yuv420p");
-    EXPECT_EQ(test::rawPictures(file, odd ? "yuv444p" : "yuv420p"), bytesOf(odd ? full : halved));
+    EXPECT_TRUE(test::rawPictures(file, odd ? "yuv444p" : "yuv420p") == bytesOf(odd ? full : halved));
 }
 
 struct Encoder : test::Row {
@@ -78,13 +83,19 @@ constexpr Encoder encoders[] = {
     {{"MotionJpeg"}, "mjpeg", "avi", 64, 48, "yuvj420p"},
     {{"MotionJpegOdd"}, "mjpeg", "avi", 65, 49, "yuvj444p"},
     {{"NotItsFirst"}, "utvideo", "avi", 64, 48, "yuv420p"},
+    {{"NoList"},
+     "rawvideo",
+     "avi",
+     65,
+     49,
+     "[VideoOutputVideoFile::openVideo]: The encoder lists neither 4:2:0 nor 4:4:4 of eight bits."},
     {{"EvenOnly"}, "wmv2", "avi", 65, 49, "[VideoOutputVideoFile::openVideo]: avcodec_open failed."},
     {{"Neither"},
      "prores_ks",
      "mov",
      64,
      48,
-     "[VideoOutputVideoFile::openVideo]: The encoder takes neither 4:2:0 nor 4:4:4 of eight bits."},
+     "[VideoOutputVideoFile::openVideo]: The encoder lists neither 4:2:0 nor 4:4:4 of eight bits."},
 };
 class Encoders : public testing::TestWithParam<Encoder> {};
 INSTANTIATE_TEST_SUITE_P(Every, Encoders, testing::ValuesIn(encoders), test::rowName);
@@ -117,6 +128,52 @@ TEST_P(Encoders, KeepTheColorUpToTheLastPixel) {
     ASSERT_EQ(pictures.size(), 3 * 3 * plane);
     for (std::size_t i = 0; i < pictures.size(); ++i)
         ASSERT_LE(std::abs(static_cast<unsigned char>(pictures[i]) - color[i / plane % 3]), 4) << i << " of " << plane;
+}
+
+struct Colored : test::Row {
+    const char* encoder;
+    const char* extension;
+    Ko::ColorMatrix matrix;
+    Ko::ColorRange range;
+    Ko::PIXEL_FORMAT frames;
+};
+constexpr Colored colored[] = {
+    {{"RgbToJpeg"}, "mjpeg", "avi", Ko::CM_BT709, Ko::CR_STUDIO, Ko::PF_RGB},
+    {{"HdToJpeg"}, "mjpeg", "mkv", Ko::CM_BT709, Ko::CR_STUDIO, Ko::PF_YCC420P},
+    {{"JpegToHd"}, "libx264", "mp4", Ko::CM_BT709, Ko::CR_STUDIO, Ko::PF_JFIF},
+    {{"RgbToFullRange"}, "libx264", "mp4", Ko::CM_BT2020, Ko::CR_FULL, Ko::PF_RGB},
+    {{"HdToFullRange"}, "ffv1", "mkv", Ko::CM_BT709, Ko::CR_FULL, Ko::PF_YCC444P},
+};
+class Colors : public testing::TestWithParam<Colored> {};
+INSTANTIATE_TEST_SUITE_P(Every, Colors, testing::ValuesIn(colored), test::rowName);
+
+TEST_P(Colors, AreThoseOfTheFramesForWhoReadsTheFile) {
+    const Colored& c = GetParam();
+    const test::TempDirectory directory;
+    const std::string file = directory / (std::string("video.") + c.extension);
+    constexpr unsigned char color[] = {200, 30, 40};
+    Ko::Image rgb(Ko::PF_RGB), full(Ko::PF_YCC444P), frame(c.frames);
+    rgb.size(64, 48);
+    for (unsigned y = 0; y < 48; ++y)
+        for (unsigned i = 0; i < 3 * 64; ++i)
+            rgb.plane[0].row(y)[i] = color[i % 3];
+    Ko::convertIm(full, rgb, c.frames == Ko::PF_JFIF ? Ko::CM_BT601 : c.matrix);
+    Ko::convertIm(frame, c.frames == Ko::PF_RGB ? rgb : full);
+    Ko::VideoOutputVideoFile sink;
+    sink.setThrowOnFailure(true).setEncoder(c.encoder).setAnyFormat(true).setColor(c.matrix, c.range);
+    sink.open(64, 48, file, {25, 1}, 4000000);
+    sink.write(frame);
+    sink.close();
+
+    Ko::VideoInputVideoFile source;
+    source.setAnyFormat(true).open(file);
+    ASSERT_TRUE(source.read(full));
+    Ko::convertIm(rgb, full, source.getColorMatrix());
+    for (unsigned i = 0; i < 3; ++i)
+        EXPECT_NEAR(rgb.plane[0].row(20)[3 * 30 + i], color[i], 5) << i;
+    const bool jpeg = std::string(c.encoder) == "mjpeg";
+    EXPECT_EQ(source.getColorMatrix(), jpeg ? Ko::CM_BT601 : c.matrix);
+    EXPECT_EQ(source.getColorRange(), jpeg ? Ko::CR_FULL : c.range);
 }
 
 TEST(AnyFormat, WhatConvertImDoesNotKnowEndsTheWriterByName) {
