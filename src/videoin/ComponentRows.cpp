@@ -4,8 +4,10 @@
 #include "image/RowKernels.h"
 #include "util/Errors.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -19,6 +21,13 @@ using Byte = unsigned char;
 
 constexpr bool isGroup(int step) {
     return step == 1 || step == 2 || step == 4;
+}
+
+/// Whether the bits of another component begin above those of this one, in the same word.
+bool sharesWords(const StoredFormat& format, const StoredComponent& place) {
+    return std::any_of(std::begin(format.component), std::end(format.component), [&](const StoredComponent& other) {
+        return other.plane == place.plane && other.offset == place.offset + 1;
+    });
 }
 
 } // namespace
@@ -48,7 +57,7 @@ ComponentRows::ComponentRows(const StoredFormat& format, int component, const AV
         layout = Layout::bytes;
     const bool aligned = place.offset % 2 == 0 && place.step % 2 == 0 && isGroup(place.step / 2);
     // What lies at the upper end of its words rounds as words of 16 bits do.
-    const bool atAnEnd = place.shift == 0 || place.shift + depth == 16;
+    const bool atAnEnd = (place.shift == 0 && !sharesWords(format, place)) || place.shift + depth == 16;
     if (depth > 8 && !bigEndian && aligned && (!rounds || atAnEnd))
         layout = Layout::words;
 }
@@ -121,7 +130,7 @@ bool ComponentRows::joins(std::size_t n) const {
 
 bool ComponentRows::isBeside(const ComponentRows& other) const {
     return layout != Layout::other && layout == other.layout && place.plane == other.place.plane &&
-           place.step == other.place.step && itemStep() > 1 &&
+           place.step == other.place.step && place.shift == other.place.shift && itemStep() > 1 &&
            std::abs(itemOffset() - other.itemOffset()) == itemStep() / 2;
 }
 
