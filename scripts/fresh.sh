@@ -50,9 +50,10 @@ bare() {
   mount --rbind /dev "$root/dev"
   mount --make-rslave "$root/dev"
   cp /etc/resolv.conf "$root/etc/"
-  # How this machine reaches its mirror (proxies, time limits) holds for the root as well.
+  # How this machine reaches its mirror (proxies, time limits) holds for the root as well; what packages brought comes
+  # there with these.
   for file in /etc/apt/apt.conf.d/*; do
-    ! grep -qiE '^ *acquire::' "$file" || cp "$file" "$root/etc/apt/apt.conf.d/"
+    ! grep -qiE '^ *acquire::' "$file" || dpkg-query -S "$file" >/dev/null 2>&1 || cp "$file" "$root/etc/apt/apt.conf.d/"
   done
 }
 # inside ROOT COMMAND...

@@ -122,7 +122,7 @@ TEST(CaptureExample, ListsWhatItDoesNotReadAndLeavesASilentCamera) {
         camera::Node producer(9);
         producer.setFormat(fourcc, 320, 240, V4L2_BUF_TYPE_VIDEO_OUTPUT);
         camera::Frame frame{fourcc, 320, 240, 640};
-        frame.bytes.resize(640 * 240);
+        frame.bytes = std::vector<unsigned char>(640 * 240);
         if (fourcc == V4L2_PIX_FMT_MJPEG) {
             Ko::Image image(Ko::PF_YCC444P);
             image.size(320, 240);

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-2-Clause
-# Every header compiles alone, without a warning: the public ones as C++17 and C++20, all of them together as C++23, without
-# any codec's headers; those of src with the include directories given as the rest of the arguments.
+# Every header compiles alone, without a warning: the public ones as C++17, 20 and 23, without any codec's headers; those of
+# src with the include directories given as the rest of the arguments.
 set -euo pipefail
 source_dir=$1 compiler=$4
 shift 4
@@ -9,9 +9,9 @@ shift 4
 list=$(mktemp)
 trap 'rm -f "$list"' EXIT
 for header in "$source_dir"/include/Kovanta/*.h; do
-  printf '%s\0' "-std=c++17 -I$source_dir/include" "Kovanta/${header##*/}" \
-    "-std=c++20 -I$source_dir/include" "Kovanta/${header##*/}" >>"$list"
-  [ "${header##*/}" != Kovanta.h ] || printf '%s\0' "-std=c++2b -I$source_dir/include" Kovanta/Kovanta.h >>"$list"
+  for standard in c++17 c++20 c++2b; do
+    printf '%s\0' "-std=$standard -I$source_dir/include" "Kovanta/${header##*/}" >>"$list"
+  done
 done
 (cd "$source_dir/src" && find . -name '*.h' -printf '%P\n') | sort | while read -r header; do
   # Compiled alone, what it defines for its includer stands unused.

@@ -22,8 +22,8 @@ namespace {
 TEST(Color, BarsOfHighDefinitionComeOutAsTheyAre) {
     const test::TempDirectory directory;
     const std::string file = directory / "bars.mkv";
-    ASSERT_EQ(std::system(("ffmpeg -nostdin -v error -f lavfi -i smptehdbars=s=1280x720:d=0.2 -colorspace bt709 "
-                           "-c:v libx264 -qp 0 -pix_fmt yuv420p " +
+    ASSERT_EQ(std::system(("ffmpeg -nostdin -v error -f lavfi -i smptehdbars=s=1280x720:d=0.2 "
+                           "-vf setparams=colorspace=bt709 -c:v libx264 -qp 0 -pix_fmt yuv420p " +
                            file)
                               .c_str()),
               0);

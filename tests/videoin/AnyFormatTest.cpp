@@ -211,7 +211,7 @@ const Stream streams[] = {
     {{"Vp9Profile2"}, "a.webm", "libvpx-vp9 -pix_fmt yuv420p12le", "yuv420p12le", studio},
     {{"ArchiveRgb"}, "a.mkv", "ffv1 -pix_fmt bgr0", "bgr0", full, Ko::CM_BT601},
     {{"ArchiveGrey"}, "a.mkv", "ffv1 -pix_fmt gray", "gray", full},
-    {{"Microscope"}, "a.mkv", "ffv1 -pix_fmt gray12le -color_range tv", "gray12le", studio},
+    {{"Microscope"}, "a.mkv", "ffv1 -vf format=gray12le,setparams=range=tv -color_range tv", "gray12le", studio},
     {{"Png"}, "a.mov", "png -pix_fmt rgba", "rgba", full, Ko::CM_BT601},
     {{"Png16"}, "a.mov", "png -pix_fmt rgb48be", "rgb48be", full, Ko::CM_BT601},
     {{"Gif"}, "a.gif", "gif", "bgra", full, Ko::CM_BT601},
@@ -252,7 +252,7 @@ TEST_P(Streams, AreReadExactlyIntoEveryFormat) {
     EXPECT_EQ(in.getColorRange(), stream.range);
     EXPECT_EQ(in.getColorMatrix(), stream.matrix);
 
-    std::string raw = test::outputOf("ffmpeg -nostdin -v error -i '" + file + "' -vsync passthrough -f rawvideo -");
+    std::string raw = test::outputOf("ffmpeg -nostdin -v error -i '" + file + "' -fps_mode passthrough -f rawvideo -");
     const Ko::libav::FrameHandle picture(av_frame_alloc());
     picture->format = av_get_pix_fmt(stream.pixelFormat);
     picture->width = static_cast<int>(in.getWidth());
