@@ -54,6 +54,24 @@ def conversions(results, size):
         yield "| " + " | ".join(cells) + " |"
 
 
+def scaling(results):
+    """Contests whose sizes are two."""
+    levels = [level for level in LEVELS if ("conversions", level) in results]
+    columns = ["scaled copy", "best peer", "Mpixel/s"] + levels
+    yield "| " + " | ".join(columns) + " |"
+    yield "|---" * len(columns) + "|"
+    for contest, rows in results["conversions", levels[0]].items():
+        if " to " not in contest.rpartition(", ")[2]:
+            continue
+        best, peer = best_peer(rows)
+        cells = [contest, peer, f"{best / 1e6:.0f}"]
+        for level in levels:
+            same = results["conversions", level].get(contest, [])
+            ours = next((rate for who, _, rate in same if who == level), 0)
+            cells.append(cell(ours, best_peer(same)[0]))
+        yield "| " + " | ".join(cells) + " |"
+
+
 def summary(results, size):
     """What a newcomer looks for first."""
     levels = [level for level in ("AVX-512", "AVX2", "SSE4.1") if ("conversions", level) in results]
@@ -117,6 +135,7 @@ def main():
             "640x480": conversions(results, "640x480"),
             "1920x1080": conversions(results, "1920x1080"),
             "3840x2160": conversions(results, "3840x2160"),
+            "scaling": scaling(results),
             "video": jobs(results, ["road", "videoread"]),
             "stored": jobs(results, ["stored"], 1e6),
             "startup": jobs(results, ["startup"]),

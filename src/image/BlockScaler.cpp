@@ -2,11 +2,12 @@
 #include "image/PlaneScaler.h"
 #include "image/ResizeAxis.h"
 #include "image/ResizeKernels.h"
-#include "image/Transpose.h"
+#include "image/TransposeBlock.h"
 #include "image/TransposeLanes.h"
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 #include <vector>
 
 namespace Ko {
@@ -27,23 +28,54 @@ KernelTaps kernelTaps(const Taps& taps) {
             static_cast<std::uint32_t>(taps.innerWeight), static_cast<std::uint32_t>(taps.lastWeight)};
 }
 
-/// For sums of at most 255 times the total, less than 2^23.
-KernelDivisor divisorFor(std::uint64_t total) {
-    std::uint32_t bits = 32;
-    while (std::uint64_t{1} << bits < 256 * total * total)
-        ++bits;
-    const std::uint64_t factor = ((std::uint64_t{1} << bits) + total - 1) / total;
-    return {static_cast<std::uint32_t>(total / 2), static_cast<std::uint32_t>(factor), bits - 32};
+/// The division of sums of bytes that weigh @p total together, with a factor of so many bits.
+/// @return a factor of 0 where none is exact
+KernelDivisor divisorFor(std::uint64_t total, unsigned int bits) {
+    for (std::uint32_t shift = 0; shift <= bits; ++shift) {
+        const std::uint64_t scale = std::uint64_t{1} << (bits + shift);
+        const std::uint64_t factor = (scale + total - 1) / total;
+        if (factor >> bits != 0)
+            break;
+        // By what the factor is too large, times what a sum can be, must not make a whole.
+        if ((factor * total - scale) * 256 * total < scale)
+            return {static_cast<std::uint32_t>(total / 2), static_cast<std::uint32_t>(factor), shift};
+    }
+    return {};
 }
 
-template <class Sum>
+/// The numbers that the sums of rows are kept in, and the kernels that use them.
+struct InWords {
+    using Sum = std::uint16_t;
+    static constexpr auto weighRows = &ResizeKernels::weighRowsToWords;
+    static constexpr auto weighColumns = &ResizeKernels::weighColumnsInWords;
+    static std::uint32_t leftOut(std::uint64_t) { return 0; }
+};
+/// As signed words, without the middle of what bytes can be.
+struct OfWords {
+    using Sum = std::uint16_t;
+    static constexpr auto weighRows = &ResizeKernels::weighRowsToWords;
+    static constexpr auto weighColumns = &ResizeKernels::weighColumnsOfWords;
+    static std::uint32_t leftOut(std::uint64_t total) { return static_cast<std::uint32_t>(128 * total); }
+};
+struct OfDwords {
+    using Sum = std::uint32_t;
+    static constexpr auto weighRows = &ResizeKernels::weighRows;
+    static constexpr auto weighColumns = &ResizeKernels::weighColumns;
+    static std::uint32_t leftOut(std::uint64_t) { return 0; }
+};
+
+template <class Numbers>
 class BlockScaler {
+    using Sum = typename Numbers::Sum;
+
 public:
-    explicit BlockScaler(const ScaleSizes& s)
+    BlockScaler(const ScaleSizes& s, const KernelDivisor& d)
         : sizes(s)
         , rows(s.fromHeight, s.toHeight)
         , columns(s.fromWidth, s.toWidth)
-        , divisor(divisorFor(rows.total() * columns.total())) {
+        , divisor(d)
+        , leftOut(static_cast<Sum>(0 - Numbers::leftOut(rows.total()))) {
+        divisor.offset += Numbers::leftOut(rows.total() * columns.total());
         columnTaps.reserve(s.toWidth);
         for (std::uint32_t x = 0; x < s.toWidth; ++x) {
             columnTaps.push_back(kernelTaps(columns.taps(x)));
@@ -80,17 +112,14 @@ private:
         const std::size_t width = (endOf(columnTaps[after - 1]) - begin) * sizes.units;
         for (std::uint32_t i = 0; i < height; ++i) {
             const Byte* const* const first = from.row + rowTaps[i].first;
-            if constexpr (sizeof(Sum) == 2)
-                kernels.weighRowsToWords(&sums[i * pitch], first, rowTaps[i], begin * sizes.units, width);
-            else
-                kernels.weighRows(&sums[i * pitch], first, rowTaps[i], begin * sizes.units, width);
+            (kernels.*Numbers::weighRows)(&sums[i * pitch], first, rowTaps[i], leftOut, begin * sizes.units, width);
         }
         transposeLanes(turned.data(), sums.data(), width, pitch);
         const std::size_t n = after - x;
-        if constexpr (sizeof(Sum) == 2)
-            kernels.weighColumnsOfWords(samples.data(), turned.data(), &columnTaps[x], begin, n, sizes.units, divisor);
-        else
-            kernels.weighColumns(samples.data(), turned.data(), &columnTaps[x], begin, n, sizes.units, divisor);
+        // Signed or not, words are words.
+        using Turned = std::conditional_t<std::is_same_v<Numbers, OfWords>, std::int16_t, Sum>;
+        (kernels.*Numbers::weighColumns)(samples.data(), reinterpret_cast<const Turned*>(turned.data()), &columnTaps[x],
+                                         begin, n, sizes.units, divisor);
         for (std::size_t c = 0; c < n * sizes.units; c += lanes)
             storeSquare(to, x * sizes.units + c, y, std::min(lanes, n * sizes.units - c), height, &samples[c * lanes]);
         return after;
@@ -99,22 +128,22 @@ private:
     /// What there is of 16 columns of samples goes to 16 rows.
     static void storeSquare(const TargetRows& to, std::size_t x, std::uint32_t y, std::size_t width,
                             std::uint32_t height, const Byte* columns) {
-        Byte spare[lanes][lanes];
-        Byte* target[lanes];
-        const Byte* source[lanes];
-        for (std::uint32_t i = 0; i < lanes; ++i) {
-            target[i] = width == lanes && i < height ? to[y + i] + x : spare[i];
-            source[i] = columns + i * lanes;
-        }
-        transposeBlock(target, source);
-        for (std::uint32_t i = 0; width < lanes && i < height; ++i)
-            std::memcpy(to[y + i] + x, spare[i], width);
+        const auto column = [=](std::size_t i) {
+            return columns + i * lanes;
+        };
+        if (width == lanes && height == lanes)
+            return transposeBlock(column, [&](std::size_t i) { return to[y + i] + x; });
+        Byte square[lanes][lanes];
+        transposeBlock(column, [&](std::size_t i) { return square[i]; });
+        for (std::uint32_t i = 0; i < height; ++i)
+            std::memcpy(to[y + i] + x, square[i], width);
     }
 
     ScaleSizes sizes;
     ResizeAxis rows;
     ResizeAxis columns;
     KernelDivisor divisor;
+    Sum leftOut;
     std::uint32_t span = usualSpan;
     std::size_t pitch = 0;
     std::vector<KernelTaps> columnTaps;
@@ -132,9 +161,16 @@ PlaneScaler makeBlockScaler(const ScaleSizes& sizes) {
     if (rows.total() >= mostTotal || columns.total() >= mostTotal || rows.total() * columns.total() >= mostTotal ||
         sizes.fromWidth / sizes.toWidth > mostTaps - 2)
         return nullptr;
-    if (255 * rows.total() <= UINT16_MAX)
-        return BlockScaler<std::uint16_t>(sizes);
-    return BlockScaler<std::uint32_t>(sizes);
+    const std::uint64_t total = rows.total() * columns.total();
+    const KernelDivisor inWords = total <= 256 ? divisorFor(total, 16) : KernelDivisor{};
+    if (inWords.factor != 0)
+        return BlockScaler<InWords>(sizes, inWords);
+    const KernelDivisor inDwords = divisorFor(total, 32);
+    if (inDwords.factor == 0)
+        return nullptr;
+    if (rows.total() <= 255 && columns.total() <= INT16_MAX)
+        return BlockScaler<OfWords>(sizes, inDwords);
+    return BlockScaler<OfDwords>(sizes, inDwords);
 }
 
 } // namespace Ko

@@ -16,9 +16,10 @@ struct KernelTaps {
     std::uint32_t lastWeight;
 };
 
-/// A division by the sum of all weights, rounded: (sum + half) * factor >> (32 + shift), exact for sums of bytes.
+/// How a sum becomes a sample: (sum + offset) * factor >> (word + shift), where a word has 16 bits for sums of words
+/// and else 32. Exact for what sums of bytes can be.
 struct KernelDivisor {
-    std::uint32_t half;
+    std::uint32_t offset; ///< Half of the divisor, and what the sums of rows left out.
     std::uint32_t factor;
     std::uint32_t shift;
 };
@@ -42,12 +43,11 @@ struct ResizeKernels {
     void (*splitQuads)(Byte* const* dst, const Byte* src, std::size_t n);
     void (*joinQuads)(Byte* dst, const Byte* const* src, std::size_t n);
 
-    // For any ratio. Rows first, whose sums are words where they fit; then columns, of 16 rows at once, whose 16 sums
-    // follow one another.
+    // For any ratio. Rows first, then columns, of 16 rows at once, whose 16 sums follow one another.
     static constexpr std::size_t lanes = 16;
-    /// Sums of the rows that the taps count, from column @p begin on, n of them.
+    /// Sums of the rows that the taps count, from column @p begin on, n of them, each with an offset.
     template <class Sum>
-    using WeighRows = void(Sum* sums, const Byte* const* rows, const KernelTaps& taps, std::size_t begin,
+    using WeighRows = void(Sum* sums, const Byte* const* rows, const KernelTaps& taps, Sum offset, std::size_t begin,
                            std::size_t n);
     WeighRows<std::uint16_t>* weighRowsToWords;
     WeighRows<std::uint32_t>* weighRows;
@@ -55,7 +55,8 @@ struct ResizeKernels {
     template <class Sum>
     using WeighColumns = void(Byte* dst, const Sum* sums, const KernelTaps* taps, std::size_t begin, std::size_t n,
                               std::size_t units, const KernelDivisor& divisor);
-    WeighColumns<std::uint16_t>* weighColumnsOfWords;
+    WeighColumns<std::uint16_t>* weighColumnsInWords; ///< All sums are words.
+    WeighColumns<std::int16_t>* weighColumnsOfWords;  ///< Those of the rows are, and the weights.
     WeighColumns<std::uint32_t>* weighColumns;
 };
 

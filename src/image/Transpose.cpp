@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "image/Transpose.h"
 
-#include <cstring>
+#include "image/TransposeBlock.h"
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
+#include <cstring>
 
 namespace Ko {
 
@@ -47,14 +45,13 @@ private:
     unsigned char* targetRow(std::size_t column) const { return to[flipped ? height - 1 - column : column]; }
 
     void moveBlock(std::size_t row, std::size_t column) const {
-        const unsigned char* sources[block];
-        unsigned char* targets[block];
         const std::size_t x = mirrored ? width - block - row : row;
-        for (std::size_t i = 0; i < block; ++i) {
-            sources[i] = from[mirrored ? row + block - 1 - i : row + i] + column;
-            targets[i] = targetRow(column + i) + x;
-        }
-        transposeBlock(targets, sources);
+        const unsigned char* const* const firstSource = from.row + (mirrored ? row + block - 1 : row);
+        unsigned char* const* const firstTarget = to.row + (flipped ? height - 1 - column : column);
+        const std::ptrdiff_t down = mirrored ? -1 : 1;
+        const std::ptrdiff_t on = flipped ? -1 : 1;
+        transposeBlock([=](std::size_t i) { return firstSource[static_cast<std::ptrdiff_t>(i) * down] + column; },
+                       [=](std::size_t i) { return firstTarget[static_cast<std::ptrdiff_t>(i) * on] + x; });
     }
 
     /// Of the source, rows and columns.
@@ -75,32 +72,6 @@ private:
 };
 
 } // namespace
-
-void transposeBlock(unsigned char* const* to, const unsigned char* const* from) {
-#ifdef __SSE2__
-    // Four rounds of interleaving row i with row i + 8 bring each byte to its place.
-    __m128i rows[block];
-    __m128i next[block];
-    for (std::size_t i = 0; i < block; ++i)
-        rows[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from[i]));
-    for (int round = 0; round < 2; ++round) {
-        for (std::size_t i = 0; i < block / 2; ++i) {
-            next[2 * i] = _mm_unpacklo_epi8(rows[i], rows[i + block / 2]);
-            next[2 * i + 1] = _mm_unpackhi_epi8(rows[i], rows[i + block / 2]);
-        }
-        for (std::size_t i = 0; i < block / 2; ++i) {
-            rows[2 * i] = _mm_unpacklo_epi8(next[i], next[i + block / 2]);
-            rows[2 * i + 1] = _mm_unpackhi_epi8(next[i], next[i + block / 2]);
-        }
-    }
-    for (std::size_t i = 0; i < block; ++i)
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to[i]), rows[i]);
-#else
-    for (std::size_t j = 0; j < block; ++j)
-        for (std::size_t i = 0; i < block; ++i)
-            to[j][i] = from[i][j];
-#endif
-}
 
 void transposeUnits(const PlaneRows<unsigned char*>& to, const PlaneRows<const unsigned char*>& from, std::size_t w,
                     std::size_t h, std::size_t bytes, bool mirrors, bool flips) {

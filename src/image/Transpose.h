@@ -14,10 +14,6 @@ namespace Ko {
 void transposeUnits(const PlaneRows<unsigned char*>& to, const PlaneRows<const unsigned char*>& from, std::size_t w,
                     std::size_t h, std::size_t bytes, bool mirrors, bool flips);
 
-constexpr std::size_t transposedAtOnce = 16;
-/// A block of 16 x 16 bytes: column j of the 16 source rows becomes target row j.
-void transposeBlock(unsigned char* const* to, const unsigned char* const* from);
-
 } // namespace Ko
 
 #endif

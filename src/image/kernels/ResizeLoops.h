@@ -81,62 +81,60 @@ void plainJoin(Byte* __restrict dst, const Byte* const* src, std::size_t n) {
 }
 
 template <class Sum>
-void weighRowsTo(Sum* __restrict sums, const Byte* const* rows, const KernelTaps& taps, std::size_t begin,
+void weighRowsTo(Sum* __restrict sums, const Byte* const* rows, const KernelTaps& taps, Sum offset, std::size_t begin,
                  std::size_t n) {
-    const Sum weights[] = {static_cast<Sum>(taps.firstWeight), static_cast<Sum>(taps.innerWeight),
-                           static_cast<Sum>(taps.lastWeight)};
-    const Byte* __restrict first = rows[0] + begin;
-    const Byte* __restrict last = rows[taps.count - 1] + begin;
-    const auto weighed = [](Byte sample, Sum weight) {
-        return static_cast<Sum>(sample * weight);
-    };
+    const auto firstWeight = static_cast<Sum>(taps.firstWeight);
+    const auto innerWeight = static_cast<Sum>(taps.innerWeight);
+    const auto lastWeight = static_cast<Sum>(taps.lastWeight);
+    const Byte* __restrict const first = rows[0] + begin;
+    const Byte* __restrict const last = rows[taps.count - 1] + begin;
     if (taps.count == 1) {
         for (std::size_t i = 0; i < n; ++i)
-            sums[i] = weighed(first[i], weights[0]);
+            sums[i] = static_cast<Sum>(offset + first[i] * firstWeight);
         return;
     }
     if (taps.count == 3) {
-        const Byte* __restrict inner = rows[1] + begin;
+        const Byte* __restrict const inner = rows[1] + begin;
         for (std::size_t i = 0; i < n; ++i)
-            sums[i] = static_cast<Sum>(weighed(first[i], weights[0]) + weighed(inner[i], weights[1]) +
-                                       weighed(last[i], weights[2]));
+            sums[i] = static_cast<Sum>(offset + first[i] * firstWeight + inner[i] * innerWeight + last[i] * lastWeight);
         return;
     }
     for (std::size_t i = 0; i < n; ++i)
-        sums[i] = static_cast<Sum>(weighed(first[i], weights[0]) + weighed(last[i], weights[2]));
+        sums[i] = static_cast<Sum>(offset + first[i] * firstWeight + last[i] * lastWeight);
     for (std::uint32_t r = 1; r + 1 < taps.count; ++r) {
-        const Byte* __restrict inner = rows[r] + begin;
+        const Byte* __restrict const inner = rows[r] + begin;
         for (std::size_t i = 0; i < n; ++i)
-            sums[i] = static_cast<Sum>(sums[i] + weighed(inner[i], weights[1]));
+            sums[i] = static_cast<Sum>(sums[i] + inner[i] * innerWeight);
     }
 }
 
-template <class Sum>
-void weighColumnsOf(Byte* __restrict dst, const Sum* __restrict sums, const KernelTaps* taps, std::size_t begin,
+inline std::uint32_t weightOf(const KernelTaps& taps, std::uint32_t i) {
+    return i == 0 ? taps.firstWeight : i + 1 == taps.count ? taps.lastWeight : taps.innerWeight;
+}
+
+/// @tparam All holds the sum of a sample, @tparam Product half of that many bits more
+template <class Sum, class All, class Product>
+void weighColumnsTo(Byte* __restrict dst, const Sum* __restrict sums, const KernelTaps* taps, std::size_t begin,
                     std::size_t n, std::size_t units, const KernelDivisor& divisor) {
     constexpr std::size_t lanes = ResizeKernels::lanes;
     const std::size_t step = units * lanes;
+    const auto offset = static_cast<All>(divisor.offset);
+    const auto factor = static_cast<All>(divisor.factor);
+    const std::uint32_t shift = divisor.shift;
     for (std::size_t x = 0; x < n; ++x) {
         const KernelTaps t = taps[x];
         for (std::size_t unit = 0; unit < units; ++unit) {
             const Sum* column = sums + (t.first - begin) * step + unit * lanes;
-            std::uint32_t all[lanes];
+            All all[lanes];
             for (std::size_t i = 0; i < lanes; ++i)
-                all[i] = divisor.half + t.firstWeight * column[i];
-            for (std::uint32_t c = 2; c < t.count; ++c) {
-                column += step;
+                all[i] = offset;
+            for (std::uint32_t c = 0; c < t.count; ++c, column += step) {
+                const auto weight = static_cast<All>(weightOf(t, c));
                 for (std::size_t i = 0; i < lanes; ++i)
-                    all[i] += t.innerWeight * column[i];
+                    all[i] = static_cast<All>(all[i] + weight * static_cast<All>(column[i]));
             }
-            if (t.count > 1) {
-                column += step;
-                for (std::size_t i = 0; i < lanes; ++i)
-                    all[i] += t.lastWeight * column[i];
-            }
-            for (std::size_t i = 0; i < lanes; ++i) {
-                const auto high = static_cast<std::uint32_t>((std::uint64_t{all[i]} * divisor.factor) >> 32);
-                dst[i] = static_cast<Byte>(high >> divisor.shift);
-            }
+            for (std::size_t i = 0; i < lanes; ++i)
+                dst[i] = static_cast<Byte>(static_cast<All>(Product{all[i]} * factor >> (8 * sizeof(All))) >> shift);
             dst += lanes;
         }
     }
@@ -153,8 +151,9 @@ constexpr ResizeKernels plainResizeKernels() {
             plainJoin<4>,
             weighRowsTo<std::uint16_t>,
             weighRowsTo<std::uint32_t>,
-            weighColumnsOf<std::uint16_t>,
-            weighColumnsOf<std::uint32_t>};
+            weighColumnsTo<std::uint16_t, std::uint16_t, std::uint32_t>,
+            weighColumnsTo<std::int16_t, std::uint32_t, std::uint64_t>,
+            weighColumnsTo<std::uint32_t, std::uint32_t, std::uint64_t>};
 }
 
 } // namespace

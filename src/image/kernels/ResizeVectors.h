@@ -5,6 +5,7 @@
 // Scaled copies by simple ratios. Rows shorter than a block are left to the plain loops.
 
 #include "image/kernels/Blocks.h"
+#include "image/kernels/ResizeColumns.h"
 #include "image/kernels/ResizeLoops.h"
 #include "image/kernels/Stores.h"
 
@@ -144,6 +145,7 @@ constexpr ResizeKernels vectorResizeKernels() {
     k.twoOfOne = vectorTwoOfOne;
     k.splitTriples = vectorSplitTriples;
     k.joinTriples = vectorJoinTriples;
+    k.weighColumnsOfWords = vectorColumnsOfWords;
     return k;
 }
 
