@@ -89,9 +89,9 @@ std::string sizeText(const Image& im) {
 } // namespace
 
 std::vector<Contest> scalingContests(std::optional<Ko::KernelLevel> only) {
-    constexpr unsigned sizes[][4] = {{1920, 1080, 640, 360}, {1920, 1080, 1280, 720}, {640, 480, 160, 120},
-                                     {640, 480, 1280, 960},  {1920, 1080, 960, 540},  {1920, 1080, 854, 480},
-                                     {1280, 720, 1920, 1080}};
+    constexpr unsigned sizes[][4] = {{1920, 1080, 640, 360},  {1920, 1080, 1280, 720}, {640, 480, 160, 120},
+                                     {640, 480, 1280, 960},   {1920, 1080, 960, 540},  {1920, 1080, 854, 480},
+                                     {1280, 720, 1920, 1080}, {4000, 3000, 1919, 1079}};
     const struct {
         const char* name;
         Ko::PIXEL_FORMAT format;

@@ -11,8 +11,8 @@ namespace Ko {
 /// @{
 
 /// Fills @p dst, in the size that it has, with the picture of @p src: a scaled copy. For every format but PF_YUY2; both
-/// images have the same one. Nothing of @p dst changes but its samples, so that a rectangle of a larger picture can be
-/// the target:
+/// images have the same one. Only samples of @p dst change, and planes that were never sized get their memory, so that
+/// a rectangle of a larger picture can be the target:
 ///
 ///     Ko::Image small(Ko::PF_YCC444P);
 ///     small.size(320, 180);
@@ -37,8 +37,9 @@ namespace Ko {
 /// @throws std::logic_error "[resize]: Don't know how to resize FORMAT.", "[resize]: The source is FORMAT, the target
 ///         FORMAT.", "[resize]: The source has no size.", "[resize]: The target has no size.", and when @p dst wraps
 ///         less than its size: "[Array2D<T>::resize]: ..."
-/// @throws std::runtime_error "[resize]: Image too large." for a target without memory for its size, std::bad_alloc; @p
-///         dst is then as it was
+/// @throws std::runtime_error "[resize]: Image too large." for a target without memory for its size,
+///         "[Image<T>::size]: Image too large." for a source that claims what no image can hold, std::bad_alloc; @p dst
+///         is then as it was
 KOVANTA_API void resize(Image<>& dst, const Image<>& src);
 
 /// @}

@@ -19,9 +19,12 @@ using SourceRows = PlaneRows<const Byte*>;
 using TargetRows = PlaneRows<Byte*>;
 
 constexpr std::size_t lanes = ResizeKernels::lanes;
-constexpr std::uint32_t mostTaps = 4096;     // across, so that a block stays small
-constexpr std::uint32_t usualSpan = 256;     // columns of a block, so that it stays in the first cache
-constexpr std::uint64_t mostTotal = 1 << 23; // sums of bytes so weighed leave room in 32 bits
+constexpr std::uint32_t mostTaps = 4096; // across, so that a block stays small
+constexpr std::uint32_t usualSpan = 256; // columns of a block, so that it stays in the first cache
+// Totals of weights: sums of bytes so weighed leave room in 32 bits, one less than a row's, and whole in a double.
+constexpr std::uint64_t mostNarrow = 1 << 23;
+constexpr std::uint64_t mostOfRows = 1 << 24;
+constexpr std::uint64_t mostWide = std::uint64_t{1} << 44;
 
 KernelTaps kernelTaps(const Taps& taps) {
     return {taps.first, taps.count, static_cast<std::uint32_t>(taps.firstWeight),
@@ -38,7 +41,7 @@ KernelDivisor divisorFor(std::uint64_t total, unsigned int bits) {
             break;
         // By what the factor is too large, times what a sum can be, must not make a whole.
         if ((factor * total - scale) * 256 * total < scale)
-            return {static_cast<std::uint32_t>(total / 2), static_cast<std::uint32_t>(factor), shift};
+            return {static_cast<std::uint32_t>(total / 2), static_cast<std::uint32_t>(factor), shift, total};
     }
     return {};
 }
@@ -61,6 +64,12 @@ struct OfDwords {
     using Sum = std::uint32_t;
     static constexpr auto weighRows = &ResizeKernels::weighRows;
     static constexpr auto weighColumns = &ResizeKernels::weighColumns;
+    static std::uint32_t leftOut(std::uint64_t) { return 0; }
+};
+struct Wide {
+    using Sum = std::uint32_t;
+    static constexpr auto weighRows = &ResizeKernels::weighRows;
+    static constexpr auto weighColumns = &ResizeKernels::weighColumnsWide;
     static std::uint32_t leftOut(std::uint64_t) { return 0; }
 };
 
@@ -158,16 +167,16 @@ private:
 PlaneScaler makeBlockScaler(const ScaleSizes& sizes) {
     const ResizeAxis rows(sizes.fromHeight, sizes.toHeight);
     const ResizeAxis columns(sizes.fromWidth, sizes.toWidth);
-    if (rows.total() >= mostTotal || columns.total() >= mostTotal || rows.total() * columns.total() >= mostTotal ||
+    if (rows.total() >= mostOfRows || columns.total() > UINT32_MAX || rows.total() * columns.total() >= mostWide ||
         sizes.fromWidth / sizes.toWidth > mostTaps - 2)
         return nullptr;
     const std::uint64_t total = rows.total() * columns.total();
     const KernelDivisor inWords = total <= 256 ? divisorFor(total, 16) : KernelDivisor{};
     if (inWords.factor != 0)
         return BlockScaler<InWords>(sizes, inWords);
-    const KernelDivisor inDwords = divisorFor(total, 32);
+    const KernelDivisor inDwords = total < mostNarrow ? divisorFor(total, 32) : KernelDivisor{};
     if (inDwords.factor == 0)
-        return nullptr;
+        return BlockScaler<Wide>(sizes, {0, 0, 0, total});
     if (rows.total() <= 255 && columns.total() <= INT16_MAX)
         return BlockScaler<OfWords>(sizes, inDwords);
     return BlockScaler<OfDwords>(sizes, inDwords);

@@ -36,7 +36,7 @@ PlaneScaler makePlaneScaler(const ScaleSizes& sizes);
 
 /// Simple ratios, row by row.
 PlaneScaler makeSimpleScaler(const ScaleSizes& sizes);
-/// Sums of weights that 32 bits hold: 16 rows at once.
+/// All but absurd ones: 16 rows at once.
 PlaneScaler makeBlockScaler(const ScaleSizes& sizes);
 
 } // namespace Ko

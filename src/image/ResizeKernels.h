@@ -22,6 +22,7 @@ struct KernelDivisor {
     std::uint32_t offset; ///< Half of the divisor, and what the sums of rows left out.
     std::uint32_t factor;
     std::uint32_t shift;
+    std::uint64_t total; ///< The divisor itself, for sums that pass 32 bits.
 };
 
 /// The arithmetic of scaled copies, the same at every level. Source and target never overlap.
@@ -58,6 +59,7 @@ struct ResizeKernels {
     WeighColumns<std::uint16_t>* weighColumnsInWords; ///< All sums are words.
     WeighColumns<std::int16_t>* weighColumnsOfWords;  ///< Those of the rows are, and the weights.
     WeighColumns<std::uint32_t>* weighColumns;
+    WeighColumns<std::uint32_t>* weighColumnsWide; ///< All sums have 64 bits; less than 2^52 of them are used.
 };
 
 /// As rowKernels(): those in use.

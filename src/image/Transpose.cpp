@@ -2,6 +2,7 @@
 #include "image/Transpose.h"
 
 #include "image/TransposeBlock.h"
+#include "image/TransposeStrip.h"
 
 #include <cstring>
 
@@ -32,7 +33,11 @@ public:
         for (std::size_t begin = 0; begin < height; begin += stripe) {
             const std::size_t end = std::min(begin + stripe, height);
             for (std::size_t row = 0; row < wholeRows; row += block) {
-                for (std::size_t column = begin; column < std::min(end, wholeColumns); column += block)
+                const std::size_t wholeEnd = std::min(end, wholeColumns);
+                std::size_t column = begin;
+                for (; strip && column + 2 * block <= wholeEnd; column += 2 * block)
+                    moveStrip(row, column);
+                for (; column < wholeEnd; column += block)
                     moveBlock(row, column);
                 moveUnits(row, row + block, std::max(begin, wholeColumns), end);
             }
@@ -44,14 +49,32 @@ public:
 private:
     unsigned char* targetRow(std::size_t column) const { return to[flipped ? height - 1 - column : column]; }
 
+    /// Where a block's rows are in the tables, and the direction in which they follow one another.
+    struct Place {
+        const unsigned char* const* source;
+        std::ptrdiff_t sourceStep;
+        unsigned char* const* target;
+        std::ptrdiff_t targetStep;
+        std::size_t x;
+    };
+    Place placeOf(std::size_t row, std::size_t column) const {
+        return {from.row + (mirrored ? row + block - 1 : row), mirrored ? -1 : 1,
+                to.row + (flipped ? height - 1 - column : column), flipped ? -1 : 1,
+                mirrored ? width - block - row : row};
+    }
+
     void moveBlock(std::size_t row, std::size_t column) const {
-        const std::size_t x = mirrored ? width - block - row : row;
-        const unsigned char* const* const firstSource = from.row + (mirrored ? row + block - 1 : row);
-        unsigned char* const* const firstTarget = to.row + (flipped ? height - 1 - column : column);
-        const std::ptrdiff_t down = mirrored ? -1 : 1;
-        const std::ptrdiff_t on = flipped ? -1 : 1;
-        transposeBlock([=](std::size_t i) { return firstSource[static_cast<std::ptrdiff_t>(i) * down] + column; },
-                       [=](std::size_t i) { return firstTarget[static_cast<std::ptrdiff_t>(i) * on] + x; });
+        const Place at = placeOf(row, column);
+        const auto signedIndex = [](std::size_t i) {
+            return static_cast<std::ptrdiff_t>(i);
+        };
+        transposeBlock([=](std::size_t i) { return at.source[signedIndex(i) * at.sourceStep] + column; },
+                       [=](std::size_t i) { return at.target[signedIndex(i) * at.targetStep] + at.x; });
+    }
+
+    void moveStrip(std::size_t row, std::size_t column) const {
+        const Place at = placeOf(row, column);
+        strip(at.target, at.targetStep, at.x, at.source, at.sourceStep, column);
     }
 
     /// Of the source, rows and columns.
@@ -69,6 +92,7 @@ private:
     const std::size_t height;
     const bool mirrored;
     const bool flipped;
+    TransposeStrip* const strip = bytes == 1 ? transposeStripInUse() : nullptr;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Kovanta/Rotate.h"
 
+#include "image/kernels/KernelLevels.h"
 #include "support/TestImages.h"
 
 #include <gmock/gmock.h>
@@ -57,7 +58,11 @@ Image turned(const Image& src, int exif) {
     return dst;
 }
 
-TEST(Rotate, TurnsEverySizeAllEightWays) {
+class Rotate : public testing::TestWithParam<Ko::KernelLevel> {};
+
+TEST_P(Rotate, TurnsEverySizeAllEightWays) {
+    if (!Ko::useKernels(GetParam()))
+        GTEST_SKIP() << "this processor does not have the level";
     for (const Ko::PIXEL_FORMAT format : known)
         for (const unsigned width : {1u, 2u, 15u, 16u, 17u, 40u, 63u, 64u, 65u, 131u})
             for (const unsigned height : {1u, 5u, 16u, 32u, 71u})
@@ -74,7 +79,11 @@ TEST(Rotate, TurnsEverySizeAllEightWays) {
                 }
 }
 
-TEST(Rotate, TakesWhatSharesMemoryAndWhatIsNotWhole) {
+INSTANTIATE_TEST_SUITE_P(Levels, Rotate,
+                         testing::Values(Ko::KernelLevel::portable, Ko::KernelLevel::sse4, Ko::KernelLevel::avx2,
+                                         Ko::KernelLevel::avx512));
+
+TEST(Rotation, TakesWhatSharesMemoryAndWhatIsNotWhole) {
     const Image before = randomImage(Ko::PF_YCC444P, 40, 24);
     Image im = before;
     Ko::rotate(im, im, Ko::OR_ROTATED_90);
@@ -97,7 +106,7 @@ TEST(Rotate, TakesWhatSharesMemoryAndWhatIsNotWhole) {
     }
 }
 
-TEST(Rotate, RefusesBeforeAnythingChanges) {
+TEST(Rotation, RefusesBeforeAnythingChanges) {
     const Image before = randomImage(Ko::PF_Y, 5, 4);
     Image dst = before;
     EXPECT_THAT([&] { Ko::rotate(dst, randomImage(Ko::PF_YUY2, 4, 4), Ko::OR_ROTATED_90); },

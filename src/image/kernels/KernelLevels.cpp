@@ -89,6 +89,10 @@ const SampleKernels& sampleKernels() {
     return levelInUse().samples;
 }
 
+TransposeStrip* transposeStripInUse() {
+    return levelInUse().transposeStrip;
+}
+
 const ResizeKernels& resizeKernels() {
     return levelInUse().resize;
 }

@@ -5,6 +5,7 @@
 #include "image/ResizeKernels.h"
 #include "image/RowKernels.h"
 #include "image/SampleKernels.h"
+#include "image/TransposeStrip.h"
 
 namespace Ko {
 
@@ -17,6 +18,7 @@ struct LevelKernels {
     RowKernels streaming; ///< Past the cache, where that is worth it.
     SampleKernels samples;
     ResizeKernels resize;
+    TransposeStrip* transposeStrip;
 };
 
 /// The kernels of a level; null when this processor or this build has no such level.

@@ -181,8 +181,8 @@ constexpr SampleKernels definedSampleKernels() {
 
 } // namespace
 
-constexpr LevelKernels portableKernels{definedKernels(), definedKernels(), definedSampleKernels(),
-                                       plainResizeKernels()};
+constexpr LevelKernels portableKernels{definedKernels(), definedKernels(), definedSampleKernels(), plainResizeKernels(),
+                                       nullptr};
 static_assert(!__builtin_constant_p(isComplete(portableKernels.cached)) || isComplete(portableKernels.cached));
 static_assert(!__builtin_constant_p(isComplete(portableKernels.samples)) || isComplete(portableKernels.samples));
 

@@ -140,6 +140,36 @@ void weighColumnsTo(Byte* __restrict dst, const Sum* __restrict sums, const Kern
     }
 }
 
+void weighColumnsWide(Byte* __restrict dst, const std::uint32_t* __restrict sums, const KernelTaps* taps,
+                      std::size_t begin, std::size_t n, std::size_t units, const KernelDivisor& divisor) {
+    constexpr std::size_t lanes = ResizeKernels::lanes;
+    const std::size_t step = units * lanes;
+    const std::uint64_t total = divisor.total;
+    const double part = 1 / static_cast<double>(total);
+    for (std::size_t x = 0; x < n; ++x) {
+        const KernelTaps t = taps[x];
+        for (std::size_t unit = 0; unit < units; ++unit) {
+            const std::uint32_t* column = sums + (t.first - begin) * step + unit * lanes;
+            std::uint64_t all[lanes];
+            for (std::size_t i = 0; i < lanes; ++i)
+                all[i] = total / 2;
+            for (std::uint32_t c = 0; c < t.count; ++c, column += step) {
+                const std::uint64_t weight = weightOf(t, c);
+                for (std::size_t i = 0; i < lanes; ++i)
+                    all[i] += weight * column[i];
+            }
+            for (std::size_t i = 0; i < lanes; ++i) {
+                // Next to the right one at the worst.
+                auto sample = static_cast<std::uint64_t>(static_cast<double>(all[i]) * part);
+                sample += (sample + 1) * total <= all[i];
+                sample -= sample * total > all[i];
+                dst[i] = static_cast<Byte>(sample);
+            }
+            dst += lanes;
+        }
+    }
+}
+
 constexpr ResizeKernels plainResizeKernels() {
     return {plainMeanOfNine,
             plainMeanOfSixteen,
@@ -153,7 +183,8 @@ constexpr ResizeKernels plainResizeKernels() {
             weighRowsTo<std::uint32_t>,
             weighColumnsTo<std::uint16_t, std::uint16_t, std::uint32_t>,
             weighColumnsTo<std::int16_t, std::uint32_t, std::uint64_t>,
-            weighColumnsTo<std::uint32_t, std::uint32_t, std::uint64_t>};
+            weighColumnsTo<std::uint32_t, std::uint32_t, std::uint64_t>,
+            weighColumnsWide};
 }
 
 } // namespace

@@ -145,6 +145,7 @@ constexpr ResizeKernels vectorResizeKernels() {
     k.twoOfOne = vectorTwoOfOne;
     k.splitTriples = vectorSplitTriples;
     k.joinTriples = vectorJoinTriples;
+    k.weighColumnsInWords = vectorColumnsInWords;
     k.weighColumnsOfWords = vectorColumnsOfWords;
     return k;
 }

@@ -13,6 +13,7 @@
 #include "image/kernels/Ranges.h"
 #include "image/kernels/ResizeVectors.h"
 #include "image/kernels/SampleLoops.h"
+#include "image/kernels/TransposeStrips.h"
 #include "image/kernels/Triples.h"
 
 namespace Ko {
@@ -58,7 +59,7 @@ constexpr RowKernels vectorKernels() {
 
 /// A level made of its kernels.
 constexpr LevelKernels bothStores(const RowKernels& k) {
-    return {k, withStores<Streaming>(k), vectorSampleKernels(), vectorResizeKernels()};
+    return {k, withStores<Streaming>(k), vectorSampleKernels(), vectorResizeKernels(), transposeStrip};
 }
 
 } // namespace
