@@ -74,9 +74,10 @@ private:
     example::Label label;
     std::string title;
     std::string position;
-    double rate = 25; // frames per second
-    double pace = 1;  // by which the user multiplies it
-    double jump = 0;  // seconds that the user wants to go on, or back
+    double rate = 25;    // frames per second
+    double pace = 1;     // by which the user multiplies it
+    double jump = 0;     // seconds that the user wants to go on, or back
+    bool sought = false; // the next frame is shown at once, also while holding
     unsigned long count = 0;
     Clock::time_point shown;
 };
@@ -94,7 +95,6 @@ std::string positionText(long number, double rate) {
 bool Player::play(Source& source) {
     title = source.title();
     rate = options.rate.num != 0 ? example::perSecond(options.rate) : source.rate();
-    bool sought = false;
     for (;;) {
         const bool delivered = source.read(frame);
         if (!sought || !delivered)
@@ -103,6 +103,7 @@ bool Player::play(Source& source) {
             return false;
         if (jump > 0 && !delivered) { // there is nothing further on
             jump = 0;
+            sought = true;
             return true;
         }
         if (jump != 0) {

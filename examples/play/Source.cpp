@@ -44,18 +44,23 @@ bool Source::read(Ko::Image<>& frame) {
 
 /// Where the container promises more than there are pictures: sound goes on for longer, say.
 bool Source::readLast(Ko::Image<>& frame) {
-    const double end = static_cast<double>(frameNumber) / framesPerSecond;
+    const double promised = static_cast<double>(frameNumber) / framesPerSecond;
     for (double back = 1;; back *= 4) {
-        const bool start = back >= end;
-        video->seek(start ? 0 : video->position(end - back), Ko::VP_BEGIN);
+        const bool start = back >= promised;
+        video->seek(video->position(promised - back), Ko::VP_BEGIN);
         bool any = false;
         while (upright.read(*video, frame))
             any = true;
         if (any)
-            frameNumber = std::lround(video->seconds(video->tell() - 1) * framesPerSecond) + 1;
+            frameNumber = std::lround(shownTime() * framesPerSecond) + 1;
         if (any || start)
             return any;
     }
+}
+
+/// That of the picture read last, counted from the first one.
+double Source::shownTime() const {
+    return video->seconds(video->tell() - 1);
 }
 
 void Source::jump(long frames) {
@@ -68,14 +73,12 @@ void Source::jump(long frames) {
 }
 
 void Source::jumpInVideo(long frames) {
-    const double now = video->seconds(video->tell() - 1);
     const double period = 1 / framesPerSecond;
-    double time = now + static_cast<double>(frames) * period;
+    double time = shownTime() + static_cast<double>(frames) * period;
     if (video->getLength() > 0)
         time =
             std::min(time, static_cast<double>(video->getLength()) * example::perSecond(video->getTimeBase()) - period);
-    // A position lies behind a picture: behind the one before, give or take what stamps are rounded by.
-    const bool start = time < period / 2;
-    video->seek(start ? 0 : video->position(time - 1.5 * period) + 1, Ko::VP_BEGIN);
-    frameNumber = start ? 0 : std::lround(time * framesPerSecond);
+    time = std::max(time, 0.0);
+    video->seek(video->position(time + period / 2), Ko::VP_BEGIN); // what is shown half a frame later, however rounded
+    frameNumber = std::lround(time * framesPerSecond);
 }

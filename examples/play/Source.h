@@ -32,6 +32,7 @@ public:
 
 private:
     void jumpInVideo(long frames);
+    double shownTime() const;
     bool readLast(Ko::Image<>& frame);
 
     std::string lastPart;

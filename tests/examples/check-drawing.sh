@@ -92,15 +92,26 @@ ends 0
 
 # Beyond the end is the last frame, also where the ticks are finer than frames and the sound is longer; further on than
 # that is the next input, as behind a still.
+for still in one two; do convert -size 160x120 xc:orange -depth 8 "$work/$still.ppm"; done
 for clip in c.mp4 c.mkv c.ts; do
-  ffmpeg -v error -f lavfi -i testsrc2=size=160x120:rate=24:duration=2 -f lavfi -i sine=duration=5 -pix_fmt yuv420p -g 12 "$work/$clip"
-  start $clip --rate 1 "$work/$clip" "$mixed/b.ppm" "$mixed/d.ppm"
+  ffmpeg -v error -f lavfi -i color=black:size=160x120:rate=24:duration=2 -f lavfi -i sine=duration=5 \
+    -vf "drawbox=t=fill:c=white:enable='eq(n,47)'" -pix_fmt yuv420p -g 12 "$work/$clip"
+  start $clip --rate 1 "$work/$clip" "$work/one.ppm" "$work/two.ppm"
   xdotool key Up
   shows "frame 48, "
+  xdotool key p
+  shows paused$
+  for _ in $(seq 100); do # the caption comes before the picture
+    import -window "$window" -depth 8 rgb:"$work/shot"
+    white=$(od -An -tu1 -j 28800 -N 1 "$work/shot")
+    [ "$white" -lt 200 ] || break
+    sleep 0.05
+  done
+  [ "$white" -ge 200 ] || fail "play: another picture of $clip than the last"
   xdotool key Right
-  shows "^b.ppm - frame 1, "
+  shows "^one.ppm - frame 1, .*paused"
   xdotool key Right
-  shows "^d.ppm - frame 1, "
+  shows "^two.ppm - frame 1, .*paused"
   xdotool key q
   ends 0
 done
