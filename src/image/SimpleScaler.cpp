@@ -40,7 +40,7 @@ public:
         }
         const bool triples = sizes.units == 3;
         std::fill(std::begin(held), std::end(held), none);
-        Byte* made[mostUnits];
+        Byte* made[mostUnits] = {};
         for (std::size_t unit = 0; unit < sizes.units; ++unit)
             made[unit] = scratch.data() + sizes.units * mostRows * sizes.fromWidth + unit * sizes.toWidth;
         for (std::uint32_t y = 0; y < sizes.toHeight; ++y) {
@@ -56,7 +56,7 @@ private:
     /// A source row of one of the pixels' bytes. Those of the last rows are kept.
     const Byte* splitRow(const SourceRows& from, std::uint32_t y, std::size_t unit) {
         const std::uint32_t slot = y % mostRows;
-        Byte* rows[mostUnits];
+        Byte* rows[mostUnits] = {};
         for (std::size_t u = 0; u < sizes.units; ++u)
             rows[u] = scratch.data() + (slot * sizes.units + u) * sizes.fromWidth;
         if (held[slot] != y)

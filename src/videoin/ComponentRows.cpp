@@ -67,7 +67,8 @@ void ComponentRows::collect(Byte* dst, const Byte* src, std::size_t n) const {
     const unsigned int mask = (1U << place.depth) - 1;
     const Byte* p = src + place.offset;
     for (std::size_t i = 0; i < n; ++i, p += place.step) {
-        const unsigned int stored = !place.inWords() ? p[0] : bigEndian ? p[0] << 8 | p[1] : p[1] << 8 | p[0];
+        const unsigned int here = p[0];
+        const unsigned int stored = !place.inWords() ? here : bigEndian ? here << 8 | p[1] : p[1] * 256U + here;
         const unsigned int v = stored >> place.shift & mask;
         if (place.depth > 8) {
             dst[2 * i] = static_cast<Byte>(v);
