@@ -125,8 +125,10 @@ const Byte* ComponentRows::at(std::size_t row, Byte* dst, std::size_t n) const {
     return dst;
 }
 
-bool ComponentRows::joins(std::size_t n) const {
-    return layout != Layout::other && itemStep() == 1 && stride == static_cast<std::ptrdiff_t>(n) * place.step;
+bool ComponentRows::joins(std::size_t n, bool inTurn) const {
+    const bool needsNoRoom =
+        inTurn ? layout == Layout::bytes && itemStep() == 2 : layout != Layout::other && itemStep() == 1;
+    return needsNoRoom && stride == static_cast<std::ptrdiff_t>(n) * place.step;
 }
 
 bool ComponentRows::isBeside(const ComponentRows& other) const {

@@ -31,8 +31,9 @@ public:
     /// The first n samples of a row, in @p dst.
     void into(unsigned char* dst, std::size_t row, std::size_t n) const;
 
-    /// Whether rows of n samples follow one another and need no room, so that they may be taken as one.
-    bool joins(std::size_t n) const;
+    /// Whether rows of n samples follow one another and need no room, so that they may be taken as one; @p inTurn with
+    /// those of the component beside it.
+    bool joins(std::size_t n, bool inTurn = false) const;
 
     /// Whether another component lies in turn with this one.
     bool isBeside(const ComponentRows& other) const;

@@ -68,6 +68,8 @@ public:
         return {cb, cr};
     }
 
+    bool joins(std::size_t n) const { return component[0].joins(n, inTurn) && component[1].joins(n, inTurn); }
+
 private:
     ComponentRows component[2];
     bool inTurn;
@@ -101,6 +103,9 @@ void replicate(const Rows (&to)[2], Extent all, const ChromaRows& from, const St
 /// For blocks of 2 x 2 pixels.
 void average(const Rows (&to)[2], Extent all, const ChromaRows& from, const StoredFormat& format, RowRoom& room) {
     const int shift = format.chromaShiftX;
+    if (shift == 1 && format.chromaShiftY == 1 && from.joins(all.n) && followOneAnother(to[0], all.n, all.rows) &&
+        followOneAnother(to[1], all.n, all.rows))
+        all = {all.n * all.rows, 1};
     const std::size_t stored = shift == 0 ? 2 * all.n : ((all.n - 1) >> (shift - 1)) + 1;
     for (std::size_t r = 0; r < all.rows; ++r) {
         const std::size_t upper = 2 * r >> format.chromaShiftY;

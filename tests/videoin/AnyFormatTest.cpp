@@ -11,6 +11,7 @@
 #include "support/Rows.h"
 #include "support/VideoMedia.h"
 #include "videoin/StoredPicture.h"
+#include "videoin/StreamColor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -153,17 +154,39 @@ TEST_P(KernelLevels, ConvertEveryPixelFormatExactly) {
                 const RandomPicture picture(format, width, height, range == Ko::CR_STUDIO);
                 const Image<> expected =
                     expectedOf(*picture.frame, range == Ko::CR_FULL || (grey && range == Ko::CR_UNKNOWN));
-                Image<> full(Ko::PF_YCC444P);
-                test::WrappedImage halved(Ko::PF_YCC420P, expected.width, expected.height);
-                Ko::convertStored(full, *picture.frame, *Ko::storedFormatOf(format, range), room);
-                Ko::convertStored(halved.im, *picture.frame, *Ko::storedFormatOf(format, range), room);
-                ASSERT_EQ(test::difference(full, expected), "") << name << width << "x" << height << " range " << range;
-                ASSERT_EQ(test::difference(halved.im, test::inFormat(Ko::PF_YCC420P, expected)), "")
-                    << name << width << "x" << height << " range " << range;
-                ASSERT_TRUE(halved.intact()) << name << width << "x" << height;
+                const std::string what =
+                    name + std::to_string(width) + "x" + std::to_string(height) + " range " + std::to_string(range);
+                Image<> full(Ko::PF_YCC444P), halved(Ko::PF_YCC420P);
+                test::WrappedImage apart(Ko::PF_YCC420P, expected.width, expected.height);
+                for (Image<>* target : {&full, &halved, &apart.im}) {
+                    Ko::convertStored(*target, *picture.frame, *Ko::storedFormatOf(format, range), room);
+                    ASSERT_EQ(test::difference(*target, test::inFormat(target->format, expected)), "") << what;
+                }
+                ASSERT_TRUE(apart.intact()) << what;
             }
     }
     EXPECT_GT(taken, 150);
+}
+
+/// As xv30le of later libav: U in the lowest ten bits of a word of 32, then Y, then V.
+TEST(AnyFormat, ComponentsThatShareAWordAreToldApart) {
+    std::uint32_t words[6];
+    std::fill_n(words, 6, 0xC0000000U | 300U << 20 | 700U << 10 | 400U);
+    const Ko::libav::FrameHandle picture(av_frame_alloc());
+    picture->width = 3;
+    picture->height = 2;
+    picture->data[0] = reinterpret_cast<std::uint8_t*>(words);
+    picture->linesize[0] = 12;
+    Ko::RowRoom room;
+    for (const bool all : {false, true}) {
+        const Ko::StoredFormat format{
+            Ko::StoredFormat::Kind::ycc, all, false, 0, 0, {{0, 1, 4, 2, 10}, {0, 0, 4, 0, 10}, {0, 2, 4, 4, 10}}};
+        Image<> frame(Ko::PF_YCC444P);
+        Ko::convertStored(frame, *picture, format, room);
+        const int samples[] = {700, 400, 300};
+        for (int p = 0; p < 3; ++p)
+            EXPECT_EQ(frame.plane[p].row(1)[2], studioSample(p, samples[p], 10, all)) << p;
+    }
 }
 
 /// What people hand in.
@@ -186,10 +209,15 @@ const Stream streams[] = {
      studio,
      Ko::CM_BT709,
      true},
-    {{"PhoneFullRange"}, "a.mp4", "libx264 -pix_fmt yuvj420p -colorspace smpte170m", "yuvj420p", full, Ko::CM_BT601},
+    {{"PhoneFullRange"},
+     "a.mp4",
+     "libx264 -pix_fmt yuvj420p -color_range pc -colorspace smpte170m",
+     "yuvj420p",
+     full,
+     Ko::CM_BT601},
     {{"PhoneHdr"},
      "a.mov",
-     "libx265 -x265-params log-level=none -pix_fmt yuv420p10le -colorspace bt2020nc",
+     "libx265 -x265-params log-level=none -pix_fmt yuv420p10le -color_range tv -colorspace bt2020nc",
      "yuv420p10le",
      studio,
      Ko::CM_BT2020},
@@ -205,12 +233,12 @@ const Stream streams[] = {
     {{"Mjpeg422"}, "a.avi", "mjpeg -pix_fmt yuvj422p", "yuvj422p", full, Ko::CM_BT601, true},
     {{"Mjpeg420"}, "a.avi", "mjpeg -pix_fmt yuvj420p", "yuvj420p", full, Ko::CM_BT601},
     {{"Mjpeg444"}, "a.avi", "mjpeg -pix_fmt yuvj444p", "yuvj444p", full, Ko::CM_BT601},
-    {{"Screen444"}, "a.mkv", "libx264 -qp 0 -pix_fmt yuv444p", "yuv444p", studio},
+    {{"Screen444"}, "a.mkv", "libx264 -qp 0 -pix_fmt yuv444p -color_range tv", "yuv444p", studio},
     {{"ScreenRgb"}, "a.mkv", "libx264rgb -qp 0", "gbrp", full, Ko::CM_BT601},
-    {{"Broadcast422"}, "a.mpg", "mpeg2video -pix_fmt yuv422p", "yuv422p", studio},
-    {{"Vp9Profile2"}, "a.webm", "libvpx-vp9 -pix_fmt yuv420p12le", "yuv420p12le", studio},
+    {{"Broadcast422"}, "a.mpg", "mpeg2video -pix_fmt yuv422p -color_range tv", "yuv422p", studio},
+    {{"Vp9Profile2"}, "a.webm", "libvpx-vp9 -pix_fmt yuv420p12le -color_range tv", "yuv420p12le", studio},
     {{"ArchiveRgb"}, "a.mkv", "ffv1 -pix_fmt bgr0", "bgr0", full, Ko::CM_BT601},
-    {{"ArchiveGrey"}, "a.mkv", "ffv1 -pix_fmt gray", "gray", full},
+    {{"ArchiveGrey"}, "a.mkv", "ffv1 -pix_fmt gray -color_range pc", "gray", full},
     {{"Microscope"}, "a.mkv", "ffv1 -vf format=gray12le,setparams=range=tv -color_range tv", "gray12le", studio},
     {{"Png"}, "a.mov", "png -pix_fmt rgba", "rgba", full, Ko::CM_BT601},
     {{"Png16"}, "a.mov", "png -pix_fmt rgb48be", "rgb48be", full, Ko::CM_BT601},
@@ -290,19 +318,33 @@ TEST_P(Streams, AreReadExactlyIntoEveryFormat) {
     in.read(frame);
     EXPECT_EQ(test::difference(frame, expected[1]), "") << "sought";
     Image<> foreign(Ko::PF_YAP);
-    EXPECT_THROW(in.read(foreign), std::logic_error);
+    EXPECT_THAT([&] { in.read(foreign); },
+                ThrowsMessage<std::logic_error>("[convertIm]: Don't know how to convert from PF_YCC444P (Planar Y'CbCr "
+                                                "4:4:4) to PF_YAP (Planar grayscale with alpha)."));
     EXPECT_EQ(in.getError(), "");
 }
 
 TEST(AnyFormat, WhatStaysRefusedIsNamed) {
+    const std::string refusal = "[VideoInputVideoFile::open]: Input pixel format of stream is not supported.";
     const test::TempDirectory directory;
     const std::string file = fileOf(directory, "a.nut", "rawvideo -pix_fmt xyz12le");
     VideoInputVideoFile in;
     for (const bool any : {true, false, true})
         EXPECT_THAT([&] { in.setAnyFormat(any).open(file); },
-                    ThrowsMessage<std::runtime_error>(std::string("[VideoInputVideoFile::open]: Input pixel format of "
-                                                                  "stream is not supported.") +
-                                                      (any ? " (xyz12le)" : "")));
+                    ThrowsMessage<std::runtime_error>(refusal + (any ? " (xyz12le)" : "")));
+
+    const std::string colors = test::fileBytes(fileOf(directory, "a.png", "png -pix_fmt rgb24 -frames:v 1"));
+    const std::string bits = test::fileBytes(fileOf(directory, "b.png", "png -pix_fmt monob -frames:v 1"));
+    in.setFormat("png_pipe");
+    in.open(directory.write("ab.png", colors + bits));
+    Image<> frame(Ko::PF_YCC444P);
+    EXPECT_TRUE(in.read(frame));
+    EXPECT_THAT([&] { in.read(frame); }, ThrowsMessage<std::runtime_error>(refusal + " (monob)"));
+}
+
+TEST(AnyFormat, JpegsFormatsAreFullRangeWhereNothingIsSaid) {
+    EXPECT_EQ(Ko::colorRangeOf(AV_PIX_FMT_YUVJ420P, AVCOL_RANGE_UNSPECIFIED), Ko::CR_FULL);
+    EXPECT_EQ(Ko::colorRangeOf(AV_PIX_FMT_YUV420P, AVCOL_RANGE_UNSPECIFIED), Ko::CR_UNKNOWN);
 }
 
 } // namespace

@@ -67,10 +67,17 @@ void secondOfPairs(Byte* __restrict dst, const Byte* __restrict pairs, std::size
 }
 
 void separatePairs(Byte* __restrict first, Byte* __restrict second, const Byte* __restrict pairs, std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i) {
-        const Word pair = load<Word>(pairs + 2 * i);
-        first[i] = static_cast<Byte>(pair);
-        second[i] = static_cast<Byte>(pair >> 8);
+    if (n >= vectorBytes)
+        forBlocks(n, vectorBytes, [=](std::size_t i) {
+            const Vec low = broadcastWords(0xFF);
+            const Vec a = loadVector(pairs + 2 * i);
+            const Vec b = loadVector(pairs + 2 * i + vectorBytes);
+            storeVector(first + i, deinterleave(packWords(andBits(a, low), andBits(b, low))));
+            storeVector(second + i, deinterleave(packWords(shiftRightWords<8>(a), shiftRightWords<8>(b))));
+        });
+    for (std::size_t i = 0; n < vectorBytes && i < n; ++i) {
+        first[i] = pairs[2 * i];
+        second[i] = pairs[2 * i + 1];
     }
 }
 
