@@ -108,9 +108,9 @@ TEST(Resize, IsTheRoundedWeightedMeanAtEveryLevel) {
 
 /// Where the sum of all weights passes what 32 bits hold, and what extremes come of.
 TEST(Resize, KeepsOneColourAndOverflowsNowhere) {
-    for (const Sizes& s :
-         {Sizes{4099, 4099, 4, 3}, Sizes{8000, 3, 1, 2}, Sizes{3, 70000, 2, 1}, Sizes{2, 3, 2063, 2053},
-          Sizes{5, 1999, 2053, 2}, Sizes{640, 480, 213, 160}, Sizes{30, 20, 60, 40}})
+    for (const Sizes& s : {Sizes{4099, 4099, 4, 3}, Sizes{8000, 3, 1, 2}, Sizes{3, 70000, 2, 1},
+                           Sizes{2, 3, 2063, 2053}, Sizes{5, 1999, 2053, 2}, Sizes{640, 480, 213, 160},
+                           Sizes{30, 20, 60, 40}, Sizes{200, 258, 7, 1}, Sizes{32, 32, 2, 2}})
         for (const int level : {0, 1, 128, 254, 255}) {
             const auto value = static_cast<unsigned char>(level);
             Image src(Ko::PF_Y);

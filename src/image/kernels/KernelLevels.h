@@ -2,10 +2,10 @@
 #ifndef KOVANTA_SRC_IMAGE_KERNELS_KERNELLEVELS_H
 #define KOVANTA_SRC_IMAGE_KERNELS_KERNELLEVELS_H
 
-#include "image/ResizeKernels.h"
 #include "image/RowKernels.h"
 #include "image/SampleKernels.h"
-#include "image/TransposeStrip.h"
+#include "image/scale/ResizeKernels.h"
+#include "image/turn/TransposeStrip.h"
 
 namespace Ko {
 

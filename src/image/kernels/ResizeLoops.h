@@ -5,8 +5,8 @@
 // Scaled copies as loops. For any ratio they are in a form that compilers vectorise, for simple ratios they are the
 // definition. Local to the including source, as all that is compiled for several levels.
 
-#include "image/ResizeKernels.h"
 #include "image/kernels/Definition.h"
+#include "image/scale/ResizeKernels.h"
 
 #include <cstddef>
 #include <cstdint>

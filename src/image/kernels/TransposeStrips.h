@@ -5,7 +5,7 @@
 // Two blocks of 16 x 16 bytes at once, one in each half of vectors of 256 bits. Shorter ones gain nothing on what the
 // baseline has, and longer ones little.
 
-#include "image/TransposeStrip.h"
+#include "image/turn/TransposeStrip.h"
 
 #include <immintrin.h>
 

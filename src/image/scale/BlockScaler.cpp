@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "image/PlaneScaler.h"
-#include "image/ResizeAxis.h"
-#include "image/ResizeKernels.h"
-#include "image/TransposeBlock.h"
-#include "image/TransposeLanes.h"
+#include "image/scale/PlaneScaler.h"
+#include "image/scale/ResizeAxis.h"
+#include "image/scale/ResizeKernels.h"
+#include "image/turn/TransposeBlock.h"
+#include "image/turn/TransposeLanes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "image/PlaneScaler.h"
-#include "image/ResizeKernels.h"
 #include "image/RowKernels.h"
+#include "image/scale/PlaneScaler.h"
+#include "image/scale/ResizeKernels.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "image/ResizeAxis.h"
+#include "image/scale/ResizeAxis.h"
 
 #include <numeric>
 

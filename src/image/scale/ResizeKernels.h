@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef KOVANTA_SRC_IMAGE_RESIZEKERNELS_H
-#define KOVANTA_SRC_IMAGE_RESIZEKERNELS_H
+#ifndef KOVANTA_SRC_IMAGE_SCALE_RESIZEKERNELS_H
+#define KOVANTA_SRC_IMAGE_SCALE_RESIZEKERNELS_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef KOVANTA_SRC_IMAGE_TRANSPOSE_H
-#define KOVANTA_SRC_IMAGE_TRANSPOSE_H
+#ifndef KOVANTA_SRC_IMAGE_TURN_TRANSPOSE_H
+#define KOVANTA_SRC_IMAGE_TURN_TRANSPOSE_H
 
 #include "image/PlaneRows.h"
 

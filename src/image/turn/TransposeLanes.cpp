@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "image/TransposeLanes.h"
+#include "image/turn/TransposeLanes.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>

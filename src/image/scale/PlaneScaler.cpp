@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "image/PlaneScaler.h"
+#include "image/scale/PlaneScaler.h"
 
-#include "image/ResizeAxis.h"
+#include "image/scale/ResizeAxis.h"
 
 #include <cstring>
 

@@ -5,8 +5,8 @@
 #include "image/ImageLayout.h"
 #include "image/MissingSamples.h"
 #include "image/PlaneRows.h"
-#include "image/PlaneScaler.h"
 #include "image/SharedMemory.h"
+#include "image/scale/PlaneScaler.h"
 #include "util/Errors.h"
 
 #include <cstring>

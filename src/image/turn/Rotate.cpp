@@ -7,7 +7,7 @@
 #include "image/PlaneRows.h"
 #include "image/RowKernels.h"
 #include "image/SharedMemory.h"
-#include "image/Transpose.h"
+#include "image/turn/Transpose.h"
 #include "util/Errors.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef KOVANTA_SRC_IMAGE_TRANSPOSELANES_H
-#define KOVANTA_SRC_IMAGE_TRANSPOSELANES_H
+#ifndef KOVANTA_SRC_IMAGE_TURN_TRANSPOSELANES_H
+#define KOVANTA_SRC_IMAGE_TURN_TRANSPOSELANES_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "image/Transpose.h"
+#include "image/turn/Transpose.h"
 
-#include "image/TransposeBlock.h"
-#include "image/TransposeStrip.h"
+#include "image/turn/TransposeBlock.h"
+#include "image/turn/TransposeStrip.h"
 
 #include <cstring>
 
