@@ -141,6 +141,7 @@ constexpr Colored colored[] = {
     {{"RgbToJpeg"}, "mjpeg", "avi", Ko::CM_BT709, Ko::CR_STUDIO, Ko::PF_RGB},
     {{"HdToJpeg"}, "mjpeg", "mkv", Ko::CM_BT709, Ko::CR_STUDIO, Ko::PF_YCC420P},
     {{"JpegToHd"}, "libx264", "mp4", Ko::CM_BT709, Ko::CR_STUDIO, Ko::PF_JFIF},
+    {{"RgbUntold"}, "ffv1", "mkv", Ko::CM_UNKNOWN, Ko::CR_UNKNOWN, Ko::PF_RGB}, // is BT.601
     {{"RgbToFullRange"}, "libx264", "mp4", Ko::CM_BT2020, Ko::CR_FULL, Ko::PF_RGB},
     {{"HdToFullRange"}, "ffv1", "mkv", Ko::CM_BT709, Ko::CR_FULL, Ko::PF_YCC444P},
 };
@@ -157,7 +158,8 @@ TEST_P(Colors, AreThoseOfTheFramesForWhoReadsTheFile) {
     for (unsigned y = 0; y < 48; ++y)
         for (unsigned i = 0; i < 3 * 64; ++i)
             rgb.plane[0].row(y)[i] = color[i % 3];
-    Ko::convertIm(full, rgb, c.frames == Ko::PF_JFIF ? Ko::CM_BT601 : c.matrix);
+    const Ko::ColorMatrix told = c.matrix == Ko::CM_UNKNOWN ? Ko::CM_BT601 : c.matrix;
+    Ko::convertIm(full, rgb, c.frames == Ko::PF_JFIF ? Ko::CM_BT601 : told);
     Ko::convertIm(frame, c.frames == Ko::PF_RGB ? rgb : full);
     Ko::VideoOutputVideoFile sink;
     sink.setThrowOnFailure(true).setEncoder(c.encoder).setAnyFormat(true).setColor(c.matrix, c.range);
@@ -168,10 +170,10 @@ TEST_P(Colors, AreThoseOfTheFramesForWhoReadsTheFile) {
     Ko::VideoInputVideoFile source;
     source.setAnyFormat(true).open(file);
     ASSERT_TRUE(source.read(full));
-    Ko::convertIm(rgb, full, source.getColorMatrix());
+    const bool jpeg = std::string(c.encoder) == "mjpeg";
+    Ko::convertIm(rgb, full, jpeg ? Ko::CM_BT601 : told);
     for (unsigned i = 0; i < 3; ++i)
         EXPECT_NEAR(rgb.plane[0].row(20)[3 * 30 + i], color[i], 5) << i;
-    const bool jpeg = std::string(c.encoder) == "mjpeg";
     EXPECT_EQ(source.getColorMatrix(), jpeg ? Ko::CM_BT601 : c.matrix);
     EXPECT_EQ(source.getColorRange(), jpeg ? Ko::CR_FULL : c.range);
 }

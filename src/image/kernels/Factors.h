@@ -81,6 +81,13 @@ struct Standard {
 using Bt709 = Standard<2126, 722>;
 using Bt2020 = Standard<2627, 593>; // non-constant luminance
 
+// As docs/colour.md prints them.
+static_assert(Bt709::lumaFromRed == 1531641 && Bt709::lumaFromGreen == 5152540 && Bt709::lumaFromBlue == 520153);
+static_assert(Bt709::cbFromRed == -844261 && Bt709::cbFromGreen == -2840147 && Bt709::cbFromBlue == 3684408);
+static_assert(Bt709::crFromRed == 3684408 && Bt709::crFromGreen == -3346569 && Bt709::crFromBlue == -337839);
+static_assert(Bt709::fromLuma == 2441889 && Bt709::redFromCr == 3759651 && Bt709::greenFromCb == -447215 &&
+              Bt709::greenFromCr == -1117592 && Bt709::blueFromCb == 4430028);
+
 /// What the luma of a grey takes of it. Grey has no chroma: kernels compute with R - G and B - G.
 template <class Matrix>
 constexpr int lumaFromGrey = Matrix::lumaFromRed + Matrix::lumaFromGreen + Matrix::lumaFromBlue;
