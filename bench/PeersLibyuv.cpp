@@ -46,6 +46,13 @@ void toRgb(const Frames& f) {
     libyuv::I444ToRAW(&f.plane[0][0], w, &f.plane[1][0], w, &f.plane[2][0], w, &f.packedOut[0], 3 * w, w, height(f));
 }
 
+/// U and V change places where red and blue do.
+void toRgbOfBt709(const Frames& f) {
+    const int w = width(f);
+    libyuv::I444ToRGB24Matrix(&f.plane[0][0], w, &f.plane[2][0], w, &f.plane[1][0], w, &f.packedOut[0], 3 * w,
+                              &libyuv::kYvuH709Constants, w, height(f));
+}
+
 void to420(const Frames& f) {
     const int w = width(f);
     libyuv::I444ToI420(&f.plane[0][0], w, &f.plane[1][0], w, &f.plane[2][0], w, &f.planeOut[0][0], w, &f.planeOut[1][0],
@@ -140,6 +147,7 @@ std::vector<Peer> libyuvPeers() {
         {"RGBA to 4:4:4", "libyuv", rgbaTo444},
         {"RGB to 4:2:0", "libyuv", rgbTo420},
         {"4:4:4 to RGB", "libyuv (not exact)", toRgb},
+        {"4:4:4 to RGB, BT.709", "libyuv (not exact)", toRgbOfBt709},
         {"4:4:4 to 4:2:0", "libyuv", to420},
         {"4:2:0 to 4:4:4", "libyuv (bilinear)", from420},
         {"JFIF 4:2:2 to 4:4:4", "libyuv (no range map)", from422},

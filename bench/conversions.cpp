@@ -42,6 +42,10 @@ void flipTopBottom(Ko::Image<>& dst, const Ko::Image<>& src) {
     Ko::flipVer(dst, src);
 }
 
+void toRgbOfBt709(Ko::Image<>& dst, const Ko::Image<>& src) {
+    Ko::convertIm(dst, src, Ko::CM_BT709);
+}
+
 void rotateQuarter(Ko::Image<>& dst, const Ko::Image<>& src) {
     Ko::rotate(dst, src, Ko::OR_ROTATED_90);
 }
@@ -51,6 +55,7 @@ const Job jobs[] = {
     {"RGBA to 4:4:4", Ko::PF_RGBA, Ko::PF_YCC444P, RGB_2_YCC444P, true},
     {"RGB to 4:2:0", Ko::PF_RGB, Ko::PF_YCC420P, RGB_2_YCC420P, false},
     {"4:4:4 to RGB", Ko::PF_YCC444P, Ko::PF_RGB, YCC444P_2_RGB, true},
+    {"4:4:4 to RGB, BT.709", Ko::PF_YCC444P, Ko::PF_RGB, toRgbOfBt709, false},
     {"grey to studio", Ko::PF_Y, Ko::PF_YCC420P, Y_2_YCC444P, true},
     {"studio to grey", Ko::PF_YCC444P, Ko::PF_Y, YCC444P_2_Y, true},
     {"4:4:4 to 4:2:0", Ko::PF_YCC444P, Ko::PF_YCC420P, YCC444P_2_YCC420P, true},
