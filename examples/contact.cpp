@@ -128,9 +128,13 @@ void makeSheet(const Options& options) {
             Ko::wrapRectangle(sheet, i % options.columns * (width + gap), i / options.columns * (height + gap), w, h);
         place = *Ko::wrapRectangle(frame, 0, 0, w, h);
     }
-    Ko::Image rgb(Ko::PF_RGB);
-    Ko::convertIm(rgb, sheet, matrixOf(source));
-    Ko::writeImage(options.sheet, rgb);
+    const Ko::ColorMatrix matrix = matrixOf(source);
+    if (matrix != Ko::CM_BT601) { // which every still is made by
+        Ko::Image rgb(Ko::PF_RGB);
+        Ko::convertIm(rgb, sheet, matrix);
+        Ko::convertIm(sheet, rgb);
+    }
+    Ko::writeImage(options.sheet, sheet);
 }
 
 } // namespace

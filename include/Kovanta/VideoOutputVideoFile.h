@@ -102,8 +102,9 @@ public:
     /// which bytes they use. Without setAnyFormat() only the file's tags change, and frames are encoded as they are.
     /// CM_BT709 and CM_BT2020 also tag the primaries and the transfer function of their standards; CM_BT601, which
     /// serves several systems, tags the matrix alone (the others by setOption() under "color_primaries" and
-    /// "color_trc"). Of what is unknown, as both are at the start, the file says nothing, so what a VideoInputVideoFile
-    /// tells can be passed on as it is. Containers and encoders without place for a tag leave it out.
+    /// "color_trc"). Of what is unknown, as both are at the start, the file says nothing. Frames of a
+    /// VideoInputVideoFile with its setAnyFormat() have its matrix and are studio range whatever its file is: pass the
+    /// matrix on, with CR_STUDIO. Containers and encoders without place for a tag leave it out.
     /// @throws std::logic_error "[VideoOutputVideoFile::setColor]: Unknown color matrix.", "...: Unknown color range."
     ///         for what is no ColorMatrix or ColorRange; nothing changes then
     VideoOutputVideoFile& setColor(ColorMatrix matrix, ColorRange range);

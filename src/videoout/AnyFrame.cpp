@@ -84,7 +84,7 @@ void AnyFrame::convert(EncoderPicture& to, const Image<>& frame) {
         convertIm(between, rgb, pictureMatrix);
         source = &between;
     }
-    convertIm(to.image, *source);
+    convertIm(to.image, *source, pictureMatrix);
     if (odd && to.image.format == PF_YCC420P)
         completeChroma(*to.frame);
     if (fullRange)

@@ -62,6 +62,8 @@ ffmpeg -v error -f lavfi -i "color=red:size=161x120:duration=0.4,format=rgb24,sc
 [ "$(ffprobe -v error -show_entries stream=width,color_space -of csv=p=0 tracked.mp4)" = 161,bt709 ] || fail "the matrix of a copy"
 "$contact" red.mp4 sheet.png --force --columns 1 --rows 1 2>err.log || fail "contact red.mp4"
 [ "$(convert sheet.png -format '%[fx:p{80,100}.r > 0.99 && p{80,100}.g < 0.02]' info:)" = 1 ] || fail "red became another colour"
+"$contact" red.mp4 sheet.jpg --columns 1 --rows 1 2>err.log || fail "contact red.mp4 sheet.jpg"
+[ "$(convert sheet.jpg -format '%[fx:p{80,100}.r > 0.97 && p{80,100}.g < 0.04]' info:)" = 1 ] || fail "red became another colour in the JPEG"
 "$contact" missing.mp4 sheet.png 2>err.log && fail "contact took a missing file"
 
 # expect_error TEXT ARGUMENTS...
