@@ -293,17 +293,24 @@ TEST_F(CameraFake, EmulatedFormatsComeThroughLibv4l2) {
         EXPECT_THAT([&] { init(camera); }, ThrowsMessage<std::runtime_error>(EndsWith(reason(EIO))));
         EXPECT_THAT(fake::calls, Contains("v4l2 close").Times(2));
     }
-    // A JPEG's samples have the full range.
-    device.formats = {V4L2_PIX_FMT_MJPEG};
+    // A JPEG's samples have the full range; packed ones come from elsewhere.
     Camera camera;
-    camera.setEmulatedFormats(true).init(deviceNumber, 32, 16, 0);
-    Ko::Image image(Ko::PF_YCC444P);
-    camera.read(image);
-    camera::Frame frame = fake::frameNumber(0);
-    for (std::size_t i = 0; i < frame.bytes.size(); ++i)
-        frame.bytes[i] = static_cast<unsigned char>(frame.bytes[i] * (i < 32 * 16 ? 219 : 224) / 255 + 16);
-    EXPECT_EQ(camera::difference(image, frame), "");
+    camera.setEmulatedFormats(true);
+    for (const std::uint32_t fourcc : {V4L2_PIX_FMT_MJPEG, V4L2_PIX_FMT_JPEG, V4L2_PIX_FMT_PJPG})
+        for (const bool packed : {false, true}) {
+            device.formats = {fourcc, V4L2_PIX_FMT_YUYV};
+            fake::calls.clear();
+            fake::faults = {{"v4l2 TRY_FMT", packed ? 1 : -1, EINVAL}};
+            init(camera);
+            Ko::Image image(Ko::PF_YCC444P);
+            camera.read(image);
+            camera::Frame frame = fake::frameNumber(0);
+            for (std::size_t i = 0; i < frame.bytes.size() && !packed; ++i)
+                frame.bytes[i] = static_cast<unsigned char>(frame.bytes[i] * (i < 32 * 16 ? 219 : 224) / 255 + 16);
+            EXPECT_EQ(camera::difference(image, frame), "") << fourcc << packed;
+        }
 
+    fake::calls.clear();
     fake::faults = {{"DQBUF", 1, EAGAIN}}; // without libv4l2 it means what the driver means
     device.formats = {V4L2_PIX_FMT_YUYV};
     camera.setEmulatedFormats(false);
