@@ -4,7 +4,7 @@
 // Google Benchmark, and --table=FILE.
 #include "Contest.h"
 #include "libav/Handles.h"
-#include "videoin/StoredPicture.h"
+#include "videoin/ConvertStored.h"
 
 #include <array>
 #include <cstdint>

@@ -5,8 +5,8 @@
 #include "Kovanta/Wrap.h"
 #include "libav/Handles.h"
 #include "util/Errors.h"
+#include "videoin/ConvertStored.h"
 #include "videoin/StoredFormat.h"
-#include "videoin/StoredPicture.h"
 #include "videoin/StreamColor.h"
 
 #include <optional>

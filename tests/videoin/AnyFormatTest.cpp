@@ -10,7 +10,7 @@
 #include "support/ConversionOracle.h"
 #include "support/Rows.h"
 #include "support/VideoMedia.h"
-#include "videoin/StoredPicture.h"
+#include "videoin/ConvertStored.h"
 #include "videoin/StreamColor.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef KOVANTA_SRC_VIDEOIN_STOREDPICTURE_H
-#define KOVANTA_SRC_VIDEOIN_STOREDPICTURE_H
+#ifndef KOVANTA_SRC_VIDEOIN_CONVERTSTORED_H
+#define KOVANTA_SRC_VIDEOIN_CONVERTSTORED_H
 
 #include "Kovanta/Image.h"
 #include "videoin/RowRoom.h"

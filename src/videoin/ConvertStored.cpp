@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-2-Clause
-#include "videoin/StoredPicture.h"
+#include "videoin/ConvertStored.h"
 
 #include "image/ImageLayout.h"
 #include "image/PlaneRows.h"
