@@ -45,7 +45,8 @@ docs() {
   ! grep -oE 'href="[^":]*\.md[^"]*"' "$html"/*.html || { echo "lint: links that lead nowhere"; lost=1; }
   areas=$(awk '/<compound kind="group">/ { inside = 1 } /<\/compound>/ { inside = 0 } inside' build/docs/kovanta.tag)
   while read -r name; do
-    grep -qF "<name>$name</name>" <<<"$areas" || { echo "lint: $name is in no area"; lost=1; }
+    # Newer versions of doxygen name the namespace as well.
+    grep -qE "<name>(Ko::)?$name</name>" <<<"$areas" || { echo "lint: $name is in no area"; lost=1; }
   done < <({
     echo convertIm
     sed -E 's/[[(].*//; s/^Ko:://' tests/package/exports.txt | grep -vE '::| '
