@@ -85,10 +85,13 @@ std::vector<Target> targets(Target length) {
 
 /// @return what the contests' names end in
 std::string takeSize(int& argc, char** argv) {
-    if (argc < 2 || std::sscanf(argv[1], "--size=%dx%d", &width, &height) != 2)
+    char** const end = argv + argc;
+    char** const found =
+        std::find_if(argv + 1, end, [](const char* a) { return std::sscanf(a, "--size=%dx%d", &width, &height) == 2; });
+    if (found == end)
         return {};
     frames = 16;
-    std::copy(argv + 2, argv + argc + 1, argv + 1);
+    std::copy(found + 1, end + 1, found); // with the null behind the last
     --argc;
     return ", " + std::to_string(width) + "x" + std::to_string(height);
 }
