@@ -39,6 +39,14 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return request(size, alignof(std::max_align_t));
 }
+// Library code asks for temporary memory by this one; a sanitizer's own would not be what free() takes.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return request(size, alignof(std::max_align_t));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return request(size, static_cast<std::size_t>(alignment));
 }

@@ -277,7 +277,9 @@ TEST_P(Streams, AreReadExactlyIntoEveryFormat) {
         EXPECT_THAT(open, ThrowsMessage<std::runtime_error>(
                               "[VideoInputVideoFile::open]: Input pixel format of stream is not supported."));
     in.setAnyFormat(true).open(file);
-    EXPECT_EQ(in.getColorRange(), stream.range);
+    // Whether ProRes, which has one range only, is said to tell it depends on FFmpeg's version.
+    const bool silent = std::string(stream.options).find("prores") == 0 && in.getColorRange() == Ko::CR_UNKNOWN;
+    EXPECT_EQ(in.getColorRange(), silent ? Ko::CR_UNKNOWN : stream.range);
     EXPECT_EQ(in.getColorMatrix(), stream.matrix);
 
     std::string raw = test::outputOf("ffmpeg -nostdin -v error -i '" + file + "' -fps_mode passthrough -f rawvideo -");
